@@ -1,0 +1,250 @@
+// The walkers of text forms, see text_form.h.
+#include "common/text_form.h"
+
+#include <cstdlib>
+#include <cstring>
+
+#include "common/text.h"
+
+int rpclib_dbg;
+
+namespace
+{
+constexpr char delimiter = '&';
+constexpr int most_items = 80;      // that a list is split into
+constexpr unsigned hex_size = 20;   // of an 8-byte hex text
+constexpr unsigned real_size = 320; // of the longest double with two decimals
+
+// atoi. The digits that nearly every text consists of are read here; signs,
+// blanks and numbers that might not fit are the library's.
+int read_int(const char* text)
+{
+    unsigned value = 0;
+    for (int i = 0; i < 10; i++) {
+        const unsigned digit = static_cast<unsigned char>(text[i]) - unsigned{'0'};
+        if (digit > 9)
+            return i > 0 ? static_cast<int>(value) : atoi(text);
+        value = value * 10 + digit;
+    }
+    return atoi(text);
+}
+
+void read_text(char* to, size_t size, const char* text)
+{
+    const size_t length = strnlen(text, size - 1);
+    memcpy(to, text, length);
+    to[length] = '\0';
+}
+
+template <class T> void store(char* to, T value) { memcpy(to, &value, sizeof value); }
+
+template <class T> T load(const char* from)
+{
+    T value;
+    memcpy(&value, from, sizeof value);
+    return value;
+}
+
+void read_list(const Field& field, char* to, const char* text)
+{
+    char list[list_size];
+    char* item[most_items];
+    read_text(list, sizeof list, text);
+    const int items = strsplit(list, ',', item, most_items);
+    for (int i = 0; i < field.count && i < items; i++) {
+        if (field.kind == Kind::Char)
+            to[i] = static_cast<char>(read_int(item[i]));
+        else
+            store(to + sizeof(int) * i, read_int(item[i]));
+    }
+}
+
+void read_plain(const Field& field, char* to, const char* text)
+{
+    switch (field.kind) {
+    case Kind::Char:
+        return read_text(to, field.count, text);
+    case Kind::Int:
+    case Kind::UInt:
+        return store(to, read_int(text));
+    case Kind::Double:
+        return store(to, atof(text));
+    case Kind::Int64:
+    case Kind::UInt64: // counters are never read from an argument
+        return;
+    }
+}
+
+void read_field(const Field& field, char* to, const char* text)
+{
+    switch (field.text) {
+    case Text::Plain:
+    case Text::Unsigned:
+        return read_plain(field, to, text);
+    case Text::RawMac:
+        return read_text(to, field.count, text);
+    case Text::Mac:
+        str2mac(text, to);
+        return;
+    case Text::Hex:
+        str2hex(text, static_cast<int>(strlen(text)), to, field.count);
+        return;
+    case Text::CountedHex:
+        return store(to - sizeof(int), str2hex(text, static_cast<int>(strlen(text)), to, field.count));
+    case Text::List:
+        return read_list(field, to, text);
+    }
+}
+
+// Appends to a text as far as it fits; what does not fit is dropped.
+class Writer
+{
+  public:
+    Writer(char* text, size_t size) : at(text), last(text + size - 1) {}
+
+    void text(const char* from, size_t length)
+    {
+        if (length > static_cast<size_t>(last - at))
+            length = static_cast<size_t>(last - at);
+        memcpy(at, from, length);
+        at += length;
+    }
+    void text(const char* from) { text(from, strlen(from)); }
+
+    void number(uint64_t value, bool negative)
+    {
+        char digits[20 + 1];
+        char* first = digits + sizeof digits;
+        do
+            *--first = static_cast<char>('0' + value % 10);
+        while (value /= 10);
+        if (negative)
+            *--first = '-';
+        text(first, static_cast<size_t>(digits + sizeof digits - first));
+    }
+    void number(int64_t value)
+    {
+        const auto bits = static_cast<uint64_t>(value);
+        number(value < 0 ? -bits : bits, value < 0);
+    }
+    void number(uint32_t value, bool negative)
+    {
+        char digits[10 + 1];
+        char* first = digits + sizeof digits;
+        do
+            *--first = static_cast<char>('0' + value % 10);
+        while (value /= 10);
+        if (negative)
+            *--first = '-';
+        text(first, static_cast<size_t>(digits + sizeof digits - first));
+    }
+    void number(int value)
+    {
+        const auto bits = static_cast<uint32_t>(value);
+        number(value < 0 ? -bits : bits, value < 0);
+    }
+
+    void end() { *at = '\0'; }
+
+  private:
+    char* at;
+    char* last; // for the NUL
+};
+
+void write_list(Writer& to, const Field& field, const char* from)
+{
+    for (unsigned i = 0; i < field.count; i++) {
+        if (i > 0)
+            to.text(",", 1);
+        to.number(field.kind == Kind::Char ? from[i] : load<int>(from + sizeof(int) * i));
+    }
+}
+
+void write_plain(Writer& to, const Field& field, const char* from)
+{
+    const bool as_unsigned = field.text == Text::Unsigned;
+    switch (field.kind) {
+    case Kind::Char:
+        return to.text(from, strnlen(from, field.count));
+    case Kind::Int:
+    case Kind::UInt: // unsigned values print signed too, unless the form says otherwise
+        return as_unsigned ? to.number(load<uint32_t>(from), false) : to.number(load<int>(from));
+    case Kind::Double: {
+        char text[real_size];
+        snprintf(text, sizeof text, "%.2lf", load<double>(from));
+        return to.text(text);
+    }
+    case Kind::Int64:
+        return as_unsigned ? to.number(load<uint64_t>(from), false) : to.number(load<int64_t>(from));
+    case Kind::UInt64:
+        return to.number(load<uint64_t>(from), false);
+    }
+}
+
+void write_field(Writer& to, const Field& field, const char* from)
+{
+    switch (field.text) {
+    case Text::Plain:
+    case Text::Unsigned:
+        return write_plain(to, field, from);
+    case Text::Mac:
+    case Text::RawMac:
+        return to.text(mac2str(from, nullptr));
+    case Text::Hex: {
+        char text[hex_size] = "";
+        hex2str(from, field.count, text, sizeof text);
+        return to.text(text);
+    }
+    case Text::CountedHex: {
+        char text[counted_hex_size] = "";
+        hex2str(from, load<int>(from - sizeof(int)), text, sizeof text);
+        return to.text(text);
+    }
+    case Text::List:
+        return write_list(to, field, from);
+    }
+}
+} // namespace
+
+void* parse_record(const TextForm& form, void* record, char* text)
+{
+    char* parts[most_positions];
+    memset(record, 0, form.record->size);
+    if (form.delimiters[0])
+        strsplit2(text, form.delimiters, parts, form.count);
+    else
+        strsplit(text, delimiter, parts, form.count);
+    char** part = parts;
+    for (const Field& field : form) {
+        if (field.use == Use::OutputOnly)
+            continue;
+        if (field.use != Use::Unread)
+            read_field(field, static_cast<char*>(record) + field.offset, *part);
+        part++;
+    }
+    return record;
+}
+
+char* format_record(const TextForm& form, const void* record, char* text)
+{
+    Writer to(text, form.buffer);
+    const size_t separator_length = strlen(form.separator);
+    bool first = true;
+    for (const Field& field : form) {
+        if (field.use == Use::InputOnly)
+            continue;
+        if (!first)
+            to.text(form.separator, separator_length);
+        first = false;
+        write_field(to, field, static_cast<const char*>(record) + field.offset);
+    }
+    to.end();
+    return text;
+}
+
+void unsplit(char* text, size_t length)
+{
+    for (size_t i = 0; i < length; i++)
+        if (text[i] == '\0')
+            text[i] = delimiter;
+}

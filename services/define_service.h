@@ -1,0 +1,154 @@
+// Makes a service from its description. A service.cpp includes its records.h
+// (with LIBRPC_DEFINES_XDR set) and converters.h, says
+//
+//     #define SERVICE service_example       the descriptor, for services.cpp
+//     #define SERVICE_NAME "example"        the folder's name
+//     #define SERVICE_TITLE "example tables"
+//     #define SERVICE_PROGRAM 50099
+//     #define SERVICE_INIT oltmib_exampleinfo_init
+//     #define SERVICE_CLNT_INIT oltmib_example_clnt_init
+//     #define SERVICE_CLNT_DESTROY oltmib_example_clnt_destroy
+//     #define SERVICE_APIS "services/example/apis.def"
+//
+// and includes this file, which defines the client pair, one stub a remote
+// procedure and the registration function. The rows of apis.def stand in
+// registration order and spell every name whole:
+//
+//     API(stub, procedure, request, reply, str2arg, ret2str)
+//         request: a record, or void; reply: a record, or int (a set)
+//     API_RECORD_TEXT(stub, procedure, request, int, str2arg, ret2str)
+//         a set whose int is formatted as if it began a record
+//     STUB(stub, procedure, request, reply)
+//         a procedure that Lua cannot call
+#include "common/registry.h"
+#include "common/text.h"
+#include "common/text_form.h"
+#include "rpc/client.h"
+#include "services/service.h"
+
+namespace
+{
+ServiceClient service_client = {SERVICE_PROGRAM};
+
+// A stub's static reply. Where a set's int is formatted as a record, the
+// storage is the whole record, zero behind the int.
+template <class Reply, class Shown> union ReplyStorage {
+    Reply reply;
+    Shown shown;
+};
+template <class Reply> union ReplyStorage<Reply, void> {
+    Reply reply;
+};
+
+template <class T> constexpr const Record* record_or_null()
+{
+    if constexpr (std::is_class_v<T>)
+        return &record_of<T>;
+    else
+        return nullptr;
+}
+
+template <auto converter> constexpr const TextForm* form_or_null()
+{
+    if constexpr (std::is_void_v<typename TableOf<converter>::Table>)
+        return nullptr;
+    else
+        return &TableOf<converter>::Table::form;
+}
+
+template <auto converter> constexpr const Record* record_of_form()
+{
+    if constexpr (std::is_void_v<typename TableOf<converter>::Table>)
+        return nullptr;
+    else
+        return &record_of<typename TableOf<converter>::Table::Entry>;
+}
+
+// XDR routines are called through xdrproc_t, whatever their own type.
+template <class Routine> xdrproc_t as_xdrproc(Routine* routine)
+{
+    return reinterpret_cast<xdrproc_t>(reinterpret_cast<void (*)()>(routine));
+}
+
+constexpr bool same_name(const char* a, const char* b)
+{
+    while (*a && *a == *b)
+        a++, b++;
+    return *a == *b;
+}
+
+template <size_t N> constexpr bool distinct(const Api (&apis)[N])
+{
+    for (size_t i = 0; i < N; i++)
+        for (size_t j = 0; j < i; j++)
+            if (apis[i].procedure == apis[j].procedure || same_name(apis[i].name, apis[j].name))
+                return false;
+    return true;
+}
+} // namespace
+
+EXPORT CLIENT* SERVICE_CLNT_INIT() { return get_client(service_client); }
+EXPORT void SERVICE_CLNT_DESTROY() { destroy_client(service_client); }
+
+// The stubs.
+#define STUB_OF(stub, procedure, Request, Reply, Shown)                                                                \
+    EXPORT void* stub(void* argp, CLIENT* clnt)                                                                        \
+    {                                                                                                                  \
+        static ReplyStorage<Reply, Shown> clnt_res;                                                                    \
+        return call_procedure(clnt, procedure, as_xdrproc(xdr_##Request), argp, as_xdrproc(xdr_##Reply), &clnt_res,    \
+                              sizeof clnt_res);                                                                        \
+    }
+#define API(stub, procedure, Request, Reply, parser, formatter) STUB_OF(stub, procedure, Request, Reply, void)
+#define API_RECORD_TEXT(stub, procedure, Request, Reply, parser, formatter)                                            \
+    STUB_OF(stub, procedure, Request, Reply, TableOf<formatter>::Table::Entry)
+#define STUB(stub, procedure, Request, Reply) STUB_OF(stub, procedure, Request, Reply, void)
+#include SERVICE_APIS
+#undef API
+#undef API_RECORD_TEXT
+#undef STUB
+#undef STUB_OF
+
+// What the compiler can check of a row.
+#define CHECK_PARSER(Request, parser)                                                                                  \
+    static_assert(std::is_void_v<Request> || record_of_form<parser>() == record_or_null<Request>(),                    \
+                  "an API's parser fills the API's request record: name the table of that record");
+#define API(stub, procedure, Request, Reply, parser, formatter)                                                        \
+    static_assert(sizeof #stub <= sizeof ApiNode::name, "an API's name fits char[40] with its NUL");                   \
+    CHECK_PARSER(Request, parser)                                                                                      \
+    static_assert(record_of_form<formatter>() == record_or_null<Reply>(),                                              \
+                  "an API's formatter takes the API's reply: a record's own arg2str, or int2str for an int");
+#define API_RECORD_TEXT(stub, procedure, Request, Reply, parser, formatter)                                            \
+    static_assert(sizeof #stub <= sizeof ApiNode::name, "an API's name fits char[40] with its NUL");                   \
+    CHECK_PARSER(Request, parser)                                                                                      \
+    static_assert(std::is_same_v<Reply, int> && record_of_form<formatter>() != nullptr,                                \
+                  "API_RECORD_TEXT is for a set that a record's formatter formats: use API");
+#define STUB(stub, procedure, Request, Reply)
+#include SERVICE_APIS
+#undef API
+#undef API_RECORD_TEXT
+#undef STUB
+#undef CHECK_PARSER
+
+namespace
+{
+constexpr Api service_apis[] = {
+#define API(stub, procedure, Request, Reply, parser, formatter)                                                        \
+    {#stub,  procedure, record_or_null<Request>(), record_or_null<Reply>(),  stub,                                     \
+     parser, formatter, form_or_null<parser>(),    form_or_null<formatter>()},
+#define API_RECORD_TEXT API
+#define STUB(stub, procedure, Request, Reply)                                                                          \
+    {#stub, procedure, record_or_null<Request>(), record_or_null<Reply>(), stub, nullptr, nullptr, nullptr, nullptr},
+#include SERVICE_APIS
+#undef API
+#undef API_RECORD_TEXT
+#undef STUB
+};
+static_assert(distinct(service_apis), "a service's procedures and names are unique");
+} // namespace
+
+EXPORT int SERVICE_INIT();
+extern const Service SERVICE;
+const Service SERVICE = {SERVICE_NAME,      SERVICE_TITLE,        SERVICE_PROGRAM, SERVICE_INIT,
+                         SERVICE_CLNT_INIT, SERVICE_CLNT_DESTROY, service_apis,    std::size(service_apis)};
+
+EXPORT int SERVICE_INIT() { return register_apis(SERVICE); }

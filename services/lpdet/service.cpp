@@ -1,0 +1,13 @@
+// The loop detection service: program 50018.
+#define LIBRPC_DEFINES_XDR
+#include "services/lpdet/converters.h"
+
+#define SERVICE service_lpdet
+#define SERVICE_NAME "lpdet"
+#define SERVICE_TITLE "loop detection"
+#define SERVICE_PROGRAM 50018
+#define SERVICE_INIT oltmib_lpdetinfo_init
+#define SERVICE_CLNT_INIT oltmib_lpdet_clnt_init
+#define SERVICE_CLNT_DESTROY oltmib_lpdet_clnt_destroy
+#define SERVICE_APIS "services/lpdet/apis.def"
+#include "services/define_service.h"

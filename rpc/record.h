@@ -98,6 +98,10 @@ template <class T> constexpr unsigned field_count = sizeof(Description<T>::field
 
 namespace record_checks
 {
+#if defined __clang__
+#pragma clang diagnostic push
+#pragma clang diagnostic ignored "-Wmissing-field-initializers"
+#endif
 struct Anything {
     template <class T> operator T() const;
 };
@@ -112,6 +116,10 @@ template <class T, size_t... I> constexpr bool takes(...) { return false; }
 // True when T has exactly `members` members; an array counts as one.
 template <class T, size_t members> constexpr bool has_members = takes<T>(std::make_index_sequence<members>{}) &&
                                                                 !takes<T>(std::make_index_sequence<members + 1>{});
+
+#if defined __clang__
+#pragma clang diagnostic pop
+#endif
 
 template <class T> constexpr bool ascends()
 {
@@ -186,21 +194,26 @@ template <class T> struct RecordOf {
 
 template <class T> constexpr const Record& record_of = RecordOf<T>::value;
 
-// The descriptor of T where T is a record, null where it is a plain value.
-template <class T> constexpr const Record* block_of()
+// The descriptor of a member's type where it is a record of its own.
+struct Block {
+    bool is_record;
+    const Record* record;
+};
+
+template <class T> constexpr Block block_of()
 {
     if constexpr (std::is_class_v<T>)
-        return &record_of<T>;
+        return {true, &record_of<T>};
     else
-        return nullptr;
+        return {false, nullptr};
 }
 
-// The one nested record among some member types, or null.
-constexpr const Record* only_block(std::initializer_list<const Record*> blocks)
+// The one nested record among some members, or null.
+constexpr const Record* only_block(std::initializer_list<Block> blocks)
 {
-    for (const Record* block : blocks)
-        if (block)
-            return block;
+    for (const Block& block : blocks)
+        if (block.is_record)
+            return block.record;
     return nullptr;
 }
 

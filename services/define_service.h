@@ -56,13 +56,14 @@ template <auto converter> constexpr const TextForm* form_or_null()
         return &TableOf<converter>::Table::form;
 }
 
-template <auto converter> constexpr const Record* record_of_form()
-{
-    if constexpr (std::is_void_v<typename TableOf<converter>::Table>)
-        return nullptr;
-    else
-        return &record_of<typename TableOf<converter>::Table::Entry>;
-}
+// The record that a converter's table is of; void for int2str.
+template <class Table> struct EntryOf {
+    using Entry = typename Table::Entry;
+};
+template <> struct EntryOf<void> {
+    using Entry = void;
+};
+template <auto converter> using entry_of = typename EntryOf<typename TableOf<converter>::Table>::Entry;
 
 // XDR routines are called through xdrproc_t, whatever their own type.
 template <class Routine> xdrproc_t as_xdrproc(Routine* routine)
@@ -109,25 +110,25 @@ EXPORT void SERVICE_CLNT_DESTROY() { destroy_client(service_client); }
 #undef STUB_OF
 
 // What the compiler can check of a row.
-#define CHECK_PARSER(Request, parser)                                                                                  \
-    static_assert(std::is_void_v<Request> || record_of_form<parser>() == record_or_null<Request>(),                    \
+#define CHECK_ROW(stub, Request, parser)                                                                               \
+    static_assert(sizeof #stub <= sizeof ApiNode::name, "an API's name fits char[40] with its NUL");                   \
+    static_assert(std::is_void_v<Request> || std::is_same_v<Request, entry_of<parser>>,                                \
                   "an API's parser fills the API's request record: name the table of that record");
 #define API(stub, procedure, Request, Reply, parser, formatter)                                                        \
-    static_assert(sizeof #stub <= sizeof ApiNode::name, "an API's name fits char[40] with its NUL");                   \
-    CHECK_PARSER(Request, parser)                                                                                      \
-    static_assert(record_of_form<formatter>() == record_or_null<Reply>(),                                              \
+    CHECK_ROW(stub, Request, parser)                                                                                   \
+    static_assert(std::is_same_v<Reply, entry_of<formatter>> ||                                                        \
+                      (std::is_same_v<Reply, int> && std::is_void_v<entry_of<formatter>>),                             \
                   "an API's formatter takes the API's reply: a record's own arg2str, or int2str for an int");
 #define API_RECORD_TEXT(stub, procedure, Request, Reply, parser, formatter)                                            \
-    static_assert(sizeof #stub <= sizeof ApiNode::name, "an API's name fits char[40] with its NUL");                   \
-    CHECK_PARSER(Request, parser)                                                                                      \
-    static_assert(std::is_same_v<Reply, int> && record_of_form<formatter>() != nullptr,                                \
-                  "API_RECORD_TEXT is for a set that a record's formatter formats: use API");
+    CHECK_ROW(stub, Request, parser)                                                                                   \
+    static_assert(std::is_same_v<Reply, int> && !std::is_void_v<entry_of<formatter>>,                                  \
+                  "API_RECORD_TEXT is for an int that a record's formatter formats: use API");
 #define STUB(stub, procedure, Request, Reply)
 #include SERVICE_APIS
 #undef API
 #undef API_RECORD_TEXT
 #undef STUB
-#undef CHECK_PARSER
+#undef CHECK_ROW
 
 namespace
 {

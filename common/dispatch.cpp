@@ -54,6 +54,7 @@ int lua_callapi(lua_State* L)
     hook_before = lua_gethook(L);
     call_is_unwanted = hook_was_set;
     void* reply = api->func(request, clnt);
+    call_is_unwanted = nullptr;
     free(copy);
     if (reply) {
         lua_pushstring(L, api->ret2str(reply));

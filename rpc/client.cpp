@@ -2,7 +2,6 @@
 // forked child, all gone when the last Lua state closes.
 #include "rpc/client.h"
 
-#include <cstring>
 #include <pthread.h>
 #include <unistd.h>
 
@@ -68,11 +67,4 @@ void destroy_all_clients()
             destroy_client(*holders);
         release_port(holders->exchange);
     }
-}
-
-void* call_procedure(CLIENT* clnt, rpcproc_t procedure, xdrproc_t encode, void* request, xdrproc_t decode, void* reply,
-                     size_t size)
-{
-    memset(reply, 0, size);
-    return clnt_call(clnt, procedure, encode, request, decode, reply, TIMEOUT) == RPC_SUCCESS ? reply : nullptr;
 }

@@ -2,7 +2,6 @@
 // dropped after a failed one.
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 #include <rpc/rpc.h>
 
@@ -33,8 +32,3 @@ void destroy_client(ServiceClient& client);
 
 // Destroys every client of the process and closes every socket kept for one.
 void destroy_all_clients();
-
-// One remote call: clears `reply` (`size` bytes), sends `request`, waits up to
-// TIMEOUT and decodes the reply. Returns `reply`, or null on any RPC failure.
-void* call_procedure(CLIENT* clnt, rpcproc_t procedure, xdrproc_t encode, void* request, xdrproc_t decode, void* reply,
-                     size_t size);

@@ -76,6 +76,10 @@ constexpr unsigned size_of(Kind kind)
     return kind == Kind::Char ? 1 : kind == Kind::Int || kind == Kind::UInt ? 4 : 8;
 }
 
+// An XDR routine (RFC 4506): codes `object` as xdrs->x_op says; false when the
+// stream has no room, or no more units.
+typedef bool_t (*XdrRoutine)(XDR* xdrs, void* object);
+
 // One record type. Its size in memory is `size` bytes, on the wire `units`
 // units of four bytes.
 struct Record {
@@ -83,6 +87,7 @@ struct Record {
     const char* members; // "ifx, name, oper, res"
     const Field* fields; // in wire order
     const Record* block; // the record that a member is a block of, or null
+    XdrRoutine xdr;      // xdr_ and the struct's name
     uint16_t count;
     uint16_t size;
     uint16_t units;
@@ -187,8 +192,13 @@ template <class T> struct RecordOf {
     static_assert(record_checks::ascends<T>(), "RECORD lists the members in the order of the struct");
     static_assert(4 * record_checks::wire_units<T>() + 40 <= datagram_size, "a record fits one UDP datagram");
 
-    static constexpr Record value = {Description<T>::name,          Description<T>::members, Description<T>::fields,
-                                     Description<T>::block,         field_count<T>,          sizeof(T),
+    static constexpr Record value = {Description<T>::name,
+                                     Description<T>::members,
+                                     Description<T>::fields,
+                                     Description<T>::block,
+                                     Description<T>::xdr,
+                                     field_count<T>,
+                                     sizeof(T),
                                      record_checks::wire_units<T>()};
 };
 
@@ -220,24 +230,26 @@ constexpr const Record* only_block(std::initializer_list<Block> blocks)
 #define RECORD_FIELD(Type, member) make_field<decltype(Type::member)>(offsetof(Type, member))
 #define RECORD_BLOCK(Type, member) block_of<decltype(Type::member)>()
 
-// The XDR routine of a record is defined where LIBRPC_DEFINES_XDR is set (each
-// service's service.cpp) and declared everywhere else.
+// XDR routines are defined where LIBRPC_DEFINES_XDR is set (each service's
+// service.cpp) and declared everywhere else.
 #ifdef LIBRPC_DEFINES_XDR
-#define XDR_ROUTINE(Type, body)                                                                                        \
-    EXPORT bool_t xdr_##Type(XDR* xdrs, Type* objp) { body; }
+#define XDR_BODY(Type, body)                                                                                           \
+    bool_t xdr_##Type(XDR* xdrs, void* objp) { body; }
 #else
-#define XDR_ROUTINE(Type, body) EXPORT bool_t xdr_##Type(XDR* xdrs, Type* objp);
+#define XDR_BODY(Type, body)
 #endif
 
 // Describes a record: its type, then its members in wire order.
 #define RECORD(Type, ...)                                                                                              \
+    EXPORT bool_t xdr_##Type(XDR* xdrs, void* objp);                                                                   \
     template <> struct Description<Type> {                                                                             \
         static constexpr char name[] = #Type;                                                                          \
         static constexpr char members[] = #__VA_ARGS__;                                                                \
         static constexpr Field fields[] = {FOR_EACH_COMMA(RECORD_FIELD, Type, __VA_ARGS__)};                           \
         static constexpr const Record* block = only_block({FOR_EACH_COMMA(RECORD_BLOCK, Type, __VA_ARGS__)});          \
+        static constexpr XdrRoutine xdr = xdr_##Type;                                                                  \
     };                                                                                                                 \
-    XDR_ROUTINE(Type, return xdr_record(xdrs, record_of<Type>, objp))
+    XDR_BODY(Type, return xdr_record(xdrs, record_of<Type>, objp))
 
 // States a record's known size on the wire.
 #define UNITS(Type, known)                                                                                             \
@@ -246,7 +258,8 @@ constexpr const Record* only_block(std::initializer_list<Block> blocks)
 // An enum whose values are the daemon's own; it travels as one unit.
 #define WIRE_ENUM(Type)                                                                                                \
     enum Type : int {};                                                                                                \
-    XDR_ROUTINE(Type, return xdr_enum(xdrs, reinterpret_cast<enum_t*>(objp)))
+    EXPORT bool_t xdr_##Type(XDR* xdrs, void* objp);                                                                   \
+    XDR_BODY(Type, return xdr_enum(xdrs, static_cast<enum_t*>(objp)))
 
 // Encodes, decodes or frees one record, as xdrs->x_op says. Fields follow one
 // another with nothing between them; every unit is big-endian (RFC 4506).

@@ -65,12 +65,6 @@ template <> struct EntryOf<void> {
 };
 template <auto converter> using entry_of = typename EntryOf<typename TableOf<converter>::Table>::Entry;
 
-// XDR routines are called through xdrproc_t, whatever their own type.
-template <class Routine> xdrproc_t as_xdrproc(Routine* routine)
-{
-    return reinterpret_cast<xdrproc_t>(reinterpret_cast<void (*)()>(routine));
-}
-
 constexpr bool same_name(const char* a, const char* b)
 {
     while (*a && *a == *b)
@@ -90,24 +84,6 @@ template <size_t N> constexpr bool distinct(const Api (&apis)[N])
 
 EXPORT CLIENT* SERVICE_CLNT_INIT() { return get_client(service_client); }
 EXPORT void SERVICE_CLNT_DESTROY() { destroy_client(service_client); }
-
-// The stubs.
-#define STUB_OF(stub, procedure, Request, Reply, Shown)                                                                \
-    EXPORT void* stub(void* argp, CLIENT* clnt)                                                                        \
-    {                                                                                                                  \
-        static ReplyStorage<Reply, Shown> clnt_res;                                                                    \
-        return call_procedure(clnt, procedure, as_xdrproc(xdr_##Request), argp, as_xdrproc(xdr_##Reply), &clnt_res,    \
-                              sizeof clnt_res);                                                                        \
-    }
-#define API(stub, procedure, Request, Reply, parser, formatter) STUB_OF(stub, procedure, Request, Reply, void)
-#define API_RECORD_TEXT(stub, procedure, Request, Reply, parser, formatter)                                            \
-    STUB_OF(stub, procedure, Request, Reply, TableOf<formatter>::Table::Entry)
-#define STUB(stub, procedure, Request, Reply) STUB_OF(stub, procedure, Request, Reply, void)
-#include SERVICE_APIS
-#undef API
-#undef API_RECORD_TEXT
-#undef STUB
-#undef STUB_OF
 
 // What the compiler can check of a row.
 #define CHECK_ROW(stub, Request, parser)                                                                               \
@@ -130,8 +106,23 @@ EXPORT void SERVICE_CLNT_DESTROY() { destroy_client(service_client); }
 #undef STUB
 #undef CHECK_ROW
 
+// Each row's place in the table, and its stub.
+#define API(stub, procedure, Request, Reply, parser, formatter) EXPORT void* stub(void* argp, CLIENT* clnt);
+#define API_RECORD_TEXT API
+#define STUB(stub, procedure, Request, Reply) API(stub, procedure, Request, Reply, , )
+#include SERVICE_APIS
+#undef API
+
 namespace
 {
+enum Row : unsigned {
+#define API(stub, procedure, Request, Reply, parser, formatter) row_of_##stub,
+#include SERVICE_APIS
+#undef API
+#undef API_RECORD_TEXT
+#undef STUB
+};
+
 constexpr Api service_apis[] = {
 #define API(stub, procedure, Request, Reply, parser, formatter)                                                        \
     {#stub,  procedure, record_or_null<Request>(), record_or_null<Reply>(),  stub,                                     \
@@ -146,6 +137,22 @@ constexpr Api service_apis[] = {
 };
 static_assert(distinct(service_apis), "a service's procedures and names are unique");
 } // namespace
+
+// The stubs.
+#define STUB_OF(stub, Reply, Shown)                                                                                    \
+    void* stub(void* argp, CLIENT* clnt)                                                                               \
+    {                                                                                                                  \
+        static ReplyStorage<Reply, Shown> clnt_res;                                                                    \
+        return call_api(argp, clnt, service_apis[row_of_##stub], &clnt_res);                                           \
+    }
+#define API(stub, procedure, Request, Reply, parser, formatter) STUB_OF(stub, Reply, void)
+#define API_RECORD_TEXT(stub, procedure, Request, Reply, parser, formatter) STUB_OF(stub, Reply, entry_of<formatter>)
+#define STUB(stub, procedure, Request, Reply) STUB_OF(stub, Reply, void)
+#include SERVICE_APIS
+#undef API
+#undef API_RECORD_TEXT
+#undef STUB
+#undef STUB_OF
 
 EXPORT int SERVICE_INIT();
 extern const Service SERVICE;

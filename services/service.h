@@ -21,6 +21,11 @@ struct Api {
     bool registered() const { return str2arg != nullptr; }
 };
 
+// A stub's remote call: clears the static reply `clnt_res`, sends `request`,
+// waits up to TIMEOUT and decodes the reply. Returns `clnt_res`, or null on any
+// RPC failure.
+void* call_api(void* request, CLIENT* clnt, const Api& api, void* clnt_res);
+
 struct Service {
     const char* name;  // of its folder
     const char* title; // for people

@@ -1,6 +1,7 @@
 // The fifteen services, and how one of them registers.
 #include <cstring>
 
+#include "rpc/client.h"
 #include "services/service.h"
 
 // clang-format off
@@ -32,4 +33,24 @@ int register_apis(const Service& service)
         result = lua_addapi(&node);
     }
     return result;
+}
+
+namespace
+{
+// Every routine is called through xdrproc_t, whatever its own type.
+template <class Routine> xdrproc_t as_xdrproc(Routine* routine)
+{
+    return reinterpret_cast<xdrproc_t>(reinterpret_cast<void (*)()>(routine));
+}
+} // namespace
+
+void* call_api(void* request, CLIENT* clnt, const Api& api, void* clnt_res)
+{
+    // A set's int that is formatted as a record has the record's storage.
+    const Record* storage = api.reply ? api.reply : api.output ? api.output->record : nullptr;
+    memset(clnt_res, 0, storage ? storage->size : sizeof(int));
+    const xdrproc_t encode = api.request ? as_xdrproc(api.request->xdr) : as_xdrproc(xdr_void);
+    const xdrproc_t decode = api.reply ? as_xdrproc(api.reply->xdr) : as_xdrproc(xdr_int);
+    const enum clnt_stat status = clnt_call(clnt, api.procedure, encode, request, decode, clnt_res, TIMEOUT);
+    return status == RPC_SUCCESS ? clnt_res : nullptr;
 }

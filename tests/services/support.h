@@ -1,0 +1,266 @@
+// A daemon that lives in the test: calls go through the real parser, stub and
+// formatter, but the client's call operation keeps what would travel and
+// answers with what the test says. Expectations are units written by hand:
+//
+//     EXPECT_REQUEST("oltmib_svi_get_1", "7&eth0", 7, chars(32, "eth0"), zeros(20 + 32 + 2));
+//     EXPECT_REPLY("oltmib_svi_get_1", "7&eth0&&&0&0", 7, chars(32, "eth0"), zeros(20 + 32 + 2));
+//
+// Arguments and replies lie in memory of exactly their size, so that
+// AddressSanitizer sees a byte read outside them.
+#pragma once
+
+#include <cstdint>
+#include <cstring>
+#include <gtest/gtest.h>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "common/trace.h"
+#include "services/service.h"
+
+namespace support
+{
+// What travels, in units of four bytes as numbers.
+using Units = std::vector<uint32_t>;
+
+// The units of a char[size] that holds `text` and zeros behind it. A character
+// widens as the host's char does; `text` may fill the array, without a NUL.
+inline Units chars(size_t size, const std::string& text)
+{
+    Units units(size);
+    EXPECT_LE(text.size(), size) << "a text longer than its array";
+    for (size_t i = 0; i < text.size() && i < size; i++)
+        units[i] = static_cast<uint32_t>(static_cast<int>(text[i]));
+    return units;
+}
+
+inline Units zeros(size_t count) { return Units(count); }
+
+// Some ints.
+template <class... Ints> Units ints(Ints... values) { return {static_cast<uint32_t>(values)...}; }
+
+// `count` ints, one more each.
+inline Units counting(int first, size_t count)
+{
+    Units units;
+    for (size_t i = 0; i < count; i++)
+        units.push_back(static_cast<uint32_t>(first) + static_cast<uint32_t>(i));
+    return units;
+}
+
+inline void append(Units& to, const Units& more) { to.insert(to.end(), more.begin(), more.end()); }
+inline void append(Units& to, int value) { to.push_back(static_cast<uint32_t>(value)); }
+inline void append(Units& to, unsigned value) { to.push_back(value); }
+
+// Ints and the units of the above, one behind the other.
+template <class... Parts> Units wire(const Parts&... parts)
+{
+    Units units;
+    (append(units, parts), ...);
+    return units;
+}
+
+// `count` times the same text.
+inline std::string repeated(const std::string& text, size_t count)
+{
+    std::string all;
+    for (size_t i = 0; i < count; i++)
+        all += text;
+    return all;
+}
+
+// For EXPECT_PRED_FORMAT2: names the first unit that differs.
+inline testing::AssertionResult same_units(const char* got_text, const char*, const Units& got, const Units& want)
+{
+    for (size_t i = 0; i < got.size() && i < want.size(); i++)
+        if (got[i] != want[i])
+            return testing::AssertionFailure()
+                   << got_text << ": unit " << i << ": expected " << want[i] << " ('" << static_cast<char>(want[i])
+                   << "'), found " << got[i] << " ('" << static_cast<char>(got[i]) << "')";
+    if (got.size() != want.size())
+        return testing::AssertionFailure()
+               << got_text << ": expected " << want.size() << " units, found " << got.size();
+    return testing::AssertionSuccess();
+}
+
+// The API's row among all services'; the test ends when there is none.
+inline const Api& api_named(const std::string& name)
+{
+    for (const Service* service : all_services)
+        for (const Api& api : *service)
+            if (name == api.name)
+                return api;
+    ADD_FAILURE() << "no API is named " << name;
+    abort();
+}
+
+// The daemon: `client` is what a stub takes.
+class FakeDaemon
+{
+  public:
+    rpcproc_t procedure = 0;        // of the latest call
+    Units request;                  // its body
+    Units reply;                    // of the next calls
+    clnt_stat status = RPC_SUCCESS; // of the next calls
+    int calls = 0;
+
+    CLIENT* client() { return &handle; }
+
+    FakeDaemon()
+    {
+        ops.cl_call = answer;
+        handle.cl_ops = &ops;
+        handle.cl_private = this;
+    }
+    FakeDaemon(const FakeDaemon&) = delete;
+    FakeDaemon& operator=(const FakeDaemon&) = delete;
+
+  private:
+    CLIENT handle = {};
+    CLIENT::clnt_ops ops = {};
+
+    static clnt_stat answer(CLIENT* clnt, rpcproc_t procedure, xdrproc_t encode, void* request, xdrproc_t decode,
+                            void* reply, timeval)
+    {
+        auto& daemon = *static_cast<FakeDaemon*>(clnt->cl_private);
+        daemon.calls++;
+        daemon.procedure = procedure;
+        Units body(UDPMSGSIZE / BYTES_PER_XDR_UNIT);
+        XDR xdrs;
+        xdrmem_create(&xdrs, reinterpret_cast<char*>(body.data()), UDPMSGSIZE, XDR_ENCODE);
+        if (!encode(&xdrs, request))
+            return RPC_CANTENCODEARGS;
+        body.resize(XDR_GETPOS(&xdrs) / BYTES_PER_XDR_UNIT);
+        for (uint32_t& unit : body)
+            unit = ntohl(unit);
+        daemon.request = body;
+        if (daemon.status != RPC_SUCCESS)
+            return daemon.status;
+        Units answer = daemon.reply;
+        for (uint32_t& unit : answer)
+            unit = htonl(unit);
+        xdrmem_create(&xdrs, reinterpret_cast<char*>(answer.data()),
+                      static_cast<u_int>(answer.size() * BYTES_PER_XDR_UNIT), XDR_DECODE);
+        return decode(&xdrs, reply) ? RPC_SUCCESS : RPC_CANTDECODERES;
+    }
+};
+
+// A copy of `size` bytes in memory of that size.
+inline std::unique_ptr<char[]> exact_copy(const void* from, size_t size)
+{
+    auto copy = std::make_unique<char[]>(size);
+    memcpy(copy.get(), from, size);
+    return copy;
+}
+
+inline std::unique_ptr<char[]> exact_copy(const std::string& text) { return exact_copy(text.c_str(), text.size() + 1); }
+
+// The text that the API's formatter makes of a reply record.
+inline std::string format(const Api& api, const void* reply)
+{
+    const auto copy = exact_copy(reply, api.output ? api.output->record->size : sizeof(int));
+    return api.ret2str(copy.get());
+}
+
+// What the API sends for an argument.
+inline Units request_of(const char* name, const std::string& argument)
+{
+    const Api& api = api_named(name);
+    FakeDaemon daemon;
+    daemon.status = RPC_TIMEDOUT;
+    const auto copy = exact_copy(argument);
+    EXPECT_EQ(api.func(api.str2arg(copy.get()), daemon.client()), nullptr);
+    EXPECT_EQ(daemon.calls, 1);
+    EXPECT_EQ(daemon.procedure, api.procedure);
+    return daemon.request;
+}
+
+// What the API makes of a reply.
+inline std::string text_of(const char* name, const Units& reply)
+{
+    const Api& api = api_named(name);
+    FakeDaemon daemon;
+    daemon.reply = reply;
+    const auto copy = exact_copy("");
+    void* record = api.func(api.str2arg(copy.get()), daemon.client());
+    if (!record) {
+        ADD_FAILURE() << name << ": the reply of " << reply.size() << " units does not decode";
+        return "";
+    }
+    return format(api, record);
+}
+
+// What `body` prints on standard output while tracing is on.
+template <class Body> std::string printed_by(Body body)
+{
+    testing::internal::CaptureStdout();
+    rpclib_dbg = 1;
+    body();
+    rpclib_dbg = 0;
+    fflush(stdout);
+    return testing::internal::GetCapturedStdout();
+}
+
+// The lines of the API's parser alone, and of its formatter alone.
+inline std::string parser_trace(const char* name, const std::string& argument)
+{
+    const auto copy = exact_copy(argument);
+    return printed_by([&] { api_named(name).str2arg(copy.get()); });
+}
+
+inline std::string formatter_trace(const char* name, const Units& reply)
+{
+    const Api& api = api_named(name);
+    FakeDaemon daemon;
+    daemon.reply = reply;
+    const auto copy = exact_copy("");
+    void* record = api.func(api.str2arg(copy.get()), daemon.client());
+    if (!record) {
+        ADD_FAILURE() << name << ": the reply of " << reply.size() << " units does not decode";
+        return "";
+    }
+    return printed_by([&] { format(api, record); });
+}
+
+// The rows that a service registers, as "name procedure" in order, "oltmib_"
+// and "_1" left out.
+inline std::vector<std::string> registered_rows(const Service& service)
+{
+    std::vector<std::string> rows;
+    for (const Api& api : service)
+        if (api.registered()) {
+            const std::string name = api.name;
+            EXPECT_EQ(name.substr(0, 7), "oltmib_");
+            EXPECT_EQ(name.substr(name.size() - 2), "_1");
+            rows.push_back(name.substr(7, name.size() - 9) + " " + std::to_string(api.procedure));
+        }
+    return rows;
+}
+
+// The names of the registry's list in order, spelled whole.
+inline std::vector<std::string> registry_names()
+{
+    std::vector<std::string> names;
+    for (const ListLinks* at = apinode_head.next; at != &apinode_head; at = at->next)
+        names.push_back(static_cast<const ApiNode*>(at)->name);
+    return names;
+}
+
+// A service by its folder's name.
+inline const Service& service_named(const std::string& name)
+{
+    for (const Service* service : all_services)
+        if (name == service->name)
+            return *service;
+    ADD_FAILURE() << "no service is named " << name;
+    abort();
+}
+} // namespace support
+
+// The units that the API sends for the argument.
+#define EXPECT_REQUEST(name, argument, ...)                                                                            \
+    EXPECT_PRED_FORMAT2(support::same_units, support::request_of(name, argument), support::wire(__VA_ARGS__))
+
+// The text that the API makes of a reply of these units.
+#define EXPECT_REPLY(name, text, ...) EXPECT_EQ(support::text_of(name, support::wire(__VA_ARGS__)), text)

@@ -1,0 +1,52 @@
+# What `cmake --install` puts where, and the packages that CPack makes of it.
+# Every folder can be overridden, for LuaRocks trees and devices.
+include(GNUInstallDirs)
+
+# The version of the language, which Lua keeps in its folders' names.
+if(LIBRPC_LUA STREQUAL "luajit")
+  set(lua_version "5.1")
+else()
+  string(REGEX MATCH "[0-9]+\\.[0-9]+" lua_version "${LIBRPC_LUA}")
+endif()
+
+set(LIBRPC_LUA_CMODDIR "${CMAKE_INSTALL_LIBDIR}/lua/${lua_version}" CACHE STRING "Where Lua looks for C modules")
+set(LIBRPC_LUA_MODDIR "${CMAKE_INSTALL_DATADIR}/lua/${lua_version}" CACHE STRING "Where Lua looks for Lua modules")
+
+install(TARGETS rpc LIBRARY DESTINATION ${LIBRPC_LUA_CMODDIR})
+install(DIRECTORY lua/librpc DESTINATION ${LIBRPC_LUA_MODDIR} FILES_MATCHING PATTERN "*.lua")
+configure_file(lua/rpcctl ${CMAKE_BINARY_DIR}/rpcctl COPYONLY)
+if(NOT LIBRPC_LUA STREQUAL "lua5.1")
+  # the program runs with the Lua that the library was built for
+  file(READ lua/rpcctl program)
+  string(REGEX REPLACE "^#![^\n]*" "#!/usr/bin/env ${LIBRPC_LUA}" program "${program}")
+  file(WRITE ${CMAKE_BINARY_DIR}/rpcctl "${program}")
+endif()
+install(PROGRAMS ${CMAKE_BINARY_DIR}/rpcctl DESTINATION ${CMAKE_INSTALL_BINDIR})
+install(FILES completion/rpcctl.bash DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions RENAME rpcctl)
+install(FILES docs/man/rpcctl.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+install(FILES docs/man/librpc.3 DESTINATION ${CMAKE_INSTALL_MANDIR}/man3)
+
+set(CPACK_GENERATOR "DEB")
+set(CPACK_PACKAGE_NAME "lua-librpc")
+set(CPACK_PACKAGE_VENDOR "librpc developers")
+set(CPACK_PACKAGE_CONTACT "librpc developers <librpc@localhost.localdomain>")
+set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "device tables of a switch or optical line terminal for Lua")
+set(CPACK_PACKAGE_DESCRIPTION
+"Lua module through which web pages and command scripts on the management
+processor of a switch or optical line terminal read and change the device's
+tables. It calls the fifteen local daemons that own them by ONC RPC over UDP.
+With it come a module for records with named fields and rpcctl, a command line.")
+set(CPACK_STRIP_FILES ON)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_RELEASE 1)
+set(CPACK_DEBIAN_PACKAGE_SECTION interpreters)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_PACKAGE_DEPENDS "${LIBRPC_LUA}")
+set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "rpcbind")
+set(CPACK_INSTALL_PREFIX /usr)
+set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
+set(CPACK_INSTALL_SCRIPTS "${CMAKE_CURRENT_SOURCE_DIR}/packaging/debian_files.cmake")
+set(CPACK_LIBRPC_SOURCE "${CMAKE_CURRENT_SOURCE_DIR}")
+set(CPACK_LIBRPC_MANDIR "${CMAKE_INSTALL_MANDIR}")
+include(CPack)

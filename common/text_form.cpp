@@ -102,6 +102,11 @@ class Writer
   public:
     Writer(char* text, size_t size) : at(text), last(text + size - 1) {}
 
+    void character(char c)
+    {
+        if (at < last)
+            *at++ = c;
+    }
     void text(const char* from, size_t length)
     {
         if (length > static_cast<size_t>(last - at))
@@ -110,43 +115,43 @@ class Writer
         at += length;
     }
     void text(const char* from) { text(from, strlen(from)); }
-
-    void number(uint64_t value, bool negative)
+    void separator(const char* from)
     {
-        char digits[20 + 1];
-        char* first = digits + sizeof digits;
-        do
-            *--first = static_cast<char>('0' + value % 10);
-        while (value /= 10);
-        if (negative)
-            *--first = '-';
-        text(first, static_cast<size_t>(digits + sizeof digits - first));
+        while (*from)
+            character(*from++);
     }
+
     void number(int64_t value)
     {
         const auto bits = static_cast<uint64_t>(value);
-        number(value < 0 ? -bits : bits, value < 0);
+        digits(value < 0 ? -bits : bits, value < 0);
     }
-    void number(uint32_t value, bool negative)
-    {
-        char digits[10 + 1];
-        char* first = digits + sizeof digits;
-        do
-            *--first = static_cast<char>('0' + value % 10);
-        while (value /= 10);
-        if (negative)
-            *--first = '-';
-        text(first, static_cast<size_t>(digits + sizeof digits - first));
-    }
-    void number(int value)
+    void number(uint64_t value) { digits(value, false); }
+    void number(int32_t value)
     {
         const auto bits = static_cast<uint32_t>(value);
-        number(value < 0 ? -bits : bits, value < 0);
+        digits(value < 0 ? -bits : bits, value < 0);
     }
+    void number(uint32_t value) { digits(value, false); }
 
     void end() { *at = '\0'; }
 
   private:
+    // 32-bit numbers have a division of their own: it costs a third of the other.
+    template <class Unsigned> void digits(Unsigned value, bool negative)
+    {
+        if (value < 10 && !negative)
+            return character(static_cast<char>('0' + value));
+        char number[sizeof "-18446744073709551615"];
+        char* first = number + sizeof number;
+        do
+            *--first = static_cast<char>('0' + value % 10);
+        while (value /= 10);
+        if (negative)
+            *--first = '-';
+        text(first, static_cast<size_t>(number + sizeof number - first));
+    }
+
     char* at;
     char* last; // for the NUL
 };
@@ -155,7 +160,7 @@ void write_list(Writer& to, const Field& field, const char* from)
 {
     for (unsigned i = 0; i < field.count; i++) {
         if (i > 0)
-            to.text(",", 1);
+            to.character(',');
         to.number(field.kind == Kind::Char ? from[i] : load<int>(from + sizeof(int) * i));
     }
 }
@@ -168,16 +173,16 @@ void write_plain(Writer& to, const Field& field, const char* from)
         return to.text(from, strnlen(from, field.count));
     case Kind::Int:
     case Kind::UInt: // unsigned values print signed too, unless the form says otherwise
-        return as_unsigned ? to.number(load<uint32_t>(from), false) : to.number(load<int>(from));
+        return as_unsigned ? to.number(load<uint32_t>(from)) : to.number(load<int>(from));
     case Kind::Double: {
         char text[real_size];
         snprintf(text, sizeof text, "%.2lf", load<double>(from));
         return to.text(text);
     }
     case Kind::Int64:
-        return as_unsigned ? to.number(load<uint64_t>(from), false) : to.number(load<int64_t>(from));
+        return as_unsigned ? to.number(load<uint64_t>(from)) : to.number(load<int64_t>(from));
     case Kind::UInt64:
-        return to.number(load<uint64_t>(from), false);
+        return to.number(load<uint64_t>(from));
     }
 }
 
@@ -228,13 +233,12 @@ void* parse_record(const TextForm& form, void* record, char* text)
 char* format_record(const TextForm& form, const void* record, char* text)
 {
     Writer to(text, form.buffer);
-    const size_t separator_length = strlen(form.separator);
     bool first = true;
     for (const Field& field : form) {
         if (field.use == Use::InputOnly)
             continue;
         if (!first)
-            to.text(form.separator, separator_length);
+            to.separator(form.separator);
         first = false;
         write_field(to, field, static_cast<const char*>(record) + field.offset);
     }

@@ -8,6 +8,7 @@
 #include <lua.hpp>
 
 #include "common/registry.h"
+#include "common/status.h"
 #include "common/trace.h"
 #include "rpc/client.h"
 
@@ -30,10 +31,13 @@ int lua_callapi(lua_State* L)
     if (!name || !str)
         return 0;
     char* copy = strdup(str); // the parsers write into the text that they split
-    if (!copy)
+    if (!copy) {
+        note_no_memory(name);
         return 0;
+    }
     const ApiNode* api = lua_getapibyname(name);
     if (!api) {
+        note_unknown_api(name);
         TRACE(165, "api %s not found", name);
         free(copy);
         return 0;
@@ -45,6 +49,7 @@ int lua_callapi(lua_State* L)
     }
     CLIENT* clnt = api->clntinit();
     if (!clnt) {
+        note_no_client(*api);
         TRACE(171, "%s clnt init failed", api->name);
         free(copy);
         return 0;
@@ -57,9 +62,11 @@ int lua_callapi(lua_State* L)
     call_is_unwanted = nullptr;
     free(copy);
     if (reply) {
+        note_success();
         lua_pushstring(L, api->ret2str(reply));
         return 1;
     }
+    note_failed_call(*api, clnt);
     TRACE(181, "%s func called failed", api->name);
     api->clntdestroy();
     return 0;

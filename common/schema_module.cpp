@@ -1,0 +1,160 @@
+// The Lua module librpc.schema: the descriptions as a table, made when the
+// module is opened. Lua's errors are longjmps: no destructor, no heap memory.
+#include <climits>
+#include <cstring>
+#include <lua.hpp>
+
+#include "common/schema.h"
+
+// Opens the module: leaves the table on the stack.
+EXPORT int luaopen_librpc_schema(lua_State* L);
+
+namespace
+{
+// Lua 5.1's own integers do not hold every 32-bit value on a 32-bit host.
+void set_number(lua_State* L, const char* key, int64_t value)
+{
+#if LUA_VERSION_NUM >= 503
+    lua_pushinteger(L, value);
+#else
+    lua_pushnumber(L, static_cast<lua_Number>(value));
+#endif
+    lua_setfield(L, -2, key);
+}
+
+void set_text(lua_State* L, const char* key, std::string_view text)
+{
+    lua_pushlstring(L, text.data(), text.size());
+    lua_setfield(L, -2, key);
+}
+
+void push_position(lua_State* L, const Position& position, const Field& field)
+{
+    const bool is_list = field.text == Text::List;
+    lua_createtable(L, 0, is_list ? 6 : position.size > 0 ? 3 : 2);
+    set_text(L, "name", position.name);
+    set_text(L, "kind", position.kind);
+    if (position.size > 0)
+        set_number(L, "size", position.size);
+    if (is_list) { // the limits of others follow from kind and size
+        set_number(L, "longest", list_size - 1);
+        set_number(L, "least", field.kind == Kind::Char ? CHAR_MIN : INT_MIN);
+        set_number(L, "most", field.kind == Kind::Char ? CHAR_MAX : INT_MAX);
+    }
+}
+
+// The positions of a text, one array for all APIs that share it: the table at
+// `cache` keeps them by their form.
+void push_positions(lua_State* L, int cache, const TextForm& form, Side side)
+{
+    lua_pushlightuserdata(L, const_cast<TextForm*>(&form));
+    lua_rawget(L, cache);
+    if (!lua_isnil(L, -1))
+        return;
+    lua_pop(L, 1);
+    lua_createtable(L, form.count, 0);
+    int count = 0;
+    for (const Field& field : form) {
+        if (!has_position(field, side))
+            continue;
+        push_position(L, describe_position(form, field, side), field);
+        lua_rawseti(L, -2, ++count);
+    }
+    lua_pushlightuserdata(L, const_cast<TextForm*>(&form));
+    lua_pushvalue(L, -2);
+    lua_rawset(L, cache);
+}
+
+// How the status of a set stands in a text that a record's formatter made of
+// it: the record begins with the status, and its other positions are blank.
+void push_status(lua_State* L, const TextForm& form)
+{
+    constexpr bool low_byte_first = __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__;
+    lua_createtable(L, 0, 2);
+    set_text(L, "kind", form.positions[0].kind != Kind::Char ? "int" : low_byte_first ? "little" : "big");
+    void* record = lua_newuserdata(L, form.record->size);
+    memset(record, 0, form.record->size);
+    auto* text = static_cast<char*>(lua_newuserdata(L, form.buffer));
+    format_record(form, record, text);
+    const char* rest = strstr(text, form.separator);
+    lua_pushstring(L, rest ? rest : "");
+    lua_setfield(L, -4, "rest");
+    lua_pop(L, 2);
+}
+
+const char* name_or(const Record* record, const char* otherwise) { return record ? record->name : otherwise; }
+
+void push_api(lua_State* L, int inputs, int outputs, const Service& service, const Api& api)
+{
+    const ApiName name = split_name(api);
+    lua_createtable(L, 0, 13);
+    set_text(L, "name", api.name);
+    set_text(L, "service", service.name);
+    set_number(L, "program", service.program);
+    set_number(L, "procedure", api.procedure);
+    set_text(L, "operation", name_of(name.operation));
+    set_text(L, "table", name.table);
+    set_text(L, "request", name_or(api.request, "void"));
+    set_text(L, "reply", name_or(api.reply, "int"));
+    set_text(L, "delimiters", api.input->delimiters[0] ? api.input->delimiters : "&");
+    if (api.request)
+        push_positions(L, inputs, *api.input, Side::Input);
+    else
+        lua_newtable(L); // its argument goes nowhere
+    lua_setfield(L, -2, "input");
+    if (api.reply) {
+        set_text(L, "separator", api.output->separator);
+        set_number(L, "longest", api.output->buffer - 1);
+        push_positions(L, same_on_both_sides(*api.output) ? inputs : outputs, *api.output, Side::Output);
+        lua_setfield(L, -2, "output");
+    } else if (api.output) {
+        push_status(L, *api.output);
+        lua_setfield(L, -2, "status");
+    }
+}
+
+// schema.api(name): the API of that name, or nil.
+int find_api(lua_State* L)
+{
+    luaL_checkstring(L, 1);
+    lua_settop(L, 1);
+    lua_rawget(L, lua_upvalueindex(1));
+    return 1;
+}
+} // namespace
+
+int luaopen_librpc_schema(lua_State* L)
+{
+    lua_settop(L, 0);
+    luaL_checkstack(L, 20, nullptr);
+    constexpr int schema = 1, services = 2, apis = 3, by_name = 4, inputs = 5, outputs = 6;
+    lua_createtable(L, 0, 3);
+    lua_createtable(L, service_count, 0);
+    for (int i = apis; i <= outputs; i++)
+        lua_newtable(L);
+    int number = 0, api_number = 0;
+    for (const Service* service : all_services) {
+        lua_createtable(L, 0, 3);
+        set_text(L, "name", service->name);
+        set_text(L, "title", service->title);
+        set_number(L, "program", static_cast<int64_t>(service->program));
+        lua_rawseti(L, services, ++number);
+        for (const Api& api : *service) {
+            if (!api.registered())
+                continue;
+            push_api(L, inputs, outputs, *service, api);
+            lua_pushvalue(L, -1);
+            lua_setfield(L, by_name, api.name);
+            lua_rawseti(L, apis, ++api_number);
+        }
+    }
+    lua_pushvalue(L, services);
+    lua_setfield(L, schema, "services");
+    lua_pushvalue(L, apis);
+    lua_setfield(L, schema, "apis");
+    lua_pushvalue(L, by_name);
+    lua_pushcclosure(L, find_api, 1);
+    lua_setfield(L, schema, "api");
+    lua_settop(L, schema);
+    return 1;
+}

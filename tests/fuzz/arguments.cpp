@@ -1,0 +1,46 @@
+// Argument text, any bytes, through every API's parser and into its request
+// record's XDR routine.
+//
+// Input: API (2), flags (1: trace lines), text.
+#include "services/nsminfo/ports/records.h"
+#include "tests/fuzz/fuzz.h"
+#include "tests/fuzz/naive.h"
+
+namespace
+{
+void check_encoding(const Record& record, void* request)
+{
+    const size_t size = BYTES_PER_XDR_UNIT * record.units;
+    for (size_t room : {size, size - BYTES_PER_XDR_UNIT}) {
+        std::unique_ptr<uint32_t[]> units(new uint32_t[room / BYTES_PER_XDR_UNIT]);
+        XDR xdrs;
+        xdrmem_create(&xdrs, reinterpret_cast<char*>(units.get()), static_cast<u_int>(room), XDR_ENCODE);
+        const bool done = xdr_record(&xdrs, record, request);
+        EXPECT(done == (room == size), "a record to fit its own units only", "%d of %zu units", done,
+               room / BYTES_PER_XDR_UNIT);
+        EXPECT(!done || XDR_GETPOS(&xdrs) == size, "all units to be written", "%u bytes", XDR_GETPOS(&xdrs));
+    }
+}
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
+{
+    Input input(data, size);
+    const Api& api = choose_api(input);
+    set_debug(input.byte() & 1);
+    const std::string given = input.rest();
+    const auto text = exact(given);
+    void* request = api.str2arg(text.get());
+    EXPECT(request, "a request record", "null from %s", api.name);
+    if (!api.request)
+        return 0;
+    const std::string record(static_cast<char*>(request), api.request->size);
+    std::string expected = naive::parse(*api.input, given.c_str());
+    if (api.request == &record_of<oltmib_PortInfoEntry>) { // one value read fills two fields
+        auto& row = *reinterpret_cast<oltmib_PortInfoEntry*>(&expected[0]);
+        row.field9 = row.field8;
+    }
+    EXPECT(record == expected, "the record of the plain reading", "another one of %s", api.name);
+    check_encoding(*api.request, request);
+    return 0;
+}

@@ -1,0 +1,207 @@
+// Reply datagrams, any, through the exchange: a handle of libtirpc's own that
+// take_over took over, calling a daemon's socket in this process. What arrives
+// is queued before the call is made; libtirpc's xdr_replymsg says which of it
+// is a reply, and of what.
+//
+// Input: API (1), then datagrams: kind (1, see below), size (2), bytes. The
+// daemon's good reply follows them all, so that every call ends at once.
+#include <algorithm>
+#include <arpa/inet.h>
+#include <cerrno>
+#include <net/if.h>
+#include <sched.h>
+#include <sys/ioctl.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include "rpc/client.h"
+#include "tests/fuzz/fuzz.h"
+
+namespace
+{
+enum Datagram : unsigned {
+    right_xid = 1,   // its first unit is the call's xid
+    good_header = 2, // an accepted reply's header stands before the bytes
+    stranger = 4,    // comes from another port than the daemon's
+    filled = 8,      // zeros follow, as many units as the reply record has
+    oversized = 16,  // zeros follow, up to more than any reply has
+};
+
+constexpr size_t api_choices = 16; // some of each shape are enough here
+constexpr unsigned most_datagrams = 8;
+constexpr size_t oversize = 9200;
+constexpr rpcprog_t program = 50099;
+
+// A loopback of our own where the system lets us; ports are the kernel's choice anyway.
+void enter_private_network()
+{
+    if (unshare(CLONE_NEWNET) != 0)
+        return;
+    const int fd = socket(AF_INET, SOCK_DGRAM, 0);
+    ifreq loopback = {};
+    strcpy(loopback.ifr_name, "lo");
+    loopback.ifr_flags = IFF_UP | IFF_RUNNING;
+    EXPECT(fd >= 0 && ioctl(fd, SIOCSIFFLAGS, &loopback) == 0, "a loopback of our own", "%s", strerror(errno));
+    close(fd);
+}
+
+int bound_socket(sockaddr_in& address)
+{
+    address = {};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    socklen_t length = sizeof address;
+    const int fd = socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+    EXPECT(fd >= 0 && bind(fd, reinterpret_cast<sockaddr*>(&address), length) == 0 &&
+               getsockname(fd, reinterpret_cast<sockaddr*>(&address), &length) == 0,
+           "a socket on the loopback address", "%s", strerror(errno));
+    return fd;
+}
+
+// Client, daemon and stranger, once for all inputs.
+struct Parties {
+    Exchange exchange = {};
+    CLIENT* clnt;
+    int daemon, other;
+    sockaddr_in client = {};
+
+    Parties()
+    {
+        enter_private_network();
+        sockaddr_in address, unused;
+        daemon = bound_socket(address);
+        other = bound_socket(unused);
+        netbuf server = {sizeof address, sizeof address, &address};
+        clnt = clnt_dg_create(socket(AF_INET, SOCK_DGRAM, 0), &server, program, server_version, 0, 0);
+        EXPECT(clnt && take_over(exchange, clnt, program, TIMEOUT), "a handle taken over", "%s",
+               clnt_spcreateerror("a refusal"));
+        socklen_t length = sizeof client;
+        EXPECT(getsockname(exchange.fd, reinterpret_cast<sockaddr*>(&client), &length) == 0, "the client's port", "%s",
+               strerror(errno));
+    }
+
+    void send(const std::string& datagram, bool by_stranger) const
+    {
+        EXPECT(sendto(by_stranger ? other : daemon, datagram.data(), datagram.size(), 0,
+                      reinterpret_cast<const sockaddr*>(&client),
+                      sizeof client) == static_cast<ssize_t>(datagram.size()),
+               "a datagram sent", "%s", strerror(errno));
+    }
+};
+
+Parties& parties()
+{
+    static Parties all;
+    return all;
+}
+
+std::string unit(uint32_t value)
+{
+    value = htonl(value);
+    return std::string(reinterpret_cast<const char*>(&value), sizeof value);
+}
+
+std::string accepted(uint32_t xid) { return unit(xid) + unit(REPLY) + unit(MSG_ACCEPTED) + std::string(12, '\0'); }
+
+std::string make_datagram(Input& input, unsigned kind, uint32_t xid, size_t reply_size)
+{
+    std::string datagram = kind & good_header ? accepted(xid) : "";
+    datagram += input.bytes(input.word());
+    if (kind & filled)
+        datagram += std::string(reply_size, '\0');
+    if (kind & oversized && datagram.size() < oversize)
+        datagram.resize(oversize);
+    if (kind & right_xid && datagram.size() >= 4)
+        datagram.replace(0, 4, unit(xid));
+    return datagram;
+}
+
+// What the call has to give: a reply's bytes in memory, or nothing.
+struct Outcome {
+    bool success;
+    std::string reply;
+};
+
+const Record* expected_record;
+
+bool_t decode_expected(XDR* xdrs, void* reply)
+{
+    return expected_record ? xdr_record(xdrs, *expected_record, reply) : xdr_int(xdrs, static_cast<int*>(reply));
+}
+
+Outcome outcome_of(std::string datagram, const Api& api)
+{
+    expected_record = api.reply;
+    Outcome outcome = {false, std::string(api.reply ? api.reply->size : sizeof(int), '\0')};
+    char verifier[MAX_AUTH_BYTES];
+    rpc_msg message = {};
+    message.acpted_rply.ar_verf.oa_base = verifier;
+    message.acpted_rply.ar_results.where = &outcome.reply[0];
+    message.acpted_rply.ar_results.proc = reinterpret_cast<xdrproc_t>(reinterpret_cast<void (*)()>(decode_expected));
+    datagram.resize(std::min(datagram.size(), size_t{UDPMSGSIZE}));
+    XDR xdrs;
+    xdrmem_create(&xdrs, &datagram[0], static_cast<u_int>(datagram.size()), XDR_DECODE);
+    if (xdr_replymsg(&xdrs, &message)) {
+        rpc_err error;
+        _seterr_reply(&message, &error);
+        outcome.success = error.re_status == RPC_SUCCESS;
+    }
+    return outcome;
+}
+
+bool is_of_call(const std::string& datagram, uint32_t xid) { return datagram.compare(0, 4, unit(xid)) == 0; }
+
+void check_call(const Api& api, uint32_t xid)
+{
+    uint32_t units[UDPMSGSIZE / sizeof(uint32_t)];
+    const ssize_t size = recv(parties().daemon, units, sizeof units, MSG_DONTWAIT);
+    const ssize_t expected = 40 + 4 * (api.request ? api.request->units : 0);
+    EXPECT(size == expected, "one call message", "%zd bytes, not %zd", size, expected);
+    EXPECT(ntohl(units[0]) == xid && ntohl(units[3]) == program && ntohl(units[5]) == api.procedure,
+           "the call's own header", "xid %u, procedure %u", ntohl(units[0]), ntohl(units[5]));
+    EXPECT(recv(parties().daemon, units, sizeof units, MSG_DONTWAIT) < 0, "no second call message", "one");
+}
+
+void drain(int fd)
+{
+    char byte;
+    while (recv(fd, &byte, sizeof byte, MSG_DONTWAIT) >= 0) {
+    }
+}
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
+{
+    Input input(data, size);
+    const Api& api = *callable_apis()[input.byte() % api_choices * callable_apis().size() / api_choices];
+    rpclib_dbg = 0;
+    Parties& all = parties();
+    const uint32_t xid = all.exchange.xid + 1;
+    const size_t reply_size = BYTES_PER_XDR_UNIT * (api.reply ? api.reply->units : 1);
+
+    std::vector<std::string> heard;
+    for (unsigned i = 0; i < most_datagrams && input.left() > 0; i++) {
+        const unsigned kind = input.byte();
+        const std::string datagram = make_datagram(input, kind, xid, reply_size);
+        all.send(datagram, kind & stranger);
+        if (!(kind & stranger))
+            heard.push_back(datagram);
+    }
+    heard.push_back(accepted(xid) + std::string(reply_size, '\0'));
+    all.send(heard.back(), false);
+
+    size_t first = 0;
+    while (!is_of_call(heard[first], xid))
+        first++;
+    const Outcome expected = outcome_of(heard[first], api);
+
+    std::string no_text;
+    const void* reply = api.func(api.str2arg(&no_text[0]), all.clnt);
+    EXPECT(!reply == !expected.success, expected.success ? "a reply" : "no reply", "%s from datagram %zu of %s",
+           reply ? "one" : "none", first, api.name);
+    EXPECT(!reply || memcmp(reply, expected.reply.data(), expected.reply.size()) == 0, "the reply's record",
+           "another %s", api.name);
+    check_call(api, xid);
+    drain(all.exchange.fd);
+    return 0;
+}

@@ -1,0 +1,1817 @@
+---@meta librpc
+-- Annotations for editors (LuaLS); nothing loads this file.
+-- Made by the target `describe`; change the services or tools/describe/annotations.cpp instead.
+
+---Every API by name, with the positions of its argument and of its reply.
+---@alias librpc.api
+---| '"oltmib_erpsinst_get_1"' # erpsinfo: text1&value1&text2&value2&value3&value4&text3&text4&text5&text6&oper&res -> text1&value1&text2&value2&value3&value4&text3&text4&text5&text6&oper&res
+---| '"oltmib_erpsinst_getn_1"' # erpsinfo: text1&value1&text2&value2&value3&value4&text3&text4&text5&text6&oper&res -> text1&value1&text2&value2&value3&value4&text3&text4&text5&text6&oper&res
+---| '"oltmib_erpsinst_set_1"' # erpsinfo: text1&value1&text2&value2&value3&value4&text3&text4&text5&text6&oper&res -> status
+---| '"oltmib_erpsring_get_1"' # erpsinfo: value1&text1&text2&text3&oper&res -> value1&text1&text2&text3&oper&res
+---| '"oltmib_erpsring_getn_1"' # erpsinfo: value1&text1&text2&text3&oper&res -> value1&text1&text2&text3&oper&res
+---| '"oltmib_erpsring_set_1"' # erpsinfo: value1&text1&text2&text3&oper&res -> status
+---| '"oltmib_erpsprof_get_1"' # erpsinfo: text1&value1&value2&value3&value4&value5&text2&oper&res -> text1&value1&value2&value3&value4&value5&text2&oper&res
+---| '"oltmib_erpsprof_getn_1"' # erpsinfo: text1&value1&value2&value3&value4&value5&text2&oper&res -> text1&value1&value2&value3&value4&value5&text2&oper&res
+---| '"oltmib_erpsprof_set_1"' # erpsinfo: text1&value1&value2&value3&value4&value5&text2&oper&res -> status
+---| '"oltmib_erpsstate_getn_1"' # erpsinfo: text1&value1&value2&value3&value4&value5&mac1&value6&value7&value8&mac2&value9&value10&value11&text2&oper&res -> text1&value1&value2&value3&value4&value5&mac1&value6&value7&value8&mac2&value9&value10&value11&text2&oper&res
+---| '"oltmib_erpsstate_set_1"' # erpsinfo: text1&value1&value2&value3&value4&value5&mac1&value6&value7&value8&mac2&value9&value10&value11&text2&oper&res -> text1&value1&value2&value3&value4&value5&mac1&value6&value7&value8&mac2&value9&value10&value11&text2&oper&res
+---| '"oltmib_lldpcfg_get_1"' # erpsinfo: value1&text1&text2&text3&text4&oper&res -> value1&text1&text2&text3&text4&oper&res
+---| '"oltmib_lldpcfg_set_1"' # erpsinfo: value1&text1&text2&text3&text4&oper&res -> status
+---| '"oltmib_lldpifcfg_get_1"' # erpsinfo: value1&text1&text2&text3&text4&value2&value3&value4&value5&value6&value7&value8&value9&value10&value11&value12&value13&text5&oper&res -> value1&text1&text2&text3&text4&value2&value3&value4&value5&value6&value7&value8&value9&value10&value11&value12&value13&text5&oper&res
+---| '"oltmib_lldpifcfg_getn_1"' # erpsinfo: value1&text1&text2&text3&text4&value2&value3&value4&value5&value6&value7&value8&value9&value10&value11&value12&value13&text5&oper&res -> value1&text1&text2&text3&text4&value2&value3&value4&value5&value6&value7&value8&value9&value10&value11&value12&value13&text5&oper&res
+---| '"oltmib_lldpifcfg_set_1"' # erpsinfo: value1&text1&text2&text3&text4&value2&value3&value4&value5&value6&value7&value8&value9&value10&value11&value12&value13&text5&oper&res -> status
+---| '"oltmib_lldpifnei_get_1"' # erpsinfo: value1&mac1&text1&text2&text3&oper&res -> value1&$mac1&$text1&$text2&$text3&$oper&$res
+---| '"oltmib_lldpifnei_getn_1"' # erpsinfo: value1&mac1&text1&text2&text3&oper&res -> value1&$mac1&$text1&$text2&$text3&$oper&$res
+---| '"oltmib_lldpifstat_get_1"' # erpsinfo: value1&text1&value2&value3&value4&value5&value6&value7&value8&text2&oper&res -> value1&text1&value2&value3&value4&value5&value6&value7&value8&text2&oper&res
+---| '"oltmib_lldpifstat_getn_1"' # erpsinfo: value1&text1&value2&value3&value4&value5&value6&value7&value8&text2&oper&res -> value1&text1&value2&value3&value4&value5&value6&value7&value8&text2&oper&res
+---| '"oltmib_lldpifstat_set_1"' # erpsinfo: value1&text1&value2&value3&value4&value5&value6&value7&value8&text2&oper&res -> status
+---| '"oltmib_portinfo_get_1"' # nsminfo: ifx&name&field3&field4&field5&field8&field10&field11&field12&field13&field14&field15&field16&field17&field18&field19&field20&field21&field23&field24&field25&field26&oper&res -> ifx&name&field3&field4&field5&field8&field10&field11&field12&field13&field14&field15&field16&field17&field18&field19&field20&field21&field23&field24&field25&field26&oper&res
+---| '"oltmib_portinfo_getn_1"' # nsminfo: ifx&name&field3&field4&field5&field8&field10&field11&field12&field13&field14&field15&field16&field17&field18&field19&field20&field21&field23&field24&field25&field26&oper&res -> ifx&name&field3&field4&field5&field8&field10&field11&field12&field13&field14&field15&field16&field17&field18&field19&field20&field21&field23&field24&field25&field26&oper&res
+---| '"oltmib_portinfo_set_1"' # nsminfo: ifx&name&field3&field4&field5&field8&field10&field11&field12&field13&field14&field15&field16&field17&field18&field19&field20&field21&field23&field24&field25&field26&oper&res -> status
+---| '"oltmib_vlaninfo_get_1"' # nsminfo: field1&field2&field3&field4&field5&field6&text&oper&res -> field1&field2&field3&field4&field5&field6&text&oper&res
+---| '"oltmib_vlaninfo_getn_1"' # nsminfo: field1&field2&field3&field4&field5&field6&text&oper&res -> field1&field2&field3&field4&field5&field6&text&oper&res
+---| '"oltmib_vlaninfo_set_1"' # nsminfo: field1&field2&field3&field4&field5&field6&text&oper&res -> status
+---| '"oltmib_vlanbitmapinfo_set_1"' # nsminfo: field1&bit&field3&field4&text&oper&res -> status
+---| '"oltmib_sptmode_get_1"' # nsminfo: field1&field2&text&oper&res -> field1&field2&text&oper&res
+---| '"oltmib_sptmode_set_1"' # nsminfo: field1&field2&text&oper&res -> status
+---| '"oltmib_portstat_get_1"' # nsminfo: ifx&field2&name&counter9&counter6&counter13&counter27&counter26&counter29&counter35&counter37&counter40&counter42&text&oper&res -> ifx&field2&name&counter9&counter6&counter13&counter27&counter26&counter29&counter35&counter37&counter40&counter42&text&oper&res
+---| '"oltmib_portstat_getn_1"' # nsminfo: ifx&field2&name&counter9&counter6&counter13&counter27&counter26&counter29&counter35&counter37&counter40&counter42&text&oper&res -> ifx&field2&name&counter9&counter6&counter13&counter27&counter26&counter29&counter35&counter37&counter40&counter42&text&oper&res
+---| '"oltmib_portstat_set_1"' # nsminfo: ifx&field2&name&counter9&counter6&counter13&counter27&counter26&counter29&counter35&counter37&counter40&counter42&text&oper&res -> status
+---| '"oltmib_cvlan_table_get_1"' # nsminfo: nothing -> bit&text&oper&res
+---| '"oltmib_p2p_svlan_table_get_1"' # nsminfo: nothing -> bit&text&oper&res
+---| '"oltmib_portrate_get_1"' # nsminfo: ifx&field2&name&rate0&rate1&rate2&rate3&rate4&rate5&text&oper&res -> ifx&field2&name&rate0&rate1&rate2&rate3&rate4&rate5&text&oper&res
+---| '"oltmib_portrate_getn_1"' # nsminfo: ifx&field2&name&rate0&rate1&rate2&rate3&rate4&rate5&text&oper&res -> ifx&field2&name&rate0&rate1&rate2&rate3&rate4&rate5&text&oper&res
+---| '"oltmib_pminfo_getn_1"' # nsminfo: sid&mode&desc&to&to_switch&rspan_vlan&src&src_vlan&dir&state&text&oper&res -> sid&mode&desc&to&to_switch&rspan_vlan&src&src_vlan&dir&state&text&oper&res
+---| '"oltmib_pminfo_set_1"' # nsminfo: sid&mode&desc&to&to_switch&rspan_vlan&src&src_vlan&dir&state&text&oper&res -> status
+---| '"oltmib_ratelimitinfo_get_1"' # nsminfo: ifx&name&in_cir&in_cbs&out_cir&out_cbs&text&oper&res -> ifx&name&in_cir&in_cbs&out_cir&out_cbs&text&oper&res
+---| '"oltmib_ratelimitinfo_getn_1"' # nsminfo: ifx&name&in_cir&in_cbs&out_cir&out_cbs&text&oper&res -> ifx&name&in_cir&in_cbs&out_cir&out_cbs&text&oper&res
+---| '"oltmib_ratelimitinfo_set_1"' # nsminfo: ifx&name&in_cir&in_cbs&out_cir&out_cbs&text&oper&res -> status
+---| '"oltmib_stormcontrolinfo_get_1"' # nsminfo: ifx&name&ratelimit_type&level&fraction&text&oper&res -> ifx&name&ratelimit_type&level&fraction&text&oper&res
+---| '"oltmib_stormcontrolinfo_getn_1"' # nsminfo: ifx&name&ratelimit_type&level&fraction&text&oper&res -> ifx&name&ratelimit_type&level&fraction&text&oper&res
+---| '"oltmib_stormcontrolinfo_set_1"' # nsminfo: ifx&name&ratelimit_type&level&fraction&text&oper&res -> status
+---| '"oltmib_acl_get_1"' # nsminfo: name&field2&field3&field4&field5&field6&field7&field8&field9&field10&src&field12&field13&field14&field15&field16&field17&field18&text&oper&res -> name&field2&field3&field4&field5&field6&field7&field8&field9&field10&src&field12&field13&field14&field15&field16&field17&field18&count&text&oper&res
+---| '"oltmib_acl_getn_1"' # nsminfo: name&field2&field3&field4&field5&field6&field7&field8&field9&field10&src&field12&field13&field14&field15&field16&field17&field18&text&oper&res -> name&field2&field3&field4&field5&field6&field7&field8&field9&field10&src&field12&field13&field14&field15&field16&field17&field18&count&text&oper&res
+---| '"oltmib_acl_set_1"' # nsminfo: name&field2&field3&field4&field5&field6&field7&field8&field9&field10&src&field12&field13&field14&field15&field16&field17&field18&text&oper&res -> status
+---| '"oltmib_aclif_get_1"' # nsminfo: ifx&name&in&field4&text&oper&res -> ifx&name&in&field4&text&oper&res
+---| '"oltmib_aclif_getn_1"' # nsminfo: ifx&name&in&field4&text&oper&res -> ifx&name&in&field4&text&oper&res
+---| '"oltmib_aclif_set_1"' # nsminfo: ifx&name&in&field4&text&oper&res -> status
+---| '"oltmib_qoscfg_get_1"' # nsminfo: status&alg&text&oper&res -> status&alg&text&oper&res
+---| '"oltmib_qoscfg_set_1"' # nsminfo: status&alg&text&oper&res -> status
+---| '"oltmib_queueweight_get_1"' # nsminfo: map&text&oper&res -> map&text&oper&res
+---| '"oltmib_queueweight_set_1"' # nsminfo: map&text&oper&res -> status
+---| '"oltmib_cos2dscp_get_1"' # nsminfo: map&text&oper&res -> map&text&oper&res
+---| '"oltmib_cos2dscp_set_1"' # nsminfo: map&text&oper&res -> status
+---| '"oltmib_cos2queue_get_1"' # nsminfo: map&text&oper&res -> map&text&oper&res
+---| '"oltmib_cos2queue_set_1"' # nsminfo: map&text&oper&res -> status
+---| '"oltmib_dscp2cos_get_1"' # nsminfo: map&text&oper&res -> map&text&oper&res
+---| '"oltmib_dscp2cos_set_1"' # nsminfo: map&text&oper&res -> status
+---| '"oltmib_dscp2dscp_get_1"' # nsminfo: map&text&oper&res -> map&text&oper&res
+---| '"oltmib_dscp2dscp_set_1"' # nsminfo: map&text&oper&res -> status
+---| '"oltmib_dscp2queue_get_1"' # nsminfo: map&text&oper&res -> map&text&oper&res
+---| '"oltmib_dscp2queue_set_1"' # nsminfo: map&text&oper&res -> status
+---| '"oltmib_class_get_1"' # nsminfo: name&matchtype&field3&text&oper&res -> name&matchtype&field3&text&oper&res
+---| '"oltmib_class_getn_1"' # nsminfo: name&matchtype&field3&text&oper&res -> name&matchtype&field3&text&oper&res
+---| '"oltmib_class_set_1"' # nsminfo: name&matchtype&field3&text&oper&res -> status
+---| '"oltmib_policy_get_1"' # nsminfo: name&class&field3&field4&field5&field6&field7&field8&field9&text&oper&res -> name&class&field3&field4&field5&field6&field7&field8&field9&text&oper&res
+---| '"oltmib_policy_getn_1"' # nsminfo: name&class&field3&field4&field5&field6&field7&field8&field9&text&oper&res -> name&class&field3&field4&field5&field6&field7&field8&field9&text&oper&res
+---| '"oltmib_policy_set_1"' # nsminfo: name&class&field3&field4&field5&field6&field7&field8&field9&text&oper&res -> status
+---| '"oltmib_qostrustif_get_1"' # nsminfo: ifx&name&field3&field4&in&field6&text&oper&res -> ifx&name&field3&field4&in&field6&text&oper&res
+---| '"oltmib_qostrustif_getn_1"' # nsminfo: ifx&name&field3&field4&in&field6&text&oper&res -> ifx&name&field3&field4&in&field6&text&oper&res
+---| '"oltmib_qostrustif_set_1"' # nsminfo: ifx&name&field3&field4&in&field6&text&oper&res -> status
+---| '"oltmib_qospolicyif_get_1"' # nsminfo: ifx&name&field3&field4&in&field6&text&oper&res -> ifx&name&field3&field4&in&field6&text&oper&res
+---| '"oltmib_qospolicyif_getn_1"' # nsminfo: ifx&name&field3&field4&in&field6&text&oper&res -> ifx&name&field3&field4&in&field6&text&oper&res
+---| '"oltmib_qospolicyif_set_1"' # nsminfo: ifx&name&field3&field4&in&field6&text&oper&res -> status
+---| '"oltmib_qosifcfg_get_1"' # nsminfo: ifx&name&list1&list2&text&oper&res -> ifx&name&list1&list2&text&oper&res
+---| '"oltmib_qosifcfg_getn_1"' # nsminfo: ifx&name&list1&list2&text&oper&res -> ifx&name&list1&list2&text&oper&res
+---| '"oltmib_qosifcfg_set_1"' # nsminfo: ifx&name&list1&list2&text&oper&res -> status
+---| '"oltmib_fdbparam_get_1"' # nsminfo: field1&text&oper&res -> field1&text&oper&res
+---| '"oltmib_fdbparam_set_1"' # nsminfo: field1&text&oper&res -> status
+---| '"oltmib_fdb_dynamic_getn_1"' # nsminfo: mac&field2&field3&field4&text&oper&res -> mac&field2&field3&field4&text&oper&res
+---| '"oltmib_fdb_get_1"' # nsminfo: mac&field2&field3&field4&text&oper&res -> mac&field2&field3&field4&text&oper&res
+---| '"oltmib_fdb_getn_1"' # nsminfo: mac&field2&field3&field4&text&oper&res -> mac&field2&field3&field4&text&oper&res
+---| '"oltmib_fdb_set_1"' # nsminfo: mac&field2&field3&field4&text&oper&res -> status
+---| '"oltmib_ag_get_1"' # nsminfo: field1&name&field3&field4&text&oper&res -> field1&name&field3&field4&text&oper&res
+---| '"oltmib_ag_getn_1"' # nsminfo: field1&name&field3&field4&text&oper&res -> field1&name&field3&field4&text&oper&res
+---| '"oltmib_ag_set_1"' # nsminfo: field1&name&field3&field4&text&oper&res -> status
+---| '"oltmib_agsys_get_1"' # nsminfo: field1&text&oper&res -> field1&text&oper&res
+---| '"oltmib_agsys_set_1"' # nsminfo: field1&text&oper&res -> status
+---| '"oltmib_stpifstatus_get_1"' # nsminfo: ifx&name&field3&text&oper&res -> ifx&name&field3&text&oper&res
+---| '"oltmib_stpifstatus_getn_1"' # nsminfo: ifx&name&field3&text&oper&res -> ifx&name&field3&text&oper&res
+---| '"oltmib_stpifstatus_set_1"' # nsminfo: ifx&name&field3&text&oper&res -> status
+---| '"oltmib_vlanvpn_get_1"' # nsminfo: field1&field2&field3&field4&text&oper&res -> field1&field2&field3&field4&text&oper&res
+---| '"oltmib_vlanvpn_getn_1"' # nsminfo: field1&field2&field3&field4&text&oper&res -> field1&field2&field3&field4&text&oper&res
+---| '"oltmib_vlanvpn_set_1"' # nsminfo: field1&field2&field3&field4&text&oper&res -> status
+---| '"oltmib_vlanvpnif_get_1"' # nsminfo: ifx&name&field3&field4&field5&field6&text&oper&res -> ifx&name&field3&field4&field5&field6&text&oper&res
+---| '"oltmib_vlanvpnif_getn_1"' # nsminfo: ifx&name&field3&field4&field5&field6&text&oper&res -> ifx&name&field3&field4&field5&field6&text&oper&res
+---| '"oltmib_vlanvpnif_set_1"' # nsminfo: ifx&name&field3&field4&field5&field6&text&oper&res -> status
+---| '"oltmib_svi_get_1"' # nsminfo: field1&name&field3&text&oper&res -> field1&name&field3&text&oper&res
+---| '"oltmib_svi_getn_1"' # nsminfo: field1&name&field3&text&oper&res -> field1&name&field3&text&oper&res
+---| '"oltmib_svi_set_1"' # nsminfo: field1&name&field3&text&oper&res -> status
+---| '"oltmib_arp_get_1"' # nsminfo: field1&field2&field3&field4&text&oper&res -> field1&field2&field3&field4&text&oper&res
+---| '"oltmib_arp_getn_1"' # nsminfo: field1&field2&field3&field4&text&oper&res -> field1&field2&field3&field4&text&oper&res
+---| '"oltmib_arp_set_1"' # nsminfo: field1&field2&field3&field4&text&oper&res -> status
+---| '"oltmib_sarp_get_1"' # nsminfo: field1&field2&field3&field4&text&oper&res -> field1&field2&field3&field4&text&oper&res
+---| '"oltmib_sarp_getn_1"' # nsminfo: field1&field2&field3&field4&text&oper&res -> field1&field2&field3&field4&text&oper&res
+---| '"oltmib_sarp_set_1"' # nsminfo: field1&field2&field3&field4&text&oper&res -> status
+---| '"oltmib_optical_get_1"' # nsminfo: ifx&name&field3&field4&field5&field6&field7&field8&field9&field10&field11&field12&field13&field14&text&oper&res -> ifx&name&field3&field4&field5&field6&field7&field8&field9&field10&field11&field12&field13&field14&text&oper&res
+---| '"oltmib_optical_getn_1"' # nsminfo: ifx&name&field3&field4&field5&field6&field7&field8&field9&field10&field11&field12&field13&field14&text&oper&res -> ifx&name&field3&field4&field5&field6&field7&field8&field9&field10&field11&field12&field13&field14&text&oper&res
+---| '"oltmib_optical_set_1"' # nsminfo: ifx&name&field3&field4&field5&field6&field7&field8&field9&field10&field11&field12&field13&field14&text&oper&res -> status
+---| '"oltmib_opticaldetail_get_1"' # nsminfo: ifx&name&field3&field4&field5&field6&field7&field8&field9&field10&field11&field12&field13&field14&field15&field16&alarm&field19&field20&field21&field22&field23&field24&field25&oper&res -> ifx&name&field3&field4&field5&field6&field7&field8&field9&field10&field11&field12&field13&field14&field15&field16&alarm&field19&field20&field21&field22&field23&field24&field25&oper&res
+---| '"oltmib_opticaldetail_getn_1"' # nsminfo: ifx&name&field3&field4&field5&field6&field7&field8&field9&field10&field11&field12&field13&field14&field15&field16&alarm&field19&field20&field21&field22&field23&field24&field25&oper&res -> ifx&name&field3&field4&field5&field6&field7&field8&field9&field10&field11&field12&field13&field14&field15&field16&alarm&field19&field20&field21&field22&field23&field24&field25&oper&res
+---| '"oltmib_opticaldetail_set_1"' # nsminfo: ifx&name&field3&field4&field5&field6&field7&field8&field9&field10&field11&field12&field13&field14&field15&field16&alarm&field19&field20&field21&field22&field23&field24&field25&oper&res -> status
+---| '"oltmib_nsm_get_1"' # nsminfo: field1&field2&oper&res -> field1&field2&oper&res
+---| '"oltmib_nsm_set_1"' # nsminfo: field1&field2&oper&res -> status
+---| '"oltmib_cabledetect_get_1"' # nsminfo: ifx&name&field3&field4&field5&field6&field7&field8&field9&field10&text&oper&res -> ifx&name&field3&field4&field5&field6&field7&field8&field9&field10&text&oper&res
+---| '"oltmib_cabledetect_getn_1"' # nsminfo: ifx&name&field3&field4&field5&field6&field7&field8&field9&field10&text&oper&res -> ifx&name&field3&field4&field5&field6&field7&field8&field9&field10&text&oper&res
+---| '"oltmib_cabledetect_set_1"' # nsminfo: ifx&name&field3&field4&field5&field6&field7&field8&field9&field10&text&oper&res -> status
+---| '"oltmib_errdisable_get_1"' # nsminfo: field1&field2&field3&text&oper&res -> field1&field2&field3&text&oper&res
+---| '"oltmib_errdisable_set_1"' # nsminfo: field1&field2&field3&text&oper&res -> status
+---| '"oltmib_errdisportinfo_get_1"' # nsminfo: ifx&name&field3&text&oper&res -> ifx&name&field3&text&oper&res
+---| '"oltmib_errdisportinfo_getn_1"' # nsminfo: ifx&name&field3&text&oper&res -> ifx&name&field3&text&oper&res
+---| '"oltmib_errdisportinfo_set_1"' # nsminfo: ifx&name&field3&text&oper&res -> status
+---| '"oltmib_dosglobal_get_1"' # nsminfo: ifx&name&field3&field4&field5&field6&count1&count2&text&oper&res -> ifx&name&field3&field4&field5&field6&count1&count2&text&oper&res
+---| '"oltmib_dosglobal_set_1"' # nsminfo: ifx&name&field3&field4&field5&field6&count1&count2&text&oper&res -> status
+---| '"oltmib_dosif_get_1"' # nsminfo: ifx&name&field3&field4&field5&field6&count1&count2&text&oper&res -> ifx&name&field3&field4&field5&field6&count1&count2&text&oper&res
+---| '"oltmib_dosif_getn_1"' # nsminfo: ifx&name&field3&field4&field5&field6&count1&count2&text&oper&res -> ifx&name&field3&field4&field5&field6&count1&count2&text&oper&res
+---| '"oltmib_dosif_set_1"' # nsminfo: ifx&name&field3&field4&field5&field6&count1&count2&text&oper&res -> status
+---| '"oltmib_dnserver_get_1"' # nsminfo: field1&field2&field3&field4&text&oper&res -> field1&field2&field3&field4&text&oper&res
+---| '"oltmib_dnserver_getn_1"' # nsminfo: field1&field2&field3&field4&text&oper&res -> field1&field2&field3&field4&text&oper&res
+---| '"oltmib_dnserver_set_1"' # nsminfo: field1&field2&field3&field4&text&oper&res -> status
+---| '"oltmib_dnsdomain_get_1"' # nsminfo: field1&field2&field3&field4&text&oper&res -> field1&field2&field3&field4&text&oper&res
+---| '"oltmib_dnsdomain_getn_1"' # nsminfo: field1&field2&field3&field4&text&oper&res -> field1&field2&field3&field4&text&oper&res
+---| '"oltmib_dnsdomain_set_1"' # nsminfo: field1&field2&field3&field4&text&oper&res -> status
+---| '"oltmib_dnshost_get_1"' # nsminfo: field1&field2&field3&field4&text&oper&res -> field1&field2&field3&field4&text&oper&res
+---| '"oltmib_dnshost_getn_1"' # nsminfo: field1&field2&field3&field4&text&oper&res -> field1&field2&field3&field4&text&oper&res
+---| '"oltmib_dnshost_set_1"' # nsminfo: field1&field2&field3&field4&text&oper&res -> status
+---| '"oltmib_devinfo_get_1"' # devinfo: text32a&text32b&mac&text32c&text32d&text32e&saveconfig&int1&hostname&oper&res -> text32a&text32b&mac&text32c&text32d&text32e&saveconfig&int1&hostname&res
+---| '"oltmib_devinfo_getn_1"' # devinfo: text32a&text32b&mac&text32c&text32d&text32e&saveconfig&int1&hostname&oper&res -> text32a&text32b&mac&text32c&text32d&text32e&saveconfig&int1&hostname&res
+---| '"oltmib_devinfo_set_1"' # devinfo: text32a&text32b&mac&text32c&text32d&text32e&saveconfig&int1&hostname&oper&res -> status
+---| '"oltmib_devcapbool_get_1"' # devinfo: text64a&text64b&int1&text64c&text32&oper&res -> text64a&text64b&int1&text64c&text32&oper&res
+---| '"oltmib_devcapint_get_1"' # devinfo: text64a&text64b&int1&text64c&text32&oper&res -> text64a&text64b&int1&text64c&text32&oper&res
+---| '"oltmib_devcapstr_get_1"' # devinfo: text64a&text64b&int1&text64c&text32&oper&res -> text64a&text64b&int1&text64c&text32&oper&res
+---| '"oltmib_libconfbool_get_1"' # devinfo: text64a&text64b&int1&text64c&text32&oper&res -> text64a&text64b&int1&text64c&text32&oper&res
+---| '"oltmib_libconfint_get_1"' # devinfo: text64a&text64b&int1&text64c&text32&oper&res -> text64a&text64b&int1&text64c&text32&oper&res
+---| '"oltmib_libconfstr_get_1"' # devinfo: text64a&text64b&int1&text64c&text32&oper&res -> text64a&text64b&int1&text64c&text32&oper&res
+---| '"oltmib_accesslog_set_1"' # devinfo: text64a&text64b&int1&int2&int3&text32&oper&res -> status
+---| '"oltmib_mgmtvlan_get_1"' # hslinfo: int1&int2&ip&gateway&int3&text64a&text64b&text32&oper&res -> int1&int2&ip&gateway&int3&text64a&text64b&text32&oper&res
+---| '"oltmib_mgmtvlan_set_1"' # hslinfo: int1&int2&ip&gateway&int3&text64a&text64b&text32&oper&res -> int1&int2&ip&gateway&int3&text64a&text64b&text32&oper&res
+---| '"oltmib_portintfmode_get_1"' # hslinfo: ifx&mode_flag&mode&int4&int5&text32&oper&res -> ifx&mode_flag&mode&int4&int5&text32&oper&res
+---| '"oltmib_portintfmode_getn_1"' # hslinfo: ifx&mode_flag&mode&int4&int5&text32&oper&res -> ifx&mode_flag&mode&int4&int5&text32&oper&res
+---| '"oltmib_portintfmode_set_1"' # hslinfo: ifx&mode_flag&mode&int4&int5&text32&oper&res -> status
+---| '"oltmib_dyinggasp_support_1"' # hslinfo: int1&int2&text32&oper&res -> int1&int2&text32&oper&res
+---| '"oltmib_dyinggasp_get_1"' # hslinfo: int1&int2&text32&oper&res -> int1&int2&text32&oper&res
+---| '"oltmib_dyinggasp_set_1"' # hslinfo: int1&int2&text32&oper&res -> int1&int2&text32&oper&res
+---| '"oltmib_portinbandan_get_1"' # hslinfo: ifx&state&text32&oper&res -> ifx&state&text32&oper&res
+---| '"oltmib_portinbandan_getn_1"' # hslinfo: ifx&state&text32&oper&res -> ifx&state&text32&oper&res
+---| '"oltmib_portinbandan_set_1"' # hslinfo: ifx&state&text32&oper&res -> status
+---| '"oltmib_mbaserial_get_1"' # hslinfo: ifx&brate&int3&text32a&int4&text32b&oper&res -> ifx&brate&int3&text32a&int4&text32b&oper&res
+---| '"oltmib_mbaserial_getn_1"' # hslinfo: ifx&brate&int3&text32a&int4&text32b&oper&res -> ifx&brate&int3&text32a&int4&text32b&oper&res
+---| '"oltmib_mbaserial_set_1"' # hslinfo: ifx&brate&int3&text32a&int4&text32b&oper&res -> status
+---| '"oltmib_mbainst_get_1"' # hslinfo: name&int1&text20&int2&dip&int3&text32a&int4&text32b&oper&res -> name&int1&text20&int2&dip&int3&text32a&int4&text32b&oper&res
+---| '"oltmib_mbainst_getn_1"' # hslinfo: name&int1&text20&int2&dip&int3&text32a&int4&text32b&oper&res -> name&int1&text20&int2&dip&int3&text32a&int4&text32b&oper&res
+---| '"oltmib_mbainst_set_1"' # hslinfo: name&int1&text20&int2&dip&int3&text32a&int4&text32b&oper&res -> status
+---| '"oltmib_mbainststate_get_1"' # hslinfo: name&int1&int2&text20&int3&dip&int4&int5&text32&oper&res -> name&int1&int2&text20&int3&dip&int4&int5&text32&oper&res
+---| '"oltmib_mbainststate_getn_1"' # hslinfo: name&int1&int2&text20&int3&dip&int4&int5&text32&oper&res -> name&int1&int2&text20&int3&dip&int4&int5&text32&oper&res
+---| '"oltmib_mbainststate_set_1"' # hslinfo: name&int1&int2&text20&int3&dip&int4&int5&text32&oper&res -> status
+---| '"oltmib_mbaserialstatis_get_1"' # hslinfo: ifx&err&count2&count3&text32&oper&res -> ifx&err&count2&count3&text32&oper&res
+---| '"oltmib_mbaserialstatis_getn_1"' # hslinfo: ifx&err&count2&count3&text32&oper&res -> ifx&err&count2&count3&text32&oper&res
+---| '"oltmib_mbaserialstatis_set_1"' # hslinfo: ifx&err&count2&count3&text32&oper&res -> status
+---| '"oltmib_mbainststatis_get_1"' # hslinfo: name&rx_bytes&count2&count3&count4&count5&count6&count7&count8&text32&oper&res -> name&rx_bytes&count2&count3&count4&count5&count6&count7&count8&text32&oper&res
+---| '"oltmib_mbainststatis_getn_1"' # hslinfo: name&rx_bytes&count2&count3&count4&count5&count6&count7&count8&text32&oper&res -> name&rx_bytes&count2&count3&count4&count5&count6&count7&count8&text32&oper&res
+---| '"oltmib_mbainststatis_set_1"' # hslinfo: name&rx_bytes&count2&count3&count4&count5&count6&count7&count8&text32&oper&res -> status
+---| '"oltmib_telnet_set_1"' # hostpdinfo: int1&text40&int2&text64&text80a&text80b&text32&oper&res -> status
+---| '"oltmib_telnet_get_1"' # hostpdinfo: int1&text40&int2&text64&text80a&text80b&text32&oper&res -> int1&text40&int2&text64&text80a&text80b&text32&oper&res
+---| '"oltmib_web_set_1"' # hostpdinfo: int1&text40&int2&text64&text80a&text80b&text32&oper&res -> status
+---| '"oltmib_web_get_1"' # hostpdinfo: int1&text40&int2&text64&text80a&text80b&text32&oper&res -> int1&text40&int2&text64&text80a&text80b&text32&oper&res
+---| '"oltmib_snmp_community_set_1"' # hostpdinfo: int1&text40&int2&text64&text80a&text80b&text32&oper&res -> status
+---| '"oltmib_snmp_community_get_1"' # hostpdinfo: int1&text40&int2&text64&text80a&text80b&text32&oper&res -> int1&text40&int2&text64&text80a&text80b&text32&oper&res
+---| '"oltmib_snmp_community_getn_1"' # hostpdinfo: int1&text40&int2&text64&text80a&text80b&text32&oper&res -> int1&text40&int2&text64&text80a&text80b&text32&oper&res
+---| '"oltmib_snmp_srv_set_1"' # hostpdinfo: int1&text40&int2&text64&text80a&text80b&text32&oper&res -> status
+---| '"oltmib_snmp_srv_get_1"' # hostpdinfo: int1&text40&int2&text64&text80a&text80b&text32&oper&res -> int1&text40&int2&text64&text80a&text80b&text32&oper&res
+---| '"oltmib_snmp_srv_getn_1"' # hostpdinfo: int1&text40&int2&text64&text80a&text80b&text32&oper&res -> int1&text40&int2&text64&text80a&text80b&text32&oper&res
+---| '"oltmib_account_set_1"' # hostpdinfo: int1&text40&int2&text64&text80a&text80b&int3&text32&oper&res -> status
+---| '"oltmib_account_get_1"' # hostpdinfo: int1&text40&int2&text64&text80a&text80b&int3&text32&oper&res -> int1&text40&int2&text64&text80a&text80b&int3&text32&oper&res
+---| '"oltmib_account_getn_1"' # hostpdinfo: int1&text40&int2&text64&text80a&text80b&int3&text32&oper&res -> int1&text40&int2&text64&text80a&text80b&int3&text32&oper&res
+---| '"oltmib_ntp_set_1"' # hostpdinfo: text40&text64a&text64b&text65&int1&int2&int3&text64c&text64d&int4&real1&real2&text32&oper&res -> status
+---| '"oltmib_ntp_get_1"' # hostpdinfo: text40&text64a&text64b&text65&int1&int2&int3&text64c&text64d&int4&real1&real2&text32&oper&res -> text40&text64a&text64b&text65&int1&int2&int3&text64c&text64d&int4&real1&real2&text32&oper&res
+---| '"oltmib_snmp_view_set_1"' # hostpdinfo: text80&text400&text32&oper&res -> status
+---| '"oltmib_snmp_view_get_1"' # hostpdinfo: text80&text400&text32&oper&res -> text80&text400&text32&oper&res
+---| '"oltmib_snmp_view_getn_1"' # hostpdinfo: text80&text400&text32&oper&res -> text80&text400&text32&oper&res
+---| '"oltmib_snmp_group_set_1"' # hostpdinfo: text80a&int1&int2&text80b&text80c&text80d&text32&oper&res -> status
+---| '"oltmib_snmp_group_get_1"' # hostpdinfo: text80a&int1&int2&text80b&text80c&text80d&text32&oper&res -> text80a&int1&int2&text80b&text80c&text80d&text32&oper&res
+---| '"oltmib_snmp_group_getn_1"' # hostpdinfo: text80a&int1&int2&text80b&text80c&text80d&text32&oper&res -> text80a&int1&int2&text80b&text80c&text80d&text32&oper&res
+---| '"oltmib_snmp_user_set_1"' # hostpdinfo: text80a&text80b&int1&text80c&int2&text80d&text32&oper&res -> status
+---| '"oltmib_snmp_user_get_1"' # hostpdinfo: text80a&text80b&int1&text80c&int2&text80d&text32&oper&res -> text80a&text80b&int1&text80c&int2&text80d&text32&oper&res
+---| '"oltmib_snmp_user_getn_1"' # hostpdinfo: text80a&text80b&int1&text80c&int2&text80d&text32&oper&res -> text80a&text80b&int1&text80c&int2&text80d&text32&oper&res
+---| '"oltmib_snmp_host_set_1"' # hostpdinfo: int1&text80a&int2&text80b&int3&int4&text32&oper&res -> status
+---| '"oltmib_snmp_host_get_1"' # hostpdinfo: int1&text80a&int2&text80b&int3&int4&text32&oper&res -> int1&text80a&int2&text80b&int3&int4&text32&oper&res
+---| '"oltmib_snmp_host_getn_1"' # hostpdinfo: int1&text80a&int2&text80b&int3&int4&text32&oper&res -> int1&text80a&int2&text80b&int3&int4&text32&oper&res
+---| '"oltmib_ssh_set_1"' # hostpdinfo: int1&text40&int2&text64&text80a&text80b&text32&oper&res -> status
+---| '"oltmib_ssh_get_1"' # hostpdinfo: int1&text40&int2&text64&text80a&text80b&text32&oper&res -> int1&text40&int2&text64&text80a&text80b&text32&oper&res
+---| '"oltmib_dhcpdinfo_get_1"' # hostpdinfo: text80&text512&oper&res -> text80&text512&oper&res
+---| '"oltmib_dhcpdinfo_set_1"' # hostpdinfo: text80&text512&oper&res -> status
+---| '"oltmib_sysloginfo_get_1"' # hostpdinfo: value1&value2&value3&value4&value5&value6&value7&value8&value9&value10&value11&text32&oper&res -> value1&value2&value3&value4&value5&value6&value7&value8&value9&value10&value11&text32&oper&res
+---| '"oltmib_sysloginfo_set_1"' # hostpdinfo: value1&value2&value3&value4&value5&value6&value7&value8&value9&value10&value11&text32&oper&res -> status
+---| '"oltmib_syslogremote_get_1"' # hostpdinfo: int1&text64&int2&text32&oper&res -> int1&text64&int2&text32&oper&res
+---| '"oltmib_syslogremote_set_1"' # hostpdinfo: int1&text64&int2&text32&oper&res -> status
+---| '"oltmib_alert_get_1"' # hostpdinfo: value1&value2&value3&value4&text32&oper&res -> value1&value2&value3&value4&text32&oper&res
+---| '"oltmib_alert_set_1"' # hostpdinfo: value1&value2&value3&value4&text32&oper&res -> status
+---| '"oltmib_igmpsnp_get_1"' # igmpsnpinfo: int1&int2&int3&text32&oper&res -> int1&int2&int3&text32&oper&res
+---| '"oltmib_igmpsnp_set_1"' # igmpsnpinfo: int1&int2&int3&text32&oper&res -> status
+---| '"oltmib_igmpsnp_mrouter_get_1"' # igmpsnpinfo: int1&text40&text32a&oper&res -> int1&text40&text32a&oper&res
+---| '"oltmib_igmpsnp_mrouter_getn_1"' # igmpsnpinfo: int1&text40&text32a&oper&res -> int1&text40&text32a&oper&res
+---| '"oltmib_igmpsnp_mrouter_set_1"' # igmpsnpinfo: int1&text40&text32a&oper&res -> status
+---| '"oltmib_igmpsnp_static_grp_get_1"' # igmpsnpinfo: int1&text40&text32a&text32b&int2&text32c&oper&res -> int1&text40&text32a&text32b&int2&text32c&oper&res
+---| '"oltmib_igmpsnp_static_grp_getn_1"' # igmpsnpinfo: int1&text40&text32a&text32b&int2&text32c&oper&res -> int1&text40&text32a&text32b&int2&text32c&oper&res
+---| '"oltmib_igmpsnp_static_grp_set_1"' # igmpsnpinfo: int1&text40&text32a&text32b&int2&text32c&oper&res -> status
+---| '"oltmib_igmpsnp_grp_get_1"' # igmpsnpinfo: int1&text40&text32a&text32b&int2&text32c&oper&res -> int1&text40&text32a&text32b&int2&text32c&oper&res
+---| '"oltmib_igmpsnp_grp_getn_1"' # igmpsnpinfo: int1&text40&text32a&text32b&int2&text32c&oper&res -> int1&text40&text32a&text32b&int2&text32c&oper&res
+---| '"oltmib_igmpsnp_fastleave_get_1"' # igmpsnpinfo: int1&int2&text32&oper&res -> int1&int2&text32&oper&res
+---| '"oltmib_igmpsnp_fastleave_set_1"' # igmpsnpinfo: int1&int2&text32&oper&res -> status
+---| '"oltmib_mstp_global_get_1"' # mstpinfo: value1&value2&value3&value4&value5&value6&value7&value8&value9&value10&value11&text1&oper&res -> value1&value2&value3&value4&value5&value6&value7&value8&value9&value10&value11&text1&oper&res
+---| '"oltmib_mstp_global_set_1"' # mstpinfo: value1&value2&value3&value4&value5&value6&value7&value8&value9&value10&value11&text1&oper&res -> status
+---| '"oltmib_mstp_mst_get_1"' # mstpinfo: text1&value1&text2&oper&res -> text1&value1&text2&oper&res
+---| '"oltmib_mstp_mst_set_1"' # mstpinfo: text1&value1&text2&oper&res -> status
+---| '"oltmib_mstp_inst_get_1"' # mstpinfo: value1&text1&value2&text2&oper&res -> value1&text1&value2&text2&oper&res
+---| '"oltmib_mstp_inst_getn_1"' # mstpinfo: value1&text1&value2&text2&oper&res -> value1&text1&value2&text2&oper&res
+---| '"oltmib_mstp_inst_set_1"' # mstpinfo: value1&text1&value2&text2&oper&res -> status
+---| '"oltmib_mstp_if_get_1"' # mstpinfo: value1&value2&text1&value3&value4&value5&value6&value7&value8&value9&value10&value11&value12&value13&text2&oper&res -> value1&value2&text1&value3&value4&value5&value6&value7&value8&value9&value10&value11&value12&value13&text2&oper&res
+---| '"oltmib_mstp_if_getn_1"' # mstpinfo: value1&value2&text1&value3&value4&value5&value6&value7&value8&value9&value10&value11&value12&value13&text2&oper&res -> value1&value2&text1&value3&value4&value5&value6&value7&value8&value9&value10&value11&value12&value13&text2&oper&res
+---| '"oltmib_mstp_if_set_1"' # mstpinfo: value1&value2&text1&value3&value4&value5&value6&value7&value8&value9&value10&value11&value12&value13&text2&oper&res -> status
+---| '"oltmib_mstp_ifstate_get_1"' # mstpinfo: value1&value2&text1&value3&value4&value5&bytes1&bytes2&bytes3&text2&oper&res -> value1&value2&text1&value3&value4&value5&bytes1&bytes2&bytes3&text2&oper&res
+---| '"oltmib_mstp_ifstate_getn_1"' # mstpinfo: value1&value2&text1&value3&value4&value5&bytes1&bytes2&bytes3&text2&oper&res -> value1&value2&text1&value3&value4&value5&bytes1&bytes2&bytes3&text2&oper&res
+---| '"oltmib_mstp_reset_if_detect_1"' # mstpinfo: value1&value2&text1&value3&value4&value5&bytes1&bytes2&bytes3&text2&oper&res -> status
+---| '"oltmib_poeconf_get_1"' # nsmextinfo: value1&value2&value3&value4&text1&oper&res -> value1&value2&value3&value4&text1&oper&res
+---| '"oltmib_poeconf_set_1"' # nsmextinfo: value1&value2&value3&value4&text1&oper&res -> status
+---| '"oltmib_poeifconf_get_1"' # nsmextinfo: value1&text1&value2&text2&value3&value4&value5&value6&text3&value7&value8&value9&value10&text4&oper&res -> value1&text1&value2&text2&value3&value4&value5&value6&text3&value7&value8&value9&value10&text4&oper&res
+---| '"oltmib_poeifconf_getn_1"' # nsmextinfo: value1&text1&value2&text2&value3&value4&value5&value6&text3&value7&value8&value9&value10&text4&oper&res -> value1&text1&value2&text2&value3&value4&value5&value6&text3&value7&value8&value9&value10&text4&oper&res
+---| '"oltmib_poeifconf_set_1"' # nsmextinfo: value1&text1&value2&text2&value3&value4&value5&value6&text3&value7&value8&value9&value10&text4&oper&res -> status
+---| '"oltmib_poeinfo_get_1"' # nsmextinfo: value1&value2&text1&oper&res -> value1&value2&text1&oper&res
+---| '"oltmib_poeinfo_set_1"' # nsmextinfo: value1&value2&text1&oper&res -> status
+---| '"oltmib_poeifinfo_get_1"' # nsmextinfo: value1&text1&value2&value3&text2&value4&value5&value6&value7&value8&value9&value10&value11&value12&value13&value14&text3&oper&res -> value1&text1&value2&value3&text2&value4&value5&value6&value7&value8&value9&value10&value11&value12&value13&value14&text3&oper&res
+---| '"oltmib_poeifinfo_getn_1"' # nsmextinfo: value1&text1&value2&value3&text2&value4&value5&value6&value7&value8&value9&value10&value11&value12&value13&value14&text3&oper&res -> value1&text1&value2&value3&text2&value4&value5&value6&value7&value8&value9&value10&value11&value12&value13&value14&text3&oper&res
+---| '"oltmib_poeifinfo_set_1"' # nsmextinfo: value1&text1&value2&value3&text2&value4&value5&value6&value7&value8&value9&value10&value11&value12&value13&value14&text3&oper&res -> status
+---| '"oltmib_nsmauthmac_get_1"' # nsmextinfo: value1&mac1&value2&value3&value4&value5&text1&text2&oper&res -> value1&mac1&value2&value3&value4&value5&text1&text2&oper&res
+---| '"oltmib_nsmauthmac_getn_1"' # nsmextinfo: value1&mac1&value2&value3&value4&value5&text1&text2&oper&res -> value1&mac1&value2&value3&value4&value5&text1&text2&oper&res
+---| '"oltmib_nsmauthmac_set_1"' # nsmextinfo: value1&mac1&value2&value3&value4&value5&text1&text2&oper&res -> status
+---| '"oltmib_nsmps_get_1"' # nsmextinfo: value1&text1&value2&value3&value4&value5&value6&value7&text2&oper&res -> value1&text1&value2&value3&value4&value5&value6&value7&text2&oper&res
+---| '"oltmib_nsmps_getn_1"' # nsmextinfo: value1&text1&value2&value3&value4&value5&value6&value7&text2&oper&res -> value1&text1&value2&value3&value4&value5&value6&value7&text2&oper&res
+---| '"oltmib_nsmps_set_1"' # nsmextinfo: value1&text1&value2&value3&value4&value5&value6&value7&text2&oper&res -> status
+---| '"oltmib_nsmpsmac_get_1"' # nsmextinfo: value1&text1&value2&mac1&value3&text2&oper&res -> value1&text1&value2&mac1&value3&text2&oper&res
+---| '"oltmib_nsmpsmac_getn_1"' # nsmextinfo: value1&text1&value2&mac1&value3&text2&oper&res -> value1&text1&value2&mac1&value3&text2&oper&res
+---| '"oltmib_nsmpsmac_set_1"' # nsmextinfo: value1&text1&value2&mac1&value3&text2&oper&res -> status
+---| '"oltmib_nsmpsstate_get_1"' # nsmextinfo: value1&text1&value2&value3&value4&value5&value6&value7&value8&value9&value10&mac1&text2&text3&oper&res -> value1&text1&value2&value3&value4&value5&value6&value7&value8&value9&value10&mac1&text2&text3&oper&res
+---| '"oltmib_nsmpsstate_getn_1"' # nsmextinfo: value1&text1&value2&value3&value4&value5&value6&value7&value8&value9&value10&mac1&text2&text3&oper&res -> value1&text1&value2&value3&value4&value5&value6&value7&value8&value9&value10&mac1&text2&text3&oper&res
+---| '"oltmib_nsmpsmacstate_get_1"' # nsmextinfo: value1&text1&value2&mac1&value3&value4&text2&oper&res -> value1&text1&value2&mac1&value3&value4&text2&oper&res
+---| '"oltmib_nsmpsmacstate_getn_1"' # nsmextinfo: value1&text1&value2&mac1&value3&value4&text2&oper&res -> value1&text1&value2&mac1&value3&value4&text2&oper&res
+---| '"oltmib_nsmipsgif_get_1"' # nsmextinfo: value1&text1&value2&value3&value4&value5&text2&oper&res -> value1&text1&value2&value3&value4&value5&text2&oper&res
+---| '"oltmib_nsmipsgif_getn_1"' # nsmextinfo: value1&text1&value2&value3&value4&value5&text2&oper&res -> value1&text1&value2&value3&value4&value5&text2&oper&res
+---| '"oltmib_nsmipsgif_set_1"' # nsmextinfo: value1&text1&value2&value3&value4&value5&text2&oper&res -> status
+---| '"oltmib_nsmipsguser_get_1"' # nsmextinfo: value1&text1&value2&mac1&text2&value3&text3&oper&res -> value1&text1&value2&mac1&text2&value3&text3&oper&res
+---| '"oltmib_nsmipsguser_getn_1"' # nsmextinfo: value1&text1&value2&mac1&text2&value3&text3&oper&res -> value1&text1&value2&mac1&text2&value3&text3&oper&res
+---| '"oltmib_nsmipsguser_set_1"' # nsmextinfo: value1&text1&value2&mac1&text2&value3&text3&oper&res -> status
+---| '"oltmib_auth_global_get_1"' # auth: config&text32&oper&res -> config&text32&oper&res
+---| '"oltmib_auth_global_set_1"' # auth: config&text32&oper&res -> status
+---| '"oltmib_d1x_pcfg_get_1"' # auth: ifx&text40&int1&int2&int3&int4&int5&int6&int7&int8&int9&int10&text32&oper&res -> ifx&text40&int1&int2&int3&int4&int5&int6&int7&int8&int9&int10&text32&oper&res
+---| '"oltmib_d1x_pcfg_getn_1"' # auth: ifx&text40&int1&int2&int3&int4&int5&int6&int7&int8&int9&int10&text32&oper&res -> ifx&text40&int1&int2&int3&int4&int5&int6&int7&int8&int9&int10&text32&oper&res
+---| '"oltmib_d1x_pcfg_set_1"' # auth: ifx&text40&int1&int2&int3&int4&int5&int6&int7&int8&int9&int10&text32&oper&res -> status
+---| '"oltmib_d1x_pst_get_1"' # auth: ifx&text40&int1&int2&int3&int7&text32&oper&res -> ifx&text40&int1&int2&int3&int7&text32&oper&res
+---| '"oltmib_d1x_pst_getn_1"' # auth: ifx&text40&int1&int2&int3&int7&text32&oper&res -> ifx&text40&int1&int2&int3&int7&text32&oper&res
+---| '"oltmib_macauth_pcfg_get_1"' # auth: ifx&text40&int1&int2&int3&int4&int5&int6&text32&oper&res -> ifx&text40&int1&int2&int3&int4&int5&int6&text32&oper&res
+---| '"oltmib_macauth_pcfg_getn_1"' # auth: ifx&text40&int1&int2&int3&int4&int5&int6&text32&oper&res -> ifx&text40&int1&int2&int3&int4&int5&int6&text32&oper&res
+---| '"oltmib_macauth_pcfg_set_1"' # auth: ifx&text40&int1&int2&int3&int4&int5&int6&text32&oper&res -> status
+---| '"oltmib_macauth_user_get_1"' # auth: int1&mac&int2&int3&ifx&text40&text32&oper&res -> int1&mac&int2&int3&ifx&text40&text32&oper&res
+---| '"oltmib_macauth_user_getn_1"' # auth: int1&mac&int2&int3&ifx&text40&text32&oper&res -> int1&mac&int2&int3&ifx&text40&text32&oper&res
+---| '"oltmib_radglobal_get_1"' # auth: int1&text64&int2&int3&int4&text40&int5&text32&oper&res -> int1&text64&int2&int3&int4&text40&int5&text32&oper&res
+---| '"oltmib_radglobal_set_1"' # auth: int1&text64&int2&int3&int4&text40&int5&text32&oper&res -> status
+---| '"oltmib_radsrv_get_1"' # auth: ip&int1&int2&int3&text64&int4&int5&text32&oper&res -> ip&int1&int2&int3&text64&int4&int5&text32&oper&res
+---| '"oltmib_radsrv_getn_1"' # auth: ip&int1&int2&int3&text64&int4&int5&text32&oper&res -> ip&int1&int2&int3&text64&int4&int5&text32&oper&res
+---| '"oltmib_radsrv_set_1"' # auth: ip&int1&int2&int3&text64&int4&int5&text32&oper&res -> status
+---| '"oltmib_route_get_1"' # ribinfo: text64a&text64b&text32a&int1&int2&text32b&text32c&oper&res -> text64a&text64b&text32a&int1&int2&text32b&text32c&oper&res
+---| '"oltmib_route_getn_1"' # ribinfo: text64a&text64b&text32a&int1&int2&text32b&text32c&oper&res -> text64a&text64b&text32a&int1&int2&text32b&text32c&oper&res
+---| '"oltmib_route_set_1"' # ribinfo: text64a&text64b&text32a&int1&int2&text32b&text32c&oper&res -> status
+---| '"oltmib_vrrp_ssconf_get_1"' # vrrpinfo: vrid&ifname&text1&value1&value2&value3&value4&text2&value5&value6&text3&oper&res -> vrid&ifname&text1&value1&value2&value3&value4&text2&value5&value6&text3&oper&res
+---| '"oltmib_vrrp_ssconf_getn_1"' # vrrpinfo: vrid&ifname&text1&value1&value2&value3&value4&text2&value5&value6&text3&oper&res -> vrid&ifname&text1&value1&value2&value3&value4&text2&value5&value6&text3&oper&res
+---| '"oltmib_vrrp_ssconf_set_1"' # vrrpinfo: vrid&ifname&text1&value1&value2&value3&value4&text2&value5&value6&text3&oper&res -> status
+---| '"oltmib_vrrp_ssstate_get_1"' # vrrpinfo: vrid&value1&value2&role&value3&value4&text1&oper&res -> vrid&value1&value2&role&value3&value4&text1&oper&res
+---| '"oltmib_vrrp_ssstate_getn_1"' # vrrpinfo: vrid&value1&value2&role&value3&value4&text1&oper&res -> vrid&value1&value2&role&value3&value4&text1&oper&res
+---| '"oltmib_vrrp_ssstate_set_1"' # vrrpinfo: vrid&value1&value2&role&value3&value4&text1&oper&res -> status
+---| '"oltmib_sdsminfo_get_1"' # sdsminfo: text80&text512&int1&int2 -> text80&text512&int1&int2
+---| '"oltmib_sdsminfo_set_1"' # sdsminfo: text80&text512&int1&int2 -> status
+---| '"oltmib_ioctlinfo_get_1"' # ipcminfo: int1&int2&int3&int4&text32a&text32b&int5&int6 -> int1&int2&int3&int4&text32a&text32b&int5&int6
+---| '"oltmib_ioctlinfo_getn_1"' # ipcminfo: int1&int2&int3&int4&text32a&text32b&int5&int6 -> int1&int2&int3&int4&text32a&text32b&int5&int6
+---| '"oltmib_ioctlinfo_set_1"' # ipcminfo: int1&int2&int3&int4&text32a&text32b&int5&int6 -> status
+---| '"oltmib_dhcpsnp_get_1"' # dhcpsnp: text80&text512&int1&int2 -> text80&text512&int1&int2
+---| '"oltmib_dhcpsnp_set_1"' # dhcpsnp: text80&text512&int1&int2 -> status
+---| '"oltmib_lpdet_global_get_1"' # lpdet: value1&value2&value3&text1&oper&res -> value1&value2&value3&text1&oper&res
+---| '"oltmib_lpdet_global_set_1"' # lpdet: value1&value2&value3&text1&oper&res -> status
+---| '"oltmib_lpdet_portinfo_get_1"' # lpdet: value1&text1&value2&text2&text3&text4&text5&value3&text6&oper&res -> value1&text1&value2&text2&text3&text4&text5&value3&text6&oper&res
+---| '"oltmib_lpdet_portinfo_getn_1"' # lpdet: value1&text1&value2&text2&text3&text4&text5&value3&text6&oper&res -> value1&text1&value2&text2&text3&text4&text5&value3&text6&oper&res
+---| '"oltmib_lpdet_portinfo_set_1"' # lpdet: value1&text1&value2&text2&text3&text4&text5&value3&text6&oper&res -> status
+
+---@class librpc
+librpc = {}
+
+---Calls one API. Positions of the argument and the reply are joined by '&'.
+---@param name librpc.api|string
+---@param argument string
+---@return string? reply # the reply's text; nothing when the call failed
+function librpc.callapi(name, argument) end
+
+---Prints every registered API to standard output.
+function librpc.showapi() end
+
+---Switches the trace lines on standard output on.
+function librpc.enabledebug() end
+
+---Switches the trace lines off.
+function librpc.disabledebug() end
+
+---A row of erpsinst.
+---@class librpc.row.erpsinst
+---@field text1? string text of 32
+---@field value1? integer
+---@field text2? string text of 32
+---@field value2? integer
+---@field value3? integer
+---@field value4? integer
+---@field text3? string text of 32
+---@field text4? string text of 32
+---@field text5? string text of 32
+---@field text6? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of erpsring.
+---@class librpc.row.erpsring
+---@field value1? integer
+---@field text1? string text of 32
+---@field text2? string text of 32
+---@field text3? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of erpsprof.
+---@class librpc.row.erpsprof
+---@field text1? string text of 32
+---@field value1? integer
+---@field value2? integer
+---@field value3? integer
+---@field value4? integer
+---@field value5? integer
+---@field text2? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of erpsstate.
+---@class librpc.row.erpsstate
+---@field text1? string text of 32
+---@field value1? integer
+---@field value2? integer
+---@field value3? integer
+---@field value4? integer
+---@field value5? integer
+---@field mac1? string mac of 6
+---@field value6? integer
+---@field value7? integer
+---@field value8? integer
+---@field mac2? string mac of 6
+---@field value9? integer
+---@field value10? integer
+---@field value11? integer
+---@field text2? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of lldpcfg.
+---@class librpc.row.lldpcfg
+---@field value1? integer
+---@field text1? string text of 64
+---@field text2? string text of 64
+---@field text3? string text of 64
+---@field text4? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of lldpifcfg.
+---@class librpc.row.lldpifcfg
+---@field value1? integer
+---@field text1? string text of 64
+---@field text2? string text of 64
+---@field text3? string text of 64
+---@field text4? string text of 64
+---@field value2? integer
+---@field value3? integer
+---@field value4? integer
+---@field value5? integer
+---@field value6? integer
+---@field value7? integer
+---@field value8? integer
+---@field value9? integer
+---@field value10? integer
+---@field value11? integer
+---@field value12? integer
+---@field value13? integer
+---@field text5? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of lldpifnei.
+---@class librpc.row.lldpifnei
+---@field value1? integer
+---@field mac1? string mac of 6
+---@field text1? string text of 64
+---@field text2? string text of 2000
+---@field text3? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of lldpifstat.
+---@class librpc.row.lldpifstat
+---@field value1? integer
+---@field text1? string text of 64
+---@field value2? integer
+---@field value3? integer
+---@field value4? integer
+---@field value5? integer
+---@field value6? integer
+---@field value7? integer
+---@field value8? integer
+---@field text2? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of portinfo.
+---@class librpc.row.portinfo
+---@field ifx? integer
+---@field name? string text of 32
+---@field field3? string text of 80
+---@field field4? integer
+---@field field5? integer
+---@field field8? integer
+---@field field10? integer
+---@field field11? string text of 64
+---@field field12? string text of 64
+---@field field13? integer
+---@field field14? integer
+---@field field15? integer
+---@field field16? integer
+---@field field17? integer
+---@field field18? integer
+---@field field19? integer
+---@field field20? integer
+---@field field21? integer
+---@field field23? integer
+---@field field24? integer
+---@field field25? integer
+---@field field26? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of vlaninfo.
+---@class librpc.row.vlaninfo
+---@field field1? integer
+---@field field2? integer
+---@field field3? string text of 33
+---@field field4? integer
+---@field field5? string text of 512
+---@field field6? string text of 512
+---@field text? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of sptmode.
+---@class librpc.row.sptmode
+---@field field1? integer
+---@field field2? integer
+---@field text? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of portstat.
+---@class librpc.row.portstat
+---@field ifx? integer
+---@field field2? integer
+---@field name? string text of 32
+---@field counter9? integer|string not read
+---@field counter6? integer|string not read
+---@field counter13? integer|string not read
+---@field counter27? integer|string not read
+---@field counter26? integer|string not read
+---@field counter29? integer|string not read
+---@field counter35? integer|string not read
+---@field counter37? integer|string not read
+---@field counter40? integer|string not read
+---@field counter42? integer|string not read
+---@field text? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of cvlan_table.
+---@class librpc.row.cvlan_table
+---@field bit? string text of 684
+---@field text? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of p2p_svlan_table.
+---@class librpc.row.p2p_svlan_table
+---@field bit? string text of 684
+---@field text? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of portrate.
+---@class librpc.row.portrate
+---@field ifx? integer
+---@field field2? integer
+---@field name? string text of 32
+---@field rate0? integer|string not read
+---@field rate1? integer|string not read
+---@field rate2? integer|string not read
+---@field rate3? integer|string not read
+---@field rate4? integer|string not read
+---@field rate5? integer|string not read
+---@field text? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of pminfo.
+---@class librpc.row.pminfo
+---@field sid? integer
+---@field mode? integer
+---@field desc? string text of 36
+---@field to? string text of 32
+---@field to_switch? integer
+---@field rspan_vlan? integer
+---@field src? string text of 32
+---@field src_vlan? string text of 512
+---@field dir? integer
+---@field state? integer
+---@field text? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of ratelimitinfo.
+---@class librpc.row.ratelimitinfo
+---@field ifx? integer
+---@field name? string text of 32
+---@field in_cir? integer
+---@field in_cbs? integer
+---@field out_cir? integer
+---@field out_cbs? integer
+---@field text? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of stormcontrolinfo.
+---@class librpc.row.stormcontrolinfo
+---@field ifx? integer
+---@field name? string text of 32
+---@field ratelimit_type? integer
+---@field level? integer
+---@field fraction? integer
+---@field text? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of acl.
+---@class librpc.row.acl
+---@field name? string text of 70
+---@field field2? integer
+---@field field3? integer
+---@field field4? integer
+---@field field5? integer
+---@field field6? integer
+---@field field7? string text of 70
+---@field field8? integer
+---@field field9? integer
+---@field field10? string text of 20
+---@field src? string text of 40
+---@field field12? string text of 40
+---@field field13? string text of 20
+---@field field14? string text of 40
+---@field field15? string text of 40
+---@field field16? string text of 20
+---@field field17? integer
+---@field field18? integer
+---@field text? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of aclif.
+---@class librpc.row.aclif
+---@field ifx? integer
+---@field name? string text of 32
+---@field in? string text of 70
+---@field field4? string text of 70
+---@field text? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of qoscfg.
+---@class librpc.row.qoscfg
+---@field status? integer
+---@field alg? integer
+---@field text? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of queueweight.
+---@class librpc.row.queueweight
+---@field map? integer[] list of 8, 8 numbers between commas
+---@field text? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of cos2dscp.
+---@class librpc.row.cos2dscp
+---@field map? integer[] list of 8, 8 numbers between commas
+---@field text? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of cos2queue.
+---@class librpc.row.cos2queue
+---@field map? integer[] list of 8, 8 numbers between commas
+---@field text? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of dscp2cos.
+---@class librpc.row.dscp2cos
+---@field map? integer[] list of 64, 64 numbers between commas
+---@field text? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of dscp2dscp.
+---@class librpc.row.dscp2dscp
+---@field map? integer[] list of 64, 64 numbers between commas
+---@field text? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of dscp2queue.
+---@class librpc.row.dscp2queue
+---@field map? integer[] list of 64, 64 numbers between commas
+---@field text? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of class.
+---@class librpc.row.class
+---@field name? string text of 70
+---@field matchtype? integer
+---@field field3? string text of 120
+---@field text? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of policy.
+---@class librpc.row.policy
+---@field name? string text of 70
+---@field class? string text of 70
+---@field field3? integer
+---@field field4? string text of 120
+---@field field5? integer
+---@field field6? integer
+---@field field7? integer
+---@field field8? integer
+---@field field9? integer
+---@field text? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of qostrustif.
+---@class librpc.row.qostrustif
+---@field ifx? integer
+---@field name? string text of 32
+---@field field3? integer
+---@field field4? integer
+---@field in? string text of 70
+---@field field6? string text of 70
+---@field text? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of qospolicyif.
+---@class librpc.row.qospolicyif
+---@field ifx? integer
+---@field name? string text of 32
+---@field field3? integer
+---@field field4? integer
+---@field in? string text of 70
+---@field field6? string text of 70
+---@field text? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of qosifcfg.
+---@class librpc.row.qosifcfg
+---@field ifx? integer
+---@field name? string text of 32
+---@field list1? integer[] list of 8, 8 numbers between commas
+---@field list2? integer[] list of 8, 8 numbers between commas
+---@field text? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of fdbparam.
+---@class librpc.row.fdbparam
+---@field field1? integer
+---@field text? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of fdb_dynamic.
+---@class librpc.row.fdb_dynamic
+---@field mac? string mac of 6
+---@field field2? integer
+---@field field3? string text of 32
+---@field field4? integer
+---@field text? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of fdb.
+---@class librpc.row.fdb
+---@field mac? string mac of 6
+---@field field2? integer
+---@field field3? string text of 32
+---@field field4? integer
+---@field text? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of ag.
+---@class librpc.row.ag
+---@field field1? integer
+---@field name? string text of 32
+---@field field3? integer
+---@field field4? integer
+---@field text? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of agsys.
+---@class librpc.row.agsys
+---@field field1? integer
+---@field text? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of stpifstatus.
+---@class librpc.row.stpifstatus
+---@field ifx? integer
+---@field name? string text of 32
+---@field field3? integer
+---@field text? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of vlanvpn.
+---@class librpc.row.vlanvpn
+---@field field1? string text of 40
+---@field field2? integer
+---@field field3? string text of 512
+---@field field4? string text of 512
+---@field text? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of vlanvpnif.
+---@class librpc.row.vlanvpnif
+---@field ifx? integer
+---@field name? string text of 32
+---@field field3? integer
+---@field field4? integer
+---@field field5? string text of 32
+---@field field6? string text of 32
+---@field text? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of svi.
+---@class librpc.row.svi
+---@field field1? integer
+---@field name? string text of 32
+---@field field3? string text of 20
+---@field text? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of arp.
+---@class librpc.row.arp
+---@field field1? string text of 64
+---@field field2? string text of 64
+---@field field3? string text of 32
+---@field field4? integer
+---@field text? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of sarp.
+---@class librpc.row.sarp
+---@field field1? string text of 64
+---@field field2? string text of 64
+---@field field3? string text of 32
+---@field field4? integer
+---@field text? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of optical.
+---@class librpc.row.optical
+---@field ifx? integer
+---@field name? string text of 32
+---@field field3? integer
+---@field field4? integer
+---@field field5? integer
+---@field field6? integer
+---@field field7? integer
+---@field field8? integer
+---@field field9? integer
+---@field field10? integer
+---@field field11? integer
+---@field field12? integer
+---@field field13? integer
+---@field field14? integer
+---@field text? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of opticaldetail.
+---@class librpc.row.opticaldetail
+---@field ifx? integer
+---@field name? string text of 32
+---@field field3? integer
+---@field field4? string text of 32
+---@field field5? string text of 32
+---@field field6? string text of 32
+---@field field7? integer
+---@field field8? integer
+---@field field9? integer
+---@field field10? integer
+---@field field11? integer
+---@field field12? integer
+---@field field13? integer
+---@field field14? integer
+---@field field15? string text of 32
+---@field field16? integer
+---@field alarm? string hex of 32, two digits a byte; `alarm_len` is their number and has no position of its own
+---@field field19? string text of 32
+---@field field20? string text of 32
+---@field field21? string text of 32
+---@field field22? string text of 32
+---@field field23? string text of 32
+---@field field24? string text of 32
+---@field field25? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of nsm.
+---@class librpc.row.nsm
+---@field field1? string text of 80
+---@field field2? string text of 800
+---@field oper? integer
+---@field res? integer
+
+---A row of cabledetect.
+---@class librpc.row.cabledetect
+---@field ifx? integer
+---@field name? string text of 32
+---@field field3? integer
+---@field field4? integer
+---@field field5? integer
+---@field field6? integer
+---@field field7? string text of 16
+---@field field8? string text of 16
+---@field field9? string text of 16
+---@field field10? string text of 16
+---@field text? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of errdisable.
+---@class librpc.row.errdisable
+---@field field1? integer
+---@field field2? integer
+---@field field3? integer
+---@field text? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of errdisportinfo.
+---@class librpc.row.errdisportinfo
+---@field ifx? integer
+---@field name? string text of 32
+---@field field3? integer
+---@field text? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of dosglobal.
+---@class librpc.row.dosglobal
+---@field ifx? integer
+---@field name? string text of 32
+---@field field3? integer
+---@field field4? integer
+---@field field5? integer
+---@field field6? integer
+---@field count1? integer|string not read
+---@field count2? integer|string not read
+---@field text? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of dosif.
+---@class librpc.row.dosif
+---@field ifx? integer
+---@field name? string text of 32
+---@field field3? integer
+---@field field4? integer
+---@field field5? integer
+---@field field6? integer
+---@field count1? integer|string not read
+---@field count2? integer|string not read
+---@field text? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of dnserver.
+---@class librpc.row.dnserver
+---@field field1? string text of 65
+---@field field2? string text of 64
+---@field field3? string text of 64
+---@field field4? integer
+---@field text? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of dnsdomain.
+---@class librpc.row.dnsdomain
+---@field field1? string text of 65
+---@field field2? string text of 64
+---@field field3? string text of 64
+---@field field4? integer
+---@field text? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of dnshost.
+---@class librpc.row.dnshost
+---@field field1? string text of 65
+---@field field2? string text of 64
+---@field field3? string text of 64
+---@field field4? integer
+---@field text? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of vlanbitmapinfo.
+---@class librpc.row.vlanbitmapinfo
+---@field field1? integer
+---@field bit? string text of 684
+---@field field3? string text of 512
+---@field field4? string text of 512
+---@field text? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of devinfo.
+---@class librpc.row.devinfo
+---@field text32a? string text of 32
+---@field text32b? string text of 32
+---@field mac? string bytes of 6, copied into the bytes as it is
+---@field text32c? string text of 32
+---@field text32d? string text of 32
+---@field text32e? string text of 32
+---@field saveconfig? integer
+---@field int1? integer
+---@field hostname? string text of 64
+---@field oper? integer
+---@field res? integer
+
+---A row of devcapbool.
+---@class librpc.row.devcapbool
+---@field text64a? string text of 64
+---@field text64b? string text of 64
+---@field int1? integer
+---@field text64c? string text of 64
+---@field text32? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of devcapint.
+---@class librpc.row.devcapint
+---@field text64a? string text of 64
+---@field text64b? string text of 64
+---@field int1? integer
+---@field text64c? string text of 64
+---@field text32? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of devcapstr.
+---@class librpc.row.devcapstr
+---@field text64a? string text of 64
+---@field text64b? string text of 64
+---@field int1? integer
+---@field text64c? string text of 64
+---@field text32? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of libconfbool.
+---@class librpc.row.libconfbool
+---@field text64a? string text of 64
+---@field text64b? string text of 64
+---@field int1? integer
+---@field text64c? string text of 64
+---@field text32? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of libconfint.
+---@class librpc.row.libconfint
+---@field text64a? string text of 64
+---@field text64b? string text of 64
+---@field int1? integer
+---@field text64c? string text of 64
+---@field text32? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of libconfstr.
+---@class librpc.row.libconfstr
+---@field text64a? string text of 64
+---@field text64b? string text of 64
+---@field int1? integer
+---@field text64c? string text of 64
+---@field text32? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of accesslog.
+---@class librpc.row.accesslog
+---@field text64a? string text of 64
+---@field text64b? string text of 64
+---@field int1? integer
+---@field int2? integer
+---@field int3? integer
+---@field text32? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of mgmtvlan.
+---@class librpc.row.mgmtvlan
+---@field int1? integer
+---@field int2? integer
+---@field ip? string text of 20
+---@field gateway? string text of 20
+---@field int3? integer
+---@field text64a? string text of 64
+---@field text64b? string text of 64
+---@field text32? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of portintfmode.
+---@class librpc.row.portintfmode
+---@field ifx? integer
+---@field mode_flag? integer
+---@field mode? integer
+---@field int4? integer
+---@field int5? integer
+---@field text32? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of dyinggasp_support.
+---@class librpc.row.dyinggasp_support
+---@field int1? integer
+---@field int2? integer
+---@field text32? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of dyinggasp.
+---@class librpc.row.dyinggasp
+---@field int1? integer
+---@field int2? integer
+---@field text32? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of portinbandan.
+---@class librpc.row.portinbandan
+---@field ifx? integer
+---@field state? integer
+---@field text32? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of mbaserial.
+---@class librpc.row.mbaserial
+---@field ifx? integer
+---@field brate? integer
+---@field int3? integer
+---@field text32a? string text of 32
+---@field int4? integer
+---@field text32b? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of mbainst.
+---@class librpc.row.mbainst
+---@field name? string text of 32
+---@field int1? integer
+---@field text20? string text of 20
+---@field int2? integer
+---@field dip? string text of 20
+---@field int3? integer
+---@field text32a? string text of 32
+---@field int4? integer
+---@field text32b? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of mbainststate.
+---@class librpc.row.mbainststate
+---@field name? string text of 32
+---@field int1? integer
+---@field int2? integer
+---@field text20? string text of 20
+---@field int3? integer
+---@field dip? string text of 20
+---@field int4? integer
+---@field int5? integer
+---@field text32? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of mbaserialstatis.
+---@class librpc.row.mbaserialstatis
+---@field ifx? integer
+---@field err? integer from 2147483648 on it is printed negative
+---@field count2? integer from 2147483648 on it is printed negative
+---@field count3? integer from 2147483648 on it is printed negative
+---@field text32? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of mbainststatis.
+---@class librpc.row.mbainststatis
+---@field name? string text of 32
+---@field rx_bytes? integer from 2147483648 on it is printed negative
+---@field count2? integer from 2147483648 on it is printed negative
+---@field count3? integer from 2147483648 on it is printed negative
+---@field count4? integer from 2147483648 on it is printed negative
+---@field count5? integer from 2147483648 on it is printed negative
+---@field count6? integer from 2147483648 on it is printed negative
+---@field count7? integer from 2147483648 on it is printed negative
+---@field count8? integer from 2147483648 on it is printed negative
+---@field text32? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of telnet.
+---@class librpc.row.telnet
+---@field int1? integer
+---@field text40? string text of 40
+---@field int2? integer
+---@field text64? string text of 64
+---@field text80a? string text of 80
+---@field text80b? string text of 80
+---@field text32? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of web.
+---@class librpc.row.web
+---@field int1? integer
+---@field text40? string text of 40
+---@field int2? integer
+---@field text64? string text of 64
+---@field text80a? string text of 80
+---@field text80b? string text of 80
+---@field text32? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of snmp_community.
+---@class librpc.row.snmp_community
+---@field int1? integer
+---@field text40? string text of 40
+---@field int2? integer
+---@field text64? string text of 64
+---@field text80a? string text of 80
+---@field text80b? string text of 80
+---@field text32? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of snmp_srv.
+---@class librpc.row.snmp_srv
+---@field int1? integer
+---@field text40? string text of 40
+---@field int2? integer
+---@field text64? string text of 64
+---@field text80a? string text of 80
+---@field text80b? string text of 80
+---@field text32? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of account.
+---@class librpc.row.account
+---@field int1? integer
+---@field text40? string text of 40
+---@field int2? integer
+---@field text64? string text of 64
+---@field text80a? string text of 80
+---@field text80b? string text of 80
+---@field int3? integer
+---@field text32? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of ntp.
+---@class librpc.row.ntp
+---@field text40? string text of 40
+---@field text64a? string text of 64
+---@field text64b? string text of 64
+---@field text65? string text of 65
+---@field int1? integer
+---@field int2? integer
+---@field int3? integer
+---@field text64c? string text of 64
+---@field text64d? string text of 64
+---@field int4? integer
+---@field real1? number
+---@field real2? number
+---@field text32? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of snmp_view.
+---@class librpc.row.snmp_view
+---@field text80? string text of 80
+---@field text400? string text of 400
+---@field text32? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of snmp_group.
+---@class librpc.row.snmp_group
+---@field text80a? string text of 80
+---@field int1? integer
+---@field int2? integer
+---@field text80b? string text of 80
+---@field text80c? string text of 80
+---@field text80d? string text of 80
+---@field text32? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of snmp_user.
+---@class librpc.row.snmp_user
+---@field text80a? string text of 80
+---@field text80b? string text of 80
+---@field int1? integer
+---@field text80c? string text of 80
+---@field int2? integer
+---@field text80d? string text of 80
+---@field text32? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of snmp_host.
+---@class librpc.row.snmp_host
+---@field int1? integer
+---@field text80a? string text of 80
+---@field int2? integer
+---@field text80b? string text of 80
+---@field int3? integer
+---@field int4? integer
+---@field text32? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of ssh.
+---@class librpc.row.ssh
+---@field int1? integer
+---@field text40? string text of 40
+---@field int2? integer
+---@field text64? string text of 64
+---@field text80a? string text of 80
+---@field text80b? string text of 80
+---@field text32? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of dhcpdinfo.
+---@class librpc.row.dhcpdinfo
+---@field text80? string text of 80
+---@field text512? string text of 512
+---@field oper? integer
+---@field res? integer
+
+---A row of sysloginfo.
+---@class librpc.row.sysloginfo
+---@field value1? integer
+---@field value2? integer
+---@field value3? integer
+---@field value4? integer
+---@field value5? integer
+---@field value6? integer
+---@field value7? integer
+---@field value8? integer
+---@field value9? integer
+---@field value10? integer
+---@field value11? integer
+---@field text32? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of syslogremote.
+---@class librpc.row.syslogremote
+---@field int1? integer
+---@field text64? string text of 64
+---@field int2? integer
+---@field text32? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of alert.
+---@class librpc.row.alert
+---@field value1? integer
+---@field value2? integer
+---@field value3? integer
+---@field value4? integer
+---@field text32? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of igmpsnp.
+---@class librpc.row.igmpsnp
+---@field int1? integer
+---@field int2? integer
+---@field int3? integer
+---@field text32? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of igmpsnp_mrouter.
+---@class librpc.row.igmpsnp_mrouter
+---@field int1? integer
+---@field text40? string text of 40
+---@field text32a? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of igmpsnp_static_grp.
+---@class librpc.row.igmpsnp_static_grp
+---@field int1? integer
+---@field text40? string text of 40
+---@field text32a? string text of 32
+---@field text32b? string text of 32
+---@field int2? integer
+---@field text32c? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of igmpsnp_grp.
+---@class librpc.row.igmpsnp_grp
+---@field int1? integer
+---@field text40? string text of 40
+---@field text32a? string text of 32
+---@field text32b? string text of 32
+---@field int2? integer
+---@field text32c? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of igmpsnp_fastleave.
+---@class librpc.row.igmpsnp_fastleave
+---@field int1? integer
+---@field int2? integer
+---@field text32? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of mstp_global.
+---@class librpc.row.mstp_global
+---@field value1? integer
+---@field value2? integer
+---@field value3? integer
+---@field value4? integer
+---@field value5? integer
+---@field value6? integer
+---@field value7? integer
+---@field value8? integer
+---@field value9? integer
+---@field value10? integer
+---@field value11? integer
+---@field text1? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of mstp_mst.
+---@class librpc.row.mstp_mst
+---@field text1? string text of 40
+---@field value1? integer
+---@field text2? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of mstp_inst.
+---@class librpc.row.mstp_inst
+---@field value1? integer
+---@field text1? string text of 64
+---@field value2? integer
+---@field text2? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of mstp_if.
+---@class librpc.row.mstp_if
+---@field value1? integer
+---@field value2? integer
+---@field text1? string text of 32
+---@field value3? integer
+---@field value4? integer
+---@field value5? integer
+---@field value6? integer
+---@field value7? integer
+---@field value8? integer
+---@field value9? integer
+---@field value10? integer
+---@field value11? integer
+---@field value12? integer
+---@field value13? integer
+---@field text2? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of mstp_ifstate.
+---@class librpc.row.mstp_ifstate
+---@field value1? integer
+---@field value2? integer
+---@field text1? string text of 32
+---@field value3? integer
+---@field value4? integer
+---@field value5? integer
+---@field bytes1? string hex of 8, 8 bytes, two digits each
+---@field bytes2? string hex of 8, 8 bytes, two digits each
+---@field bytes3? string hex of 8, 8 bytes, two digits each
+---@field text2? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of mstp_reset_if_detect.
+---@class librpc.row.mstp_reset_if_detect
+---@field value1? integer
+---@field value2? integer
+---@field text1? string text of 32
+---@field value3? integer
+---@field value4? integer
+---@field value5? integer
+---@field bytes1? string hex of 8, 8 bytes, two digits each
+---@field bytes2? string hex of 8, 8 bytes, two digits each
+---@field bytes3? string hex of 8, 8 bytes, two digits each
+---@field text2? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of poeconf.
+---@class librpc.row.poeconf
+---@field value1? integer
+---@field value2? integer
+---@field value3? integer
+---@field value4? integer
+---@field text1? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of poeifconf.
+---@class librpc.row.poeifconf
+---@field value1? integer
+---@field text1? string text of 32
+---@field value2? integer
+---@field text2? string text of 40
+---@field value3? integer
+---@field value4? integer
+---@field value5? integer
+---@field value6? integer
+---@field text3? string text of 32
+---@field value7? integer
+---@field value8? integer
+---@field value9? integer
+---@field value10? integer
+---@field text4? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of poeinfo.
+---@class librpc.row.poeinfo
+---@field value1? integer
+---@field value2? integer
+---@field text1? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of poeifinfo.
+---@class librpc.row.poeifinfo
+---@field value1? integer
+---@field text1? string text of 32
+---@field value2? integer
+---@field value3? integer
+---@field text2? string text of 32
+---@field value4? integer
+---@field value5? integer
+---@field value6? integer
+---@field value7? integer
+---@field value8? integer
+---@field value9? integer
+---@field value10? integer
+---@field value11? integer
+---@field value12? integer
+---@field value13? integer
+---@field value14? integer
+---@field text3? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of nsmauthmac.
+---@class librpc.row.nsmauthmac
+---@field value1? integer
+---@field mac1? string mac of 6
+---@field value2? integer
+---@field value3? integer
+---@field value4? integer
+---@field value5? integer
+---@field text1? string text of 32
+---@field text2? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of nsmps.
+---@class librpc.row.nsmps
+---@field value1? integer
+---@field text1? string text of 32
+---@field value2? integer
+---@field value3? integer
+---@field value4? integer
+---@field value5? integer
+---@field value6? integer
+---@field value7? integer
+---@field text2? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of nsmpsmac.
+---@class librpc.row.nsmpsmac
+---@field value1? integer
+---@field text1? string text of 32
+---@field value2? integer
+---@field mac1? string mac of 6
+---@field value3? integer
+---@field text2? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of nsmpsstate.
+---@class librpc.row.nsmpsstate
+---@field value1? integer
+---@field text1? string text of 32
+---@field value2? integer
+---@field value3? integer
+---@field value4? integer
+---@field value5? integer
+---@field value6? integer
+---@field value7? integer
+---@field value8? integer
+---@field value9? integer
+---@field value10? integer
+---@field mac1? string mac of 6
+---@field text2? string text of 32
+---@field text3? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of nsmpsmacstate.
+---@class librpc.row.nsmpsmacstate
+---@field value1? integer
+---@field text1? string text of 32
+---@field value2? integer
+---@field mac1? string mac of 6
+---@field value3? integer
+---@field value4? integer
+---@field text2? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of nsmipsgif.
+---@class librpc.row.nsmipsgif
+---@field value1? integer
+---@field text1? string text of 32
+---@field value2? integer
+---@field value3? integer
+---@field value4? integer
+---@field value5? integer
+---@field text2? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of nsmipsguser.
+---@class librpc.row.nsmipsguser
+---@field value1? integer
+---@field text1? string text of 32
+---@field value2? integer
+---@field mac1? string mac of 6
+---@field text2? string text of 32
+---@field value3? integer
+---@field text3? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of auth_global.
+---@class librpc.row.auth_global
+---@field config? integer
+---@field text32? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of d1x_pcfg.
+---@class librpc.row.d1x_pcfg
+---@field ifx? integer
+---@field text40? string text of 40
+---@field int1? integer
+---@field int2? integer
+---@field int3? integer
+---@field int4? integer
+---@field int5? integer
+---@field int6? integer
+---@field int7? integer
+---@field int8? integer
+---@field int9? integer
+---@field int10? integer
+---@field text32? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of d1x_pst.
+---@class librpc.row.d1x_pst
+---@field ifx? integer
+---@field text40? string text of 40
+---@field int1? integer
+---@field int2? integer
+---@field int3? integer
+---@field int7? integer
+---@field text32? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of macauth_pcfg.
+---@class librpc.row.macauth_pcfg
+---@field ifx? integer
+---@field text40? string text of 40
+---@field int1? integer
+---@field int2? integer
+---@field int3? integer
+---@field int4? integer
+---@field int5? integer
+---@field int6? integer
+---@field text32? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of macauth_user.
+---@class librpc.row.macauth_user
+---@field int1? integer
+---@field mac? string mac of 6
+---@field int2? integer
+---@field int3? integer
+---@field ifx? integer
+---@field text40? string text of 40
+---@field text32? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of radglobal.
+---@class librpc.row.radglobal
+---@field int1? integer
+---@field text64? string text of 64
+---@field int2? integer
+---@field int3? integer
+---@field int4? integer
+---@field text40? string text of 40
+---@field int5? integer
+---@field text32? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of radsrv.
+---@class librpc.row.radsrv
+---@field ip? string text of 32
+---@field int1? integer
+---@field int2? integer
+---@field int3? integer
+---@field text64? string text of 64
+---@field int4? integer
+---@field int5? integer
+---@field text32? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of route.
+---@class librpc.row.route
+---@field text64a? string text of 64
+---@field text64b? string text of 64
+---@field text32a? string text of 32
+---@field int1? integer
+---@field int2? integer
+---@field text32b? string text of 32
+---@field text32c? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of vrrp_ssconf.
+---@class librpc.row.vrrp_ssconf
+---@field vrid? integer
+---@field ifname? string text of 40
+---@field text1? string text of 32
+---@field value1? integer
+---@field value2? integer
+---@field value3? integer
+---@field value4? integer
+---@field text2? string text of 40
+---@field value5? integer
+---@field value6? integer
+---@field text3? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of vrrp_ssstate.
+---@class librpc.row.vrrp_ssstate
+---@field vrid? integer
+---@field value1? integer
+---@field value2? integer
+---@field role? integer
+---@field value3? integer
+---@field value4? integer
+---@field text1? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of sdsminfo.
+---@class librpc.row.sdsminfo
+---@field text80? string text of 80
+---@field text512? string text of 512
+---@field int1? integer
+---@field int2? integer
+
+---A row of ioctlinfo.
+---@class librpc.row.ioctlinfo
+---@field int1? integer
+---@field int2? integer
+---@field int3? integer
+---@field int4? integer
+---@field text32a? string text of 32
+---@field text32b? string text of 32
+---@field int5? integer
+---@field int6? integer
+
+---A row of dhcpsnp.
+---@class librpc.row.dhcpsnp
+---@field text80? string text of 80
+---@field text512? string text of 512
+---@field int1? integer
+---@field int2? integer
+
+---A row of lpdet_global.
+---@class librpc.row.lpdet_global
+---@field value1? integer
+---@field value2? integer
+---@field value3? integer
+---@field text1? string text of 32
+---@field oper? integer
+---@field res? integer
+
+---A row of lpdet_portinfo.
+---@class librpc.row.lpdet_portinfo
+---@field value1? integer
+---@field text1? string text of 32
+---@field value2? integer
+---@field text2? string text of 64
+---@field text3? string text of 16
+---@field text4? string text of 16
+---@field text5? string text of 32
+---@field value3? integer
+---@field text6? string text of 32
+---@field oper? integer
+---@field res? integer
+
+return librpc

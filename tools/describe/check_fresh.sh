@@ -1,0 +1,21 @@
+#!/bin/sh
+# Fails when a committed derived file differs from what the description gives,
+# or when one is there that nothing makes any more.
+#     check_fresh.sh LIBRPC_DESCRIBE SOURCE SCRATCH
+set -eu
+describe=$1 source=$2 scratch=$3
+
+rm -rf "$scratch"
+mkdir -p "$scratch/first" "$scratch/second"
+"$describe" files "$source" "$scratch/first"
+"$describe" files "$source" "$scratch/second"
+
+stale=0
+compare() { # what, expected, found
+    diff -ru "$2" "$3" || { echo "describe: $1: expected what the target \`describe\` makes, found the difference above" >&2; stale=1; }
+}
+compare "two runs" "$scratch/first" "$scratch/second"
+for path in protocol docs/reference tools/wireshark/librpc.lua; do
+    compare "$path" "$scratch/first/$path" "$source/$path"
+done
+exit $stale

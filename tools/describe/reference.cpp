@@ -1,0 +1,283 @@
+// docs/reference/: a page a service with each API's numbers, text positions and
+// an example that runs, and the index of all pages.
+#include <string>
+#include <vector>
+
+#include "rpc/client.h"
+#include "tools/describe/names.h"
+#include "tools/describe/outputs.h"
+
+namespace
+{
+// APIs that share their text are told together.
+struct Table {
+    const TextForm* form;
+    std::vector<const Api*> apis;
+};
+
+std::vector<Table> tables_of(const Service& service)
+{
+    std::vector<Table> tables;
+    for (const Api& api : service) {
+        if (!api.registered())
+            continue;
+        Table* found = nullptr;
+        for (Table& table : tables)
+            if (table.form == api.input)
+                found = &table;
+        if (!found)
+            found = &tables.emplace_back(Table{api.input, {}});
+        found->apis.push_back(&api);
+    }
+    return tables;
+}
+
+const TextForm* output_of(const Table& table)
+{
+    for (const Api* api : table.apis)
+        if (api->output)
+            return api->output;
+    return nullptr;
+}
+
+std::string title_of(const Table& table)
+{
+    std::string title;
+    for (const Api* api : table.apis) {
+        const std::string name = table_of(*api);
+        if (("," + title + ",").find("," + name + ",") == std::string::npos)
+            title += (title.empty() ? "" : ",") + name;
+    }
+    std::string spaced;
+    for (const char c : title)
+        spaced += c == ',' ? ", " : std::string(1, c);
+    return spaced;
+}
+
+std::string in_code(const std::string& text) { return "`" + text + "`"; }
+
+// A value that the position takes.
+std::string example_value(const NotedPosition& position)
+{
+    const Field& field = *position.field;
+    const std::string_view kind = position.kind;
+    if (kind == "skip")
+        return "0";
+    if (kind == "mac")
+        return "00:11:22:33:44:55";
+    if (kind == "real")
+        return "1.50";
+    if (kind == "hex" || kind == "list") {
+        std::string text;
+        for (unsigned i = 0; i < field.count; i++) {
+            const unsigned digit = i % 8;
+            if (kind == "hex")
+                text += "0" + std::to_string(digit);
+            else
+                text += (i ? "," : "") + std::to_string(digit);
+        }
+        return text;
+    }
+    if (kind == "text" || kind == "bytes") {
+        const std::string name(position.name);
+        const bool address = name == "ip" || name == "dip" || name == "gateway";
+        const std::string text = address ? "192.0.2.1" : name;
+        return kind == "bytes" ? "ABCDE" : text.substr(0, position.size - 1);
+    }
+    return position.name == "oper" || position.name == "res" ? "0" : "1";
+}
+
+// The whole row for a set; the key alone, which stands first, for all others.
+std::string example_argument(const Api& api)
+{
+    if (!api.request)
+        return "";
+    const std::string joint = api.input->delimiters[0] ? std::string(1, api.input->delimiters[0]) : "&";
+    std::string argument;
+    const std::vector<NotedPosition> positions = positions_of(*api.input, Side::Input);
+    if (split_name(api).operation != Operation::Set)
+        return example_value(positions[0]);
+    for (const NotedPosition& position : positions)
+        argument += (argument.empty() ? "" : joint) + example_value(position);
+    return argument;
+}
+
+std::string reply_text(const Api& api)
+{
+    if (!api.output)
+        return "the status";
+    if (!api.reply)
+        return "the status, then empty positions";
+    return "the row";
+}
+
+int number_of(const std::vector<NotedPosition>& positions, const Field& field)
+{
+    for (size_t i = 0; i < positions.size(); i++)
+        if (positions[i].field->offset == field.offset)
+            return static_cast<int>(i) + 1;
+    return 0;
+}
+
+void write_position(std::ostream& out, int in, int back, const NotedPosition& position, const std::string& kind,
+                    const std::string& notes)
+{
+    const auto cell = [](int number) { return number ? std::to_string(number) : std::string(); };
+    out << "| " << cell(in) << " | " << cell(back) << " | `" << position.name << "` | " << kind << " | "
+        << cell(static_cast<int>(position.size)) << " | " << notes << " |\n";
+}
+
+// Every position of either text, in the argument's order; what only the reply
+// has stands where the reply has it.
+void write_positions(std::ostream& out, const Table& table)
+{
+    const std::vector<NotedPosition> in = positions_of(*table.form, Side::Input);
+    const TextForm* output = output_of(table);
+    const std::vector<NotedPosition> back = output ? positions_of(*output, Side::Output) : std::vector<NotedPosition>();
+
+    out << "| in | out | field | kind | size | |\n|---:|---:|---|---|---:|---|\n";
+    size_t next = 0;
+    const auto write_reply_only = [&](size_t until) {
+        for (; next < until; next++)
+            if (!number_of(in, *back[next].field))
+                write_position(out, 0, static_cast<int>(next) + 1, back[next], back[next].kind,
+                               back[next].notes.empty() ? "reply only" : "reply only; " + back[next].notes);
+    };
+    for (size_t i = 0; i < in.size(); i++) {
+        const int out_number = number_of(back, *in[i].field);
+        if (out_number)
+            write_reply_only(static_cast<size_t>(out_number) - 1);
+        std::string kind = in[i].kind, notes = in[i].notes;
+        if (out_number) {
+            const NotedPosition& same = back[static_cast<size_t>(out_number) - 1];
+            if (in[i].field->use == Use::Unread) {
+                kind = same.kind;
+                notes = "in an argument: takes its place, is not read";
+            } else if (kind != same.kind) {
+                kind += std::string(", back ") + same.kind;
+            }
+        } else if (output) {
+            notes += notes.empty() ? "argument only" : "; argument only";
+        }
+        write_position(out, static_cast<int>(i) + 1, out_number, in[i], kind, notes);
+    }
+    write_reply_only(back.size());
+}
+
+void write_table(std::ostream& out, const Table& table)
+{
+    out << "\n## " << title_of(table) << "\n\nRecord `" << table.form->record->name << "`, "
+        << table.form->record->units << " units.\n\n| API | procedure | operation | reply |\n|---|---:|---|---|\n";
+    for (const Api* api : table.apis) {
+        out << "| `" << api->name << "` | " << api->procedure << " | " << name_of(split_name(*api).operation) << " | "
+            << reply_text(*api) << " |\n";
+    }
+    out << '\n';
+    if (table.form->delimiters[0])
+        out << "The argument is cut at any of " << in_code(table.form->delimiters)
+            << ", and a run of them counts as one.\n";
+    const TextForm* output = output_of(table);
+    if (output && std::string(output->separator) != "&")
+        out << "The reply's positions stand between " << in_code(output->separator) << ".\n";
+    for (const Api* api : table.apis)
+        if (!api->request)
+            out << in_code(api->name) << " sends no request: its argument is not looked at.\n";
+    write_positions(out, table);
+    out << "\n```lua\n";
+    for (const Api* api : table.apis)
+        out << "librpc.callapi(\"" << api->name << "\", \"" << example_argument(*api) << "\")\n";
+    out << "```\n";
+}
+
+void write_unregistered(std::ostream& out, const Service& service)
+{
+    bool first = true;
+    for (const Api& api : service) {
+        if (api.registered())
+            continue;
+        if (first)
+            out << "\n## Not callable from Lua\n\n"
+                   "These procedures have a stub that native code can call, and no name in the registry.\n\n"
+                   "| stub | procedure | operation | request | reply |\n|---|---:|---|---|---|\n";
+        first = false;
+        out << "| `" << api.name << "` | " << api.procedure << " | " << name_of(split_name(api).operation) << " | `"
+            << (api.request ? api.request->name : "void") << "` | `" << (api.reply ? api.reply->name : "int")
+            << "` |\n";
+    }
+}
+
+size_t registered_apis(const Service& service)
+{
+    size_t count = 0;
+    for (const Api& api : service)
+        count += api.registered();
+    return count;
+}
+} // namespace
+
+void write_reference_page(std::ostream& out, const Service& service)
+{
+    out << "<!-- Made by the target `describe`; change services/" << service.name << " instead. -->\n# " << service.name
+        << ": " << service.title << "\n\nProgram " << service.program << ", version " << server_version
+        << ", over UDP on " << server_host << ". " << registered_apis(service) << " APIs.\nRecords: [protocol/"
+        << service.name << ".x](../../protocol/" << service.name
+        << ".x). How to read this page: [the index](README.md).\n";
+    for (const Table& table : tables_of(service))
+        write_table(out, table);
+    write_unregistered(out, service);
+}
+
+void write_reference_index(std::ostream& out)
+{
+    out << R"(<!-- Made by the target `describe`; change the services or tools/describe/reference.cpp instead. -->
+# Reference
+
+A page a service, in the order in which the library registers them:
+
+| service | | program | APIs |
+|---|---|---:|---:|
+)";
+    size_t all = 0;
+    for (const Service* service : all_services) {
+        const size_t count = registered_apis(*service);
+        all += count;
+        out << "| [" << service->name << "](" << service->name << ".md) | " << service->title << " | "
+            << service->program << " | " << count << " |\n";
+    }
+    out << "\n"
+        << all << R"( APIs in all. [librpc.lua](librpc.lua) holds the same for editors that know LuaLS annotations:
+add this folder to `workspace.library`, and the editor completes API names and fields.
+
+## How to read a page
+
+`librpc.callapi(name, argument)` takes one row as text, its positions joined by `&`, and returns the daemon's reply
+in the same way, or nothing when the call failed. Nothing is escaped: a text cannot hold a `&`. Positions that are
+missing at the end read as empty, so as 0.
+
+A section tells one table, with all APIs that share its text. Its first list names them:
+
+- a **get** takes the row's key, which stands first in the text, and returns that row;
+- a **getn** takes a key and returns the next row;
+- a **set** takes a whole row and returns the daemon's status, `0` for success. A few sets return the status as the
+  first position of a whole row whose other positions are empty.
+
+The second list tells the positions: their number in the argument (**in**) and in the reply (**out**; no number: not
+there), the field, the kind of its text, and the array's size where it has one.
+
+| kind | text |
+|---|---|
+| int | a decimal number, as C's `int` |
+| unsigned | a decimal number, as C's `unsigned` |
+| text | characters, at most size - 1 of them: the rest is cut off |
+| mac | in an argument `00:11:22:33:44:55`, `00-11-22-33-44-55`, `0011.2233.4455` or `001122334455`; a reply prints `00-11-22-33-44-55` |
+| bytes | characters that are copied into the bytes as they are |
+| hex | two hexadecimal digits a byte |
+| list | decimal numbers between commas |
+| real | a decimal number, printed with two decimals |
+| counter | a 64-bit decimal number |
+| skip | nothing is read from it |
+
+`oper` tells the daemon what a set is to do; `res` is the word that the daemon fills with its result. The library
+carries both as they are. The examples set a row and ask for it again; each runs beside the simulated device.
+)";
+}

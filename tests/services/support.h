@@ -259,18 +259,6 @@ inline std::vector<std::string> rows(const std::string& tables)
     return rows;
 }
 
-// The registry's names that `service` put there, in order, after registering
-// it (again).
-inline std::vector<std::string> registry_names_of(const Service& service)
-{
-    EXPECT_EQ(service.init(), 1);
-    std::vector<std::string> names;
-    for (const ListLinks* at = apinode_head.next; at != &apinode_head; at = at->next)
-        if (static_cast<const ApiNode*>(at)->clntinit == service.clnt_init)
-            names.push_back(static_cast<const ApiNode*>(at)->name);
-    return names;
-}
-
 // What the converters of all registered rows of `service` print while tracing
 // is on, as "function: line" in the rows' order. A function prints at most once
 // here, though several rows name it.
@@ -309,11 +297,6 @@ inline const Service& service_named(const std::string& name)
 
 // The text that the API makes of a reply of these units.
 #define EXPECT_REPLY(name, text, ...) EXPECT_EQ(support::text_of(name, support::wire(__VA_ARGS__)), text)
-
-// An argument that sends these units, and a reply of these units that reads the same.
-#define EXPECT_BOTH_WAYS(name, text, ...)                                                                              \
-    EXPECT_REQUEST(name, text, __VA_ARGS__);                                                                           \
-    EXPECT_REPLY(name, text, __VA_ARGS__)
 
 // A text and the units that it is sent as, which as a reply give it back.
 #define EXPECT_BOTH_WAYS(name, text, ...)                                                                              \

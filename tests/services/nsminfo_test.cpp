@@ -1,0 +1,982 @@
+// The network service module's tables: what they send and what they make of a
+// reply, and each place where a table is unlike its neighbours.
+#include "services/nsminfo/forwarding/records.h"
+#include "services/nsminfo/modules/records.h"
+#include "services/nsminfo/ports/records.h"
+#include "services/nsminfo/traffic/records.h"
+#include "services/nsminfo/vlans/records.h"
+#include "tests/services/support.h"
+
+using namespace support;
+
+namespace
+{
+// The units of a 64-bit value: the low word, then the high word.
+Units words(uint64_t value) { return ints(static_cast<uint32_t>(value), static_cast<uint32_t>(value >> 32)); }
+
+std::string text_of_char(char c) { return std::to_string(static_cast<int>(c)); }
+
+// What the routine makes of `value`; with an inline buffer, or as a stream
+// without one does it.
+template <class Value, class Routine> Units encoded(Routine routine, Value value, bool with_inline)
+{
+    Units units(sizeof value / BYTES_PER_XDR_UNIT);
+    XDR xdrs;
+    xdrmem_create(&xdrs, reinterpret_cast<char*>(units.data()), sizeof value, XDR_ENCODE);
+    auto ops = *xdrs.x_ops;
+    if (!with_inline) {
+        ops.x_inline = [](XDR*, u_int) -> int32_t* { return nullptr; };
+        xdrs.x_ops = &ops;
+    }
+    EXPECT_TRUE(routine(&xdrs, &value));
+    EXPECT_EQ(XDR_GETPOS(&xdrs), sizeof value);
+    for (uint32_t& unit : units)
+        unit = ntohl(unit);
+    return units;
+}
+
+template <class Value, class Routine> Value decoded(Routine routine, Units units, bool with_inline)
+{
+    for (uint32_t& unit : units)
+        unit = htonl(unit);
+    Value value = {};
+    XDR xdrs;
+    xdrmem_create(&xdrs, reinterpret_cast<char*>(units.data()), sizeof value, XDR_DECODE);
+    auto ops = *xdrs.x_ops;
+    if (!with_inline) {
+        ops.x_inline = [](XDR*, u_int) -> int32_t* { return nullptr; };
+        xdrs.x_ops = &ops;
+    }
+    EXPECT_TRUE(routine(&xdrs, &value));
+    return value;
+}
+} // namespace
+
+// --- the service ---
+
+TEST(Nsminfo, Registers118ApisInItsOwnOrder)
+{
+    EXPECT_EQ(service_named("nsminfo").program, 50004U);
+    const auto expected = rows("portinfo get 1 getn 2 set 3\n"
+                               "vlaninfo get 4 getn 5 set 6\n"
+                               "vlanbitmapinfo set 148\n"
+                               "sptmode get 16 set 17\n"
+                               "portstat get 10 getn 11 set 12\n"
+                               "cvlan_table get 18\n"
+                               "p2p_svlan_table get 19\n"
+                               "portrate get 20 getn 21\n"
+                               "pminfo getn 8 set 9\n"
+                               "ratelimitinfo get 22 getn 23 set 24\n"
+                               "stormcontrolinfo get 25 getn 26 set 27\n"
+                               "acl get 33 getn 34 set 35\n"
+                               "aclif get 36 getn 37 set 38\n"
+                               "qoscfg get 40 set 41\n"
+                               "queueweight get 42 set 43\n"
+                               "cos2dscp get 44 set 45\n"
+                               "cos2queue get 46 set 47\n"
+                               "dscp2cos get 48 set 49\n"
+                               "dscp2dscp get 50 set 51\n"
+                               "dscp2queue get 52 set 53\n"
+                               "class get 54 getn 55 set 56\n"
+                               "policy get 57 getn 58 set 59\n"
+                               "qostrustif get 110 getn 111 set 112\n"
+                               "qospolicyif get 113 getn 114 set 115\n"
+                               "qosifcfg get 116 getn 117 set 118\n"
+                               "fdbparam get 63 set 64\n"
+                               "fdb_dynamic getn 149\n"
+                               "fdb get 65 getn 66 set 67\n"
+                               "ag get 68 getn 69 set 70\n"
+                               "agsys get 76 set 77\n"
+                               "stpifstatus get 71 getn 72 set 73\n"
+                               "vlanvpn get 81 getn 82 set 83\n"
+                               "vlanvpnif get 84 getn 85 set 86\n"
+                               "svi get 87 getn 88 set 89\n"
+                               "arp get 91 getn 92 set 93\n"
+                               "sarp get 94 getn 95 set 96\n"
+                               "optical get 100 getn 101 set 102\n"
+                               "opticaldetail get 103 getn 104 set 105\n"
+                               "nsm get 120 set 121\n"
+                               "cabledetect get 124 getn 125 set 126\n"
+                               "errdisable get 130 set 131\n"
+                               "errdisportinfo get 133 getn 134 set 135\n"
+                               "dosglobal get 140 set 142\n"
+                               "dosif get 143 getn 144 set 145\n"
+                               "dnserver get 152 getn 153 set 154\n"
+                               "dnsdomain get 155 getn 156 set 157\n"
+                               "dnshost get 158 getn 159 set 160");
+    EXPECT_EQ(expected.size(), 118U);
+    EXPECT_EQ(registered_rows(service_named("nsminfo")), expected);
+}
+
+// Four procedures have a stub that Lua cannot reach.
+TEST(Nsminfo, FourStubsAreNeverRegistered)
+{
+    service_named("nsminfo").init();
+    for (const char* name :
+         {"oltmib_pminfo_get_1", "oltmib_cvlaninfo_get_1", "oltmib_cvlaninfo_getn_1", "oltmib_cvlaninfo_set_1"}) {
+        EXPECT_FALSE(api_named(name).registered()) << name;
+        EXPECT_EQ(lua_getapibyname(name), nullptr) << name;
+    }
+}
+
+TEST(Nsminfo, UnregisteredStubsStillCall)
+{
+    FakeDaemon daemon;
+    oltmib_CvlanInfoEntry cvlan = {"one", 2, 3, 4, 5, "text", 6, 7};
+    const Units units = wire(chars(32, "one"), counting(2, 4), chars(32, "text"), 6, 7);
+    daemon.reply = wire(chars(32, "two"), counting(3, 4), chars(32, "more"), 8, 9);
+    rpcproc_t procedure = 13;
+    for (const char* name : {"oltmib_cvlaninfo_get_1", "oltmib_cvlaninfo_getn_1"}) {
+        const auto* reply = static_cast<oltmib_CvlanInfoEntry*>(api_named(name).func(&cvlan, daemon.client()));
+        ASSERT_NE(reply, nullptr);
+        EXPECT_EQ(daemon.procedure, procedure++);
+        EXPECT_EQ(daemon.request, units);
+        EXPECT_STREQ(reply->field1, "two");
+        EXPECT_EQ(reply->field5, 6);
+        EXPECT_EQ(reply->res, 9);
+    }
+    daemon.reply = ints(-4);
+    const auto* status = static_cast<int*>(api_named("oltmib_cvlaninfo_set_1").func(&cvlan, daemon.client()));
+    EXPECT_EQ(daemon.procedure, 15U);
+    EXPECT_EQ(daemon.request, units);
+    EXPECT_EQ(*status, -4);
+
+    oltmib_PMInfoEntry session = {};
+    session.sid = 1;
+    daemon.reply = zeros(652);
+    EXPECT_NE(api_named("oltmib_pminfo_get_1").func(&session, daemon.client()), nullptr);
+    EXPECT_EQ(daemon.procedure, 7U);
+    EXPECT_EQ(daemon.request, wire(1, zeros(651)));
+}
+
+TEST(Nsminfo, SetsReplyWithTheirStatus)
+{
+    int sets = 0;
+    for (const Api& api : service_named("nsminfo"))
+        if (api.registered() && std::string(api.name).find("_set_1") != std::string::npos) {
+            sets++;
+            EXPECT_REPLY(api.name, "0", 0);
+            EXPECT_REPLY(api.name, "-17", -17);
+        }
+    EXPECT_EQ(sets, 43);
+}
+
+TEST(Nsminfo, FailedCallsGiveNoReply)
+{
+    const Api& api = api_named("oltmib_portinfo_get_1");
+    oltmib_PortInfoEntry request = {};
+    FakeDaemon daemon;
+    daemon.reply = zeros(356); // a unit short
+    EXPECT_EQ(api.func(&request, daemon.client()), nullptr);
+    daemon.reply.push_back(0);
+    EXPECT_NE(api.func(&request, daemon.client()), nullptr);
+    daemon.status = RPC_TIMEDOUT;
+    EXPECT_EQ(api.func(&request, daemon.client()), nullptr);
+}
+
+TEST(Nsminfo, NothingIsPrintedUnlessTracing)
+{
+    testing::internal::CaptureStdout();
+    for (const Api& api : service_named("nsminfo"))
+        if (api.registered()) {
+            request_of(api.name, "1&2&3");
+            text_of(api.name, zeros(api.reply ? api.reply->units : 1));
+        }
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+}
+
+// The tables without a trace line, of which neither converter may print.
+TEST(Nsminfo, TablesWithoutATrace)
+{
+    for (const char* name :
+         {"portinfo", "vlaninfo",  "sptmode",     "vlanvpn",    "vlanvpnif",      "svi",      "queueweight",
+          "cos2dscp", "cos2queue", "dscp2cos",    "dscp2dscp",  "qosifcfg",       "fdbparam", "fdb",
+          "ag",       "agsys",     "stpifstatus", "errdisable", "errdisportinfo", "arp",      "sarp",
+          "optical",  "nsm",       "cabledetect", "dosglobal",  "dosif",          "dnserver"}) {
+        const std::string api = "oltmib_" + std::string(name) + "_get_1";
+        EXPECT_EQ(parser_trace(api.c_str(), "1&2&3"), "") << api;
+        EXPECT_EQ(formatter_trace(api.c_str(), zeros(api_named(api).reply->units)), "") << api;
+    }
+    EXPECT_EQ(parser_trace("oltmib_vlanbitmapinfo_set_1", "1&2&3"), "");
+    EXPECT_EQ(parser_trace("oltmib_opticaldetail_get_1", "1&2&3"), "");
+}
+
+// --- 64-bit values, blocks and enums ---
+
+TEST(NsminfoWords, LowWordTravelsFirst)
+{
+    for (const bool with_inline : {true, false}) {
+        EXPECT_EQ(encoded(xdr_oltmib_int64_t, oltmib_int64_t{(1LL << 32) + 2}, with_inline), ints(2, 1));
+        EXPECT_EQ(encoded(xdr_oltmib_uint64_t, oltmib_uint64_t{(1ULL << 32) + 2}, with_inline), ints(2, 1));
+        EXPECT_EQ(encoded(xdr_oltmib_int64_t, oltmib_int64_t{-2}, with_inline), ints(0xFFFFFFFE, 0xFFFFFFFF));
+        EXPECT_EQ(encoded(xdr_oltmib_uint64_t, oltmib_uint64_t{0xFEDCBA9876543210}, with_inline),
+                  ints(0x76543210, 0xFEDCBA98));
+    }
+}
+
+TEST(NsminfoWords, LowWordArrivesFirst)
+{
+    for (const bool with_inline : {true, false}) {
+        EXPECT_EQ(decoded<oltmib_int64_t>(xdr_oltmib_int64_t, ints(2, 1), with_inline), (1LL << 32) + 2);
+        EXPECT_EQ(decoded<oltmib_int64_t>(xdr_oltmib_int64_t, ints(-2, -1), with_inline), -2);
+        EXPECT_EQ(decoded<oltmib_uint64_t>(xdr_oltmib_uint64_t, ints(0x76543210, 0xFEDCBA98), with_inline),
+                  0xFEDCBA9876543210U);
+    }
+}
+
+TEST(NsminfoWords, BlocksAreTheirValuesInOrder)
+{
+    oltmib_if_counters counters = {};
+    counters.counter0 = (1LL << 32) + 2;
+    counters.counter9 = -1;
+    counters.counter53 = 53;
+    oltmib_ifrate_s rates = {(3LL << 32) + 4, 0, 0, 0, 0, -5};
+    for (const bool with_inline : {true, false}) {
+        EXPECT_EQ(encoded(xdr_oltmib_if_counters, counters, with_inline),
+                  wire(2, 1, zeros(16), -1, -1, zeros(86), 53, 0));
+        EXPECT_EQ(encoded(xdr_oltmib_ifrate_s, rates, with_inline), wire(4, 3, zeros(8), -5, -1));
+        EXPECT_EQ(decoded<oltmib_if_counters>(xdr_oltmib_if_counters, wire(zeros(106), 7, 1), with_inline).counter53,
+                  (1LL << 32) + 7);
+        EXPECT_EQ(decoded<oltmib_ifrate_s>(xdr_oltmib_ifrate_s, wire(-6, -1, zeros(10)), with_inline).rate0, -6);
+    }
+}
+
+// No record carries them, but their routines are there: one unit, any value.
+TEST(NsminfoWords, EnumsAreOneUnit)
+{
+    const auto check = [](auto routine, auto) {
+        EXPECT_EQ(encoded(routine, 0x12345678, true), ints(0x12345678));
+        EXPECT_EQ(decoded<int>(routine, ints(-9), true), -9);
+    };
+    check(xdr_oltmib_iftype_e, oltmib_iftype_e{});
+    check(xdr_oltmib_ratelimit_type, oltmib_ratelimit_type{});
+    check(xdr_oltmib_class_matchtype, oltmib_class_matchtype{});
+    check(xdr_oltmib_agmode_e, oltmib_agmode_e{});
+    check(xdr_oltmib_dos_type, oltmib_dos_type{});
+}
+
+// --- ports ---
+
+TEST(NsminfoPorts, PortinfoOfTwoFieldsIsZeroBehindThem)
+{
+    EXPECT_REQUEST("oltmib_portinfo_get_1", "1&ge1", 1, chars(32, "ge1"), zeros(80 + 2 + 64 + 3 + 128 + 13 + 32 + 2));
+}
+
+TEST(NsminfoPorts, PortinfoSixthFieldFillsField8AndField9)
+{
+    EXPECT_REQUEST("oltmib_portinfo_set_1", "&&&&&5", zeros(1 + 32 + 80 + 2 + 64), 5, 5, 0, zeros(128 + 13 + 32 + 2));
+}
+
+TEST(NsminfoPorts, PortinfoReadsTwentyFourFields)
+{
+    EXPECT_REQUEST("oltmib_portinfo_getn_1",
+                   "1&ge1&desc&4&5&8&10&eleven&twelve&13&14&15&16&17&18&19&20&21&23&24&25&last&27&28&29", 1,
+                   chars(32, "ge1"), chars(80, "desc"), 4, 5, zeros(64), 8, 8, 10, chars(64, "eleven"),
+                   chars(64, "twelve"), counting(13, 9), 0, counting(23, 3), chars(32, "last"), 27, 28);
+}
+
+// field6, field7, field9 and field22 are in the reply, but not in its text.
+TEST(NsminfoPorts, PortinfoShowsTwentyFourFields)
+{
+    EXPECT_REPLY("oltmib_portinfo_get_1",
+                 "1&ge1&desc&4&5&8&10&eleven&twelve&13&14&15&16&17&18&19&20&21&23&24&25&last&27&28", 1,
+                 chars(32, "ge1"), chars(80, "desc"), 4, 5, chars(32, "six"), chars(32, "seven"), 8, 9, 10,
+                 chars(64, "eleven"), chars(64, "twelve"), counting(13, 13), chars(32, "last"), 27, 28);
+}
+
+TEST(NsminfoPorts, PortstatReadsNothingFromTheCounterPositions)
+{
+    EXPECT_REQUEST("oltmib_portstat_set_1", "1&2&ge1&91&92&93&94&95&96&97&98&99&90&text&3&4", 1, 2, chars(32, "ge1"),
+                   zeros(108), chars(32, "text"), 3, 4);
+}
+
+TEST(NsminfoPorts, PortstatOfThreeFieldsIsZeroBehindThem)
+{
+    EXPECT_REQUEST("oltmib_portstat_get_1", "1&2&ge1", 1, 2, chars(32, "ge1"), zeros(108 + 32 + 2));
+}
+
+TEST(NsminfoPorts, PortstatShowsTenCountersInTheirOddOrder)
+{
+    Units counters;
+    for (int i = 0; i < 54; i++)
+        append(counters, ints(1000 + i, 0));
+    EXPECT_REPLY("oltmib_portstat_get_1", "1&2&ge1&1009&1006&1013&1027&1026&1029&1035&1037&1040&1042&text&3&4", 1, 2,
+                 chars(32, "ge1"), counters, chars(32, "text"), 3, 4);
+}
+
+TEST(NsminfoPorts, PortstatCountersPrintUnsigned)
+{
+    EXPECT_REPLY("oltmib_portstat_getn_1", "0&0&&18446744073709551615&9223372036854775808&0&0&0&0&0&0&0&0&&0&0",
+                 zeros(34 + 12), words(1ULL << 63), zeros(4), words(~0ULL), zeros(88 + 34));
+}
+
+TEST(NsminfoPorts, PortstatTracesTheWholeArgument)
+{
+    EXPECT_EQ(parser_trace("oltmib_portstat_get_1", "1&2&ge1&&&&&&&&&&&text&3&4&more&"),
+              "[str2arg_portstat: 136]str 1&2&ge1&&&&&&&&&&&text&3&4&more&, ifx 1, oper 3.\r\n");
+    EXPECT_EQ(parser_trace("oltmib_portstat_get_1", ""), "[str2arg_portstat: 136]str , ifx 0, oper 0.\r\n");
+    EXPECT_EQ(
+        formatter_trace("oltmib_portstat_get_1", wire(1, 2, chars(32, "ge1"), zeros(108), chars(32, "text"), 3, 4)),
+        "[arg2str_portstat: 173]ifx 1, name ge1, res 4, str 1&2&ge1&0&0&0&0&0&0&0&0&0&0&text&3&4.\r\n");
+}
+
+TEST(NsminfoPorts, PortrateReadsNothingFromTheRatePositions)
+{
+    EXPECT_REQUEST("oltmib_portrate_getn_1", "1&2&ge1&91&92&93&94&95&96&text&3&4", 1, 2, chars(32, "ge1"), zeros(12),
+                   chars(32, "text"), 3, 4);
+}
+
+TEST(NsminfoPorts, PortrateShowsSixSignedRates)
+{
+    EXPECT_REPLY("oltmib_portrate_get_1", "1&2&ge1&-1&4294967298&3&4&-9223372036854775808&6&text&3&4", 1, 2,
+                 chars(32, "ge1"), -1, -1, 2, 1, 3, 0, 4, 0, words(1ULL << 63), 6, 0, chars(32, "text"), 3, 4);
+}
+
+TEST(NsminfoPorts, PortrateTracesTheWholeArgument)
+{
+    EXPECT_EQ(parser_trace("oltmib_portrate_get_1", "1&2&ge1&&&&&&&text&3&4"),
+              "[str2arg_portrate: 214]str 1&2&ge1&&&&&&&text&3&4, ifx 1, oper 3.\r\n");
+    EXPECT_EQ(
+        formatter_trace("oltmib_portrate_get_1", wire(1, 2, chars(32, "ge1"), zeros(12), chars(32, "text"), 3, 4)),
+        "[arg2str_portrate: 233]ifx 1, name ge1, res 4, str 1&2&ge1&0&0&0&0&0&0&text&3&4.\r\n");
+}
+
+// The text has `to` before `src`, the wire `src` before `to`.
+TEST(NsminfoPorts, PminfoTextOrderIsNotTheWires)
+{
+    EXPECT_BOTH_WAYS("oltmib_pminfo_getn_1", "1&2&desc&to&3&4&src&vlans&5&6&text&7&8", 1, 2, chars(36, "desc"),
+                     chars(32, "src"), chars(512, "vlans"), chars(32, "to"), 5, 3, 4, 6, chars(32, "text"), 7, 8);
+}
+
+TEST(NsminfoPorts, PminfoTracesInTextOrder)
+{
+    const std::string values = "sid 1, mode 2, desc desc, to to, to switch 3, rspan_vlan 4, src src, src_vlan vlans, "
+                               "dir 5, state 6, oper 7.\r\n";
+    EXPECT_EQ(parser_trace("oltmib_pminfo_set_1", "1&2&desc&to&3&4&src&vlans&5&6&text&7&8"),
+              "[str2arg_pminfo: 258]" + values);
+    EXPECT_EQ(
+        formatter_trace("oltmib_pminfo_getn_1", wire(1, 2, chars(36, "desc"), chars(32, "src"), chars(512, "vlans"),
+                                                     chars(32, "to"), 5, 3, 4, 6, chars(32, "text"), 7, 8)),
+        "[arg2str_pminfo: 267]" + values);
+}
+
+// A full desc and text arrays without a NUL are shown and traced to their ends.
+TEST(NsminfoPorts, PminfoTextsOfAReplyNeedNoNul)
+{
+    const std::string desc(36, 'd'), src(32, 's'), vlans(512, 'v'), to(32, 't'), text(32, 'x');
+    const Units reply = wire(1, 2, chars(36, desc), chars(32, src), chars(512, vlans), chars(32, to), 5, 3, 4, 6,
+                             chars(32, text), 7, 8);
+    EXPECT_EQ(text_of("oltmib_pminfo_getn_1", reply),
+              "1&2&" + desc + "&" + to + "&3&4&" + src + "&" + vlans + "&5&6&" + text + "&7&8");
+    EXPECT_EQ(formatter_trace("oltmib_pminfo_getn_1", reply),
+              "[arg2str_pminfo: 267]sid 1, mode 2, desc " + desc + ", to " + to + ", to switch 3, rspan_vlan 4, src " +
+                  src + ", src_vlan " + vlans + ", dir 5, state 6, oper 7.\r\n");
+}
+
+TEST(NsminfoPorts, TextsAreCutToTheirArrays)
+{
+    EXPECT_REQUEST("oltmib_pminfo_set_1",
+                   "1&2&" + repeated("d", 40) + "&" + repeated("t", 40) + "&3&4&" + repeated("s", 40) + "&" +
+                       repeated("v", 600) + "&5",
+                   1, 2, chars(36, repeated("d", 35)), chars(32, repeated("s", 31)), chars(512, repeated("v", 511)),
+                   chars(32, repeated("t", 31)), 5, 3, 4, zeros(35));
+}
+
+// --- VLANs ---
+
+TEST(NsminfoVlans, VlaninfoIsTheWholeRecord)
+{
+    EXPECT_BOTH_WAYS("oltmib_vlaninfo_get_1", "1&2&three&4&five&six&text&5&6", 1, 2, chars(33, "three"), 4,
+                     chars(512, "five"), chars(512, "six"), chars(32, "text"), 5, 6);
+}
+
+TEST(NsminfoVlans, VlaninfoField3KeepsThirtyTwoCharacters)
+{
+    EXPECT_REQUEST("oltmib_vlaninfo_set_1", "1&2&" + repeated("n", 40) + "&4", 1, 2, chars(33, repeated("n", 32)), 4,
+                   zeros(1024 + 34));
+}
+
+TEST(NsminfoVlans, VlaninfoTextIsCutAt1023)
+{
+    const std::string tagged(511, 'a'), untagged(511, 'b');
+    EXPECT_REPLY("oltmib_vlaninfo_getn_1", "1&2&v&3&" + tagged + "&" + repeated("b", 503), 1, 2, chars(33, "v"), 3,
+                 chars(512, tagged), chars(512, untagged), chars(32, "text"), 5, 6);
+}
+
+TEST(NsminfoVlans, VlanvpnTextIsCutAt1023)
+{
+    const std::string first(511, 'a'), second(511, 'b');
+    EXPECT_REPLY("oltmib_vlanvpn_get_1", "v&3&" + first + "&" + repeated("b", 507), chars(40, "v"), 3,
+                 chars(512, first), chars(512, second), chars(32, "text"), 5, 6);
+}
+
+TEST(NsminfoVlans, VlanbitmapinfoSendsItsBitmap)
+{
+    EXPECT_REQUEST("oltmib_vlanbitmapinfo_set_1", "1&0101&three&four&text&2&3", 1, chars(684, "0101"),
+                   chars(512, "three"), chars(512, "four"), chars(32, "text"), 2, 3);
+}
+
+TEST(NsminfoVlans, BitmapKeeps683Characters)
+{
+    EXPECT_REQUEST("oltmib_vlanbitmapinfo_set_1", "1&" + repeated("b", 684) + "&three", 1,
+                   chars(684, repeated("b", 683)), chars(512, "three"), zeros(512 + 34));
+}
+
+TEST(NsminfoVlans, BitmapOfAReplyMayHave684Characters)
+{
+    const std::string bitmap(684, 'b');
+    for (const char* name : {"oltmib_cvlan_table_get_1", "oltmib_p2p_svlan_table_get_1"})
+        EXPECT_REPLY(name, bitmap + "&text&1&2", chars(684, bitmap), chars(32, "text"), 1, 2);
+    EXPECT_EQ(formatter_trace("oltmib_cvlan_table_get_1", wire(chars(684, bitmap), zeros(32), 1, 2)),
+              "[arg2str_vlanbitmap: 196]bit " + bitmap + ", oper 1.\r\n");
+}
+
+TEST(NsminfoVlans, TableGetsSendNothing)
+{
+    EXPECT_EQ(request_of("oltmib_cvlan_table_get_1", ""), Units{});
+    EXPECT_EQ(request_of("oltmib_p2p_svlan_table_get_1", "0101&text&1&2"), Units{});
+    EXPECT_REPLY("oltmib_cvlan_table_get_1", "0110&text&1&2", chars(684, "0110"), chars(32, "text"), 1, 2);
+}
+
+TEST(NsminfoVlans, TableGetsParseTheirArgumentAllTheSame)
+{
+    char text[] = "0101&text&1&2";
+    const auto* arg = static_cast<oltmib_vlanbitmapEntry*>(api_named("oltmib_p2p_svlan_table_get_1").str2arg(text));
+    EXPECT_STREQ(arg->bit, "0101");
+    EXPECT_STREQ(arg->text, "text");
+    EXPECT_EQ(arg->oper, 1);
+    EXPECT_EQ(arg->res, 2);
+    EXPECT_EQ(parser_trace("oltmib_cvlan_table_get_1", "0101&text&1&2"),
+              "[str2arg_vlanbitmap: 188]bit 0101, oper 1.\r\n");
+    EXPECT_EQ(parser_trace("oltmib_cvlan_table_get_1", ""), "[str2arg_vlanbitmap: 188]bit , oper 0.\r\n");
+}
+
+// A stub clears its reply before each call.
+TEST(NsminfoVlans, TableGetsForgetTheLastReply)
+{
+    const Api& api = api_named("oltmib_cvlan_table_get_1");
+    FakeDaemon daemon;
+    daemon.reply = wire(chars(684, "0110"), chars(32, "text"), 1, 2);
+    auto* reply = static_cast<oltmib_vlanbitmapEntry*>(api.func(nullptr, daemon.client()));
+    ASSERT_NE(reply, nullptr);
+    daemon.status = RPC_TIMEDOUT;
+    EXPECT_EQ(api.func(nullptr, daemon.client()), nullptr);
+    EXPECT_STREQ(reply->bit, "");
+    EXPECT_EQ(reply->res, 0);
+}
+
+TEST(NsminfoVlans, SptmodeIsTheWholeRecord)
+{
+    EXPECT_BOTH_WAYS("oltmib_sptmode_get_1", "1&2&text&3&4", 1, 2, chars(32, "text"), 3, 4);
+}
+
+TEST(NsminfoVlans, VlanvpnIsTheWholeRecord)
+{
+    EXPECT_BOTH_WAYS("oltmib_vlanvpn_get_1", "one&2&three&four&text&5&6", chars(40, "one"), 2, chars(512, "three"),
+                     chars(512, "four"), chars(32, "text"), 5, 6);
+}
+
+TEST(NsminfoVlans, VlanvpnifIsTheWholeRecord)
+{
+    EXPECT_BOTH_WAYS("oltmib_vlanvpnif_getn_1", "1&ge1&3&4&five&six&text&7&8", 1, chars(32, "ge1"), 3, 4,
+                     chars(32, "five"), chars(32, "six"), chars(32, "text"), 7, 8);
+}
+
+TEST(NsminfoVlans, SviIsTheWholeRecord)
+{
+    EXPECT_BOTH_WAYS("oltmib_svi_get_1", "1&vlan1&10.0.0.1/24&text&2&3", 1, chars(32, "vlan1"),
+                     chars(20, "10.0.0.1/24"), chars(32, "text"), 2, 3);
+    EXPECT_REQUEST("oltmib_svi_set_1", "1&&" + repeated("a", 25), 1, zeros(32), chars(20, repeated("a", 19)),
+                   zeros(34));
+}
+
+// --- traffic ---
+
+TEST(NsminfoTraffic, RatelimitIsTheWholeRecord)
+{
+    const Units row = wire(1, chars(32, "ge1"), 3, 4, 5, 6, chars(32, "text"), 7, 8);
+    EXPECT_BOTH_WAYS("oltmib_ratelimitinfo_get_1", "1&ge1&3&4&5&6&text&7&8", row);
+    const std::string values = "ifx 1, name ge1, in cir 3, cbs 4, out cir 5, cbs 6, oper 7.\r\n";
+    EXPECT_EQ(parser_trace("oltmib_ratelimitinfo_get_1", "1&ge1&3&4&5&6&text&7&8"),
+              "[str2arg_ratelimitinfo: 287]" + values);
+    EXPECT_EQ(formatter_trace("oltmib_ratelimitinfo_get_1", row), "[arg2str_ratelimitinfo: 295]" + values);
+}
+
+TEST(NsminfoTraffic, StormcontrolIsTheWholeRecord)
+{
+    const Units row = wire(1, chars(32, "ge1"), 3, 4, 5, chars(32, "text"), 6, 7);
+    EXPECT_BOTH_WAYS("oltmib_stormcontrolinfo_getn_1", "1&ge1&3&4&5&text&6&7", row);
+    const std::string values = "ifx 1, name ge1, ratelimit_type 3, level 4, fraction 5, oper 6.\r\n";
+    EXPECT_EQ(parser_trace("oltmib_stormcontrolinfo_getn_1", "1&ge1&3&4&5&text&6&7"),
+              "[str2arg_stormcontrolinfo: 314]" + values);
+    EXPECT_EQ(formatter_trace("oltmib_stormcontrolinfo_getn_1", row), "[arg2str_stormcontrolinfo: 322]" + values);
+}
+
+namespace
+{
+// An access list's row without its count, and what is behind it.
+const Units acl_head = wire(chars(70, "list"), counting(2, 5), chars(70, "seven"), 8, 9, chars(20, "ten"),
+                            chars(40, "from"), chars(40, "twelve"), chars(20, "thirteen"), chars(40, "fourteen"),
+                            chars(40, "fifteen"), chars(20, "sixteen"), 17, 18);
+const Units acl_tail = wire(chars(32, "text"), 21, 22);
+const std::string acl_text = "list&2&3&4&5&6&seven&8&9&ten&from&twelve&thirteen&fourteen&fifteen&sixteen&17&18";
+} // namespace
+
+TEST(NsminfoTraffic, AclReadsTwentyOnePositionsAndSendsNoCount)
+{
+    EXPECT_REQUEST("oltmib_acl_set_1", acl_text + "&text&21&22", acl_head, 0, 0, acl_tail);
+    // more than 21, and more than a parser of 20 would take
+    EXPECT_REQUEST("oltmib_acl_set_1", acl_text + "&text&21&22&23" + repeated("&x", 20), acl_head, 0, 0, acl_tail);
+}
+
+TEST(NsminfoTraffic, AclShowsTwentyTwoPositionsWithTheCountAsNineteenth)
+{
+    EXPECT_REPLY("oltmib_acl_get_1", acl_text + "&18446744073709551615&text&21&22", acl_head, words(~0ULL), acl_tail);
+    EXPECT_REPLY("oltmib_acl_getn_1", acl_text + "&4294967298&text&21&22", acl_head, 2, 1, acl_tail);
+}
+
+TEST(NsminfoTraffic, AclTextsAreCutToTheirArrays)
+{
+    EXPECT_REQUEST("oltmib_acl_set_1",
+                   repeated("n", 80) + "&2&3&4&5&6&" + repeated("s", 80) + "&8&9&" + repeated("t", 30) + "&" +
+                       repeated("f", 50) + "&",
+                   chars(70, repeated("n", 69)), counting(2, 5), chars(70, repeated("s", 69)), 8, 9,
+                   chars(20, repeated("t", 19)), chars(40, repeated("f", 39)),
+                   zeros(40 + 20 + 40 + 40 + 20 + 2 + 2 + 34));
+}
+
+TEST(NsminfoTraffic, AclTraces)
+{
+    EXPECT_EQ(parser_trace("oltmib_acl_get_1", acl_text + "&text&21&22"),
+              "[str2arg_aclinfo: 355]name list, src from, oper 21.\r\n");
+    EXPECT_EQ(formatter_trace("oltmib_acl_get_1", wire(acl_head, 0, 0, acl_tail)),
+              "[arg2str_aclinfo: 367]name list, src from, oper 21.\r\n");
+}
+
+TEST(NsminfoTraffic, AclifIsTheWholeRecord)
+{
+    const Units row = wire(1, chars(32, "ge1"), chars(70, "inbound"), chars(70, "outbound"), chars(32, "text"), 2, 3);
+    EXPECT_BOTH_WAYS("oltmib_aclif_get_1", "1&ge1&inbound&outbound&text&2&3", row);
+    EXPECT_EQ(parser_trace("oltmib_aclif_get_1", "1&ge1&inbound&outbound&text&2&3"),
+              "[str2arg_aclifinfo: 385]name ge1, in inbound, oper 2.\r\n");
+    EXPECT_EQ(formatter_trace("oltmib_aclif_get_1", row), "[arg2str_aclifinfo: 393]name ge1, in inbound, oper 2.\r\n");
+}
+
+TEST(NsminfoTraffic, QoscfgIsTheWholeRecord)
+{
+    const Units row = wire(1, 2, chars(32, "text"), 3, 4);
+    EXPECT_BOTH_WAYS("oltmib_qoscfg_get_1", "1&2&text&3&4", row);
+    EXPECT_EQ(parser_trace("oltmib_qoscfg_get_1", "1&2&text&3&4"),
+              "[str2arg_qoscfginfo: 409]status 1, alg 2, oper 3.\r\n");
+    EXPECT_EQ(formatter_trace("oltmib_qoscfg_get_1", row), "[arg2str_qoscfginfo: 417]status 1, alg 2, oper 3.\r\n");
+}
+
+TEST(NsminfoTraffic, ClassIsTheWholeRecord)
+{
+    const Units row = wire(chars(70, "voice"), 2, chars(120, "three"), chars(32, "text"), 4, 5);
+    EXPECT_BOTH_WAYS("oltmib_class_getn_1", "voice&2&three&text&4&5", row);
+    EXPECT_EQ(parser_trace("oltmib_class_getn_1", "voice&2&three&text&4&5"),
+              "[str2arg_classinfo: 634]name voice, matchtype 2, oper 4.\r\n");
+    EXPECT_EQ(formatter_trace("oltmib_class_getn_1", row),
+              "[arg2str_classinfo: 642]name voice, matchtype 2, oper 4.\r\n");
+}
+
+TEST(NsminfoTraffic, PolicyIsTheWholeRecord)
+{
+    const Units row =
+        wire(chars(70, "gold"), chars(70, "voice"), 3, chars(120, "four"), counting(5, 5), chars(32, "text"), 10, 11);
+    EXPECT_BOTH_WAYS("oltmib_policy_get_1", "gold&voice&3&four&5&6&7&8&9&text&10&11", row);
+    EXPECT_EQ(parser_trace("oltmib_policy_get_1", "gold&voice&3&four&5&6&7&8&9&text&10&11"),
+              "[str2arg_policyinfo: 665]name gold, class voice, oper 10.\r\n");
+    EXPECT_EQ(formatter_trace("oltmib_policy_get_1", row),
+              "[arg2str_policyinfo: 674]name gold, class voice, oper 10.\r\n");
+}
+
+// Both tables take one text; only the procedure differs.
+TEST(NsminfoTraffic, TrustAndPolicyOfAnInterfaceShareOneText)
+{
+    const Units row = wire(1, chars(32, "ge1"), 3, 4, chars(70, "gold"), chars(70, "six"), chars(32, "text"), 5, 6);
+    for (const char* name : {"oltmib_qostrustif_get_1", "oltmib_qospolicyif_get_1"}) {
+        EXPECT_BOTH_WAYS(name, "1&ge1&3&4&gold&six&text&5&6", row);
+        EXPECT_EQ(parser_trace(name, "1&ge1&3&4&gold&six&text&5&6"),
+                  "[str2arg_qosifinfo: 694]name ge1, in gold, oper 5.\r\n");
+        EXPECT_EQ(formatter_trace(name, row), "[arg2str_qosifinfo: 702]name ge1, in gold, oper 5.\r\n");
+    }
+}
+
+// --- traffic: lists ---
+
+namespace
+{
+const char* const maps_of_8[] = {"oltmib_queueweight_get_1", "oltmib_cos2dscp_get_1", "oltmib_cos2queue_get_1"};
+const char* const maps_of_64[] = {"oltmib_dscp2cos_get_1", "oltmib_dscp2dscp_get_1", "oltmib_dscp2queue_get_1"};
+
+// "1,2,3" up to `last`.
+std::string numbers(int last)
+{
+    std::string text = "1";
+    for (int i = 2; i <= last; i++)
+        text += "," + std::to_string(i);
+    return text;
+}
+} // namespace
+
+TEST(NsminfoLists, MapsAreABytePerElement)
+{
+    for (const char* name : maps_of_8)
+        EXPECT_BOTH_WAYS(name, "1,2,3,4,5,6,7,8&text&9&10", counting(1, 8), chars(32, "text"), 9, 10);
+    for (const char* name : maps_of_64)
+        EXPECT_BOTH_WAYS(name, numbers(64) + "&text&9&10", counting(1, 64), chars(32, "text"), 9, 10);
+}
+
+TEST(NsminfoLists, FewerItemsLeaveTheRestZero)
+{
+    for (const char* name : maps_of_8) {
+        EXPECT_REQUEST(name, "1,2,3&text", 1, 2, 3, zeros(5), chars(32, "text"), 0, 0);
+        EXPECT_REQUEST(name, ",,3&text", 0, 0, 3, zeros(5), chars(32, "text"), 0, 0);
+        EXPECT_REQUEST(name, "", zeros(42));
+    }
+}
+
+// The first field is the list 1,2,3, the others are empty: 61 zeros follow, and the reply lists 64 values.
+TEST(NsminfoLists, Dscp2queueOfThreeItems)
+{
+    EXPECT_REQUEST("oltmib_dscp2queue_get_1", "1,2,3&&&", 1, 2, 3, zeros(61 + 34));
+    EXPECT_REPLY("oltmib_dscp2queue_get_1", "1,2,3" + repeated(",0", 61) + "&&0&0", 1, 2, 3, zeros(61 + 34));
+}
+
+TEST(NsminfoLists, MoreItemsThanElements)
+{
+    for (const char* name : maps_of_8)
+        for (const int items : {9, 16, 17, 40})
+            EXPECT_REQUEST(name, numbers(items) + "&text", counting(1, 8), chars(32, "text"), 0, 0);
+    for (const char* name : maps_of_64)
+        for (const int items : {65, 80, 85})
+            EXPECT_REQUEST(name, numbers(items) + "&text", counting(1, 64), chars(32, "text"), 0, 0);
+    // beyond 80 items within 255 characters
+    EXPECT_REQUEST("oltmib_dscp2cos_set_1", "7" + repeated(",7", 120) + "&text", chars(64, std::string(64, '\7')),
+                   chars(32, "text"), 0, 0);
+}
+
+TEST(NsminfoLists, ValuesAbove255KeepTheirLowByte)
+{
+    for (const char* name : maps_of_8)
+        EXPECT_REQUEST(name, "256,257,300,511,-1,200", chars(8, std::string("\x00\x01\x2C\xFF\xFF\xC8", 6)), zeros(34));
+}
+
+// An element is the host's char, also in the text.
+TEST(NsminfoLists, BytesAbove127PrintAsTheHostsChar)
+{
+    EXPECT_REPLY("oltmib_queueweight_get_1", text_of_char('\xC8') + "," + text_of_char('\xFF') + ",0,0,0,0,0,0&&0&0",
+                 200, 255, zeros(6 + 34));
+}
+
+// A reply lists every element, however long the list gets, and no comma behind the last.
+TEST(NsminfoLists, RepliesListEveryElement)
+{
+    for (const char* name : maps_of_8)
+        EXPECT_REPLY(name, "0,0,0,0,0,0,0,0&&0&0", zeros(42));
+    const std::string most = text_of_char('\x80'); // four characters where char is signed
+    for (const char* name : maps_of_64)
+        EXPECT_REPLY(name, most + repeated("," + most, 63) + "&text&1&2", chars(64, std::string(64, '\x80')),
+                     chars(32, "text"), 1, 2);
+}
+
+// 255 characters are split: 42 items of six, and "001" of the 43rd.
+TEST(NsminfoLists, TextsOfMoreThan255CharactersAreCutBeforeTheyAreSplit)
+{
+    const std::string text = repeated("00123,", 64);
+    for (const char* name : maps_of_64)
+        EXPECT_REQUEST(name, text + "&text&1&2", chars(64, std::string(42, '\x7B') + "\1"), chars(32, "text"), 1, 2);
+    // the cut behind a comma, and behind the last digit of an item
+    EXPECT_REQUEST("oltmib_dscp2cos_get_1", repeated("0007,", 64) + "&text", chars(64, std::string(51, '\7')),
+                   chars(32, "text"), 0, 0);
+    const std::string blanks(252, ' ');
+    EXPECT_REQUEST("oltmib_queueweight_get_1", blanks + "1234,5&text", 123, zeros(7), chars(32, "text"), 0, 0);
+}
+
+TEST(NsminfoLists, QosifcfgHasTwoListsOfInts)
+{
+    EXPECT_BOTH_WAYS("oltmib_qosifcfg_get_1", "1&ge1&1,2,3,4,5,6,7,8&-1,300,70000,0,0,0,0,-2147483648&text&2&3", 1,
+                     chars(32, "ge1"), counting(1, 8), -1, 300, 70000, zeros(4), 0x80000000, chars(32, "text"), 2, 3);
+}
+
+TEST(NsminfoLists, QosifcfgListsOfOtherLengths)
+{
+    EXPECT_REQUEST("oltmib_qosifcfg_set_1", "1&ge1&&" + numbers(20) + "&text", 1, chars(32, "ge1"), zeros(8),
+                   counting(1, 8), chars(32, "text"), 0, 0);
+    EXPECT_REQUEST("oltmib_qosifcfg_getn_1", "1&ge1&7&" + std::string(252, ' ') + "1234,5&text", 1, chars(32, "ge1"), 7,
+                   zeros(7), 123, zeros(7), chars(32, "text"), 0, 0);
+    EXPECT_REPLY("oltmib_qosifcfg_getn_1", "1&ge1&0,0,0,0,0,0,0,0&0,0,0,0,0,0,0,0&&0&0", 1, chars(32, "ge1"),
+                 zeros(16 + 34));
+}
+
+// The parser traces once an item of the list text.
+TEST(NsminfoLists, Dscp2queueParserTracesEachItem)
+{
+    const auto line = [](int dscp, const std::string& queue, const std::string& item) {
+        return "[str2arg_dscp2queueinfo: 602]dscp " + std::to_string(dscp) + ", queue " + queue + "(" + item + ").\r\n";
+    };
+    EXPECT_EQ(parser_trace("oltmib_dscp2queue_set_1", "1,,x7,300&text&1&2"),
+              line(0, "1", "1") + line(1, "0", "") + line(2, "0", "x7") + line(3, "44", "300"));
+    EXPECT_EQ(parser_trace("oltmib_dscp2queue_set_1", "&text&1&2"), line(0, "0", ""));
+    EXPECT_EQ(parser_trace("oltmib_dscp2queue_set_1", "200"), line(0, text_of_char('\xC8'), "200"));
+
+    std::string first_64;
+    for (int i = 0; i < 64; i++)
+        first_64 += line(i, std::to_string(i + 1), std::to_string(i + 1));
+    EXPECT_EQ(parser_trace("oltmib_dscp2queue_set_1", numbers(64)), first_64);
+    EXPECT_EQ(parser_trace("oltmib_dscp2queue_set_1", numbers(85)), first_64);
+
+    std::string cut;
+    for (int i = 0; i < 42; i++)
+        cut += line(i, "123", "00123");
+    EXPECT_EQ(parser_trace("oltmib_dscp2queue_set_1", repeated("00123,", 64)), cut + line(42, "1", "001"));
+}
+
+// The formatter traces once an element, with the list as far as it has come.
+TEST(NsminfoLists, Dscp2queueFormatterTracesEachElement)
+{
+    std::string lines, list;
+    Units map;
+    for (int i = 0; i < 64; i++) {
+        const char element = i % 2 ? '\x80' : '\5';
+        append(map, static_cast<int>(element));
+        list += text_of_char(element) + ",";
+        lines += "[arg2str_dscp2queueinfo: 614]dscp " + std::to_string(i) + ", queue " + text_of_char(element) + "(" +
+                 list + ").\r\n";
+    }
+    EXPECT_EQ(formatter_trace("oltmib_dscp2queue_get_1", wire(map, zeros(34))), lines);
+}
+
+// --- forwarding ---
+
+TEST(NsminfoForwarding, FdbparamIsTheWholeRecord)
+{
+    EXPECT_BOTH_WAYS("oltmib_fdbparam_get_1", "300&text&1&2", 300, chars(32, "text"), 1, 2);
+}
+
+TEST(NsminfoForwarding, FdbIsTheWholeRecord)
+{
+    for (const char* name : {"oltmib_fdb_get_1", "oltmib_fdb_getn_1", "oltmib_fdb_dynamic_getn_1"})
+        EXPECT_BOTH_WAYS(name, "00-11-22-33-44-55&2&ge1&4&text&5&6", ints(0, 0x11, 0x22, 0x33, 0x44, 0x55), 2,
+                         chars(32, "ge1"), 4, chars(32, "text"), 5, 6);
+}
+
+TEST(NsminfoForwarding, FdbReadsAnyMacNotation)
+{
+    for (const char* mac : {"00:11:22:33:44:55", "0011.2233.4455", "00-11-22-33-44-55", "001122334455"})
+        EXPECT_REQUEST("oltmib_fdb_set_1", std::string(mac) + "&2", ints(0, 0x11, 0x22, 0x33, 0x44, 0x55), 2,
+                       zeros(32 + 1 + 34));
+}
+
+TEST(NsminfoForwarding, FdbOfAnUnreadableMacIsSentAllTheSame)
+{
+    EXPECT_REQUEST("oltmib_fdb_set_1", "wrong&2", zeros(6), 2, zeros(32 + 1 + 34));
+    EXPECT_REQUEST("oltmib_fdb_set_1", "1122.3344.55&2", ints(0x11, 0x22, 0x33, 0x44, 0x55, 0), 2, zeros(32 + 1 + 34));
+    EXPECT_REQUEST("oltmib_fdb_set_1", "&2", zeros(6), 2, zeros(32 + 1 + 34));
+}
+
+TEST(NsminfoForwarding, AgIsTheWholeRecord)
+{
+    EXPECT_BOTH_WAYS("oltmib_ag_get_1", "1&po1&3&4&text&5&6", 1, chars(32, "po1"), 3, 4, chars(32, "text"), 5, 6);
+}
+
+TEST(NsminfoForwarding, AgsysIsTheWholeRecord)
+{
+    EXPECT_BOTH_WAYS("oltmib_agsys_get_1", "32768&text&1&2", 32768, chars(32, "text"), 1, 2);
+}
+
+TEST(NsminfoForwarding, StpifstatusIsTheWholeRecord)
+{
+    EXPECT_BOTH_WAYS("oltmib_stpifstatus_getn_1", "1&ge1&3&text&4&5", 1, chars(32, "ge1"), 3, chars(32, "text"), 4, 5);
+}
+
+TEST(NsminfoForwarding, ErrdisableIsTheWholeRecord)
+{
+    EXPECT_BOTH_WAYS("oltmib_errdisable_get_1", "1&2&3&text&4&5", 1, 2, 3, chars(32, "text"), 4, 5);
+}
+
+TEST(NsminfoForwarding, ErrdisportinfoOfAnEmptyNameHasSixPositions)
+{
+    EXPECT_BOTH_WAYS("oltmib_errdisportinfo_get_1", "1&ge1&3&text&4&5", 1, chars(32, "ge1"), 3, chars(32, "text"), 4,
+                     5);
+    EXPECT_REPLY("oltmib_errdisportinfo_getn_1", "1&&3&text&4&5", 1, zeros(32), 3, chars(32, "text"), 4, 5);
+}
+
+// Both tables take one text; only the procedure differs.
+TEST(NsminfoForwarding, ArpAndStaticArpShareOneText)
+{
+    for (const char* name : {"oltmib_arp_getn_1", "oltmib_sarp_getn_1", "oltmib_arp_get_1", "oltmib_sarp_get_1"})
+        EXPECT_BOTH_WAYS(name, "10.0.0.1&0011.2233.4455&vlan1&4&text&5&6", chars(64, "10.0.0.1"),
+                         chars(64, "0011.2233.4455"), chars(32, "vlan1"), 4, chars(32, "text"), 5, 6);
+}
+
+// --- modules ---
+
+TEST(NsminfoModules, OpticalHasSeventeenPositions)
+{
+    EXPECT_BOTH_WAYS("oltmib_optical_get_1", "1&ge1&3&4&5&6&7&8&9&10&11&12&13&14&text&15&16", 1, chars(32, "ge1"),
+                     counting(3, 12), chars(32, "text"), 15, 16);
+}
+
+namespace
+{
+// An optical module's row around its alarm, as text and on the wire.
+const std::string detail_head = "1&ge1&3&four&five&six&7&8&9&10&11&12&13&14&fifteen&16&";
+const std::string detail_tail = "&nineteen&twenty&t21&t22&t23&t24&t25&26&27";
+const Units detail_before = wire(1, chars(32, "ge1"), 3, chars(32, "four"), chars(32, "five"), chars(32, "six"),
+                                 counting(7, 8), chars(32, "fifteen"), 16);
+const Units detail_after = wire(chars(32, "nineteen"), chars(32, "twenty"), chars(32, "t21"), chars(32, "t22"),
+                                chars(32, "t23"), chars(32, "t24"), chars(32, "t25"), 26, 27);
+const char detail_get[] = "oltmib_opticaldetail_get_1";
+
+// The text of a reply that says it has `length` alarm bytes; the array holds 01 to 20 in hex, field19 letters.
+std::string alarm_of(int length)
+{
+    const std::string letters = "abcdefghijklmnopqrstuvwxyzabcdef";
+    const std::string text =
+        text_of(detail_get, wire(detail_before, length, counting(1, 32), chars(32, letters), zeros(6 * 32), 26, 27));
+    const std::string tail = "&" + letters + "&&&&&&&26&27";
+    EXPECT_EQ(text.substr(0, detail_head.size()), detail_head);
+    EXPECT_EQ(text.substr(text.size() - tail.size()), tail);
+    return text.substr(detail_head.size(), text.size() - tail.size() - detail_head.size());
+}
+
+const std::string alarm_bytes = "0102030405060708090a0b0c0d0e0f101112131415161718191a1b1c1d1e1f20";
+} // namespace
+
+TEST(NsminfoModules, OpticaldetailSeventeenthFieldIsItsAlarm)
+{
+    EXPECT_BOTH_WAYS(detail_get, detail_head + "0a0b0c" + detail_tail, detail_before, 3, 0x0A, 0x0B, 0x0C, zeros(29),
+                     detail_after);
+}
+
+TEST(NsminfoModules, OpticaldetailReadsTwentySixPositionsAndNoMore)
+{
+    EXPECT_REQUEST("oltmib_opticaldetail_set_1", detail_head + "0a" + detail_tail + repeated("&x", 30), detail_before,
+                   1, 0x0A, zeros(31), detail_after);
+}
+
+TEST(NsminfoModules, AlarmDigitsOfEitherCase)
+{
+    EXPECT_REQUEST(detail_get, detail_head + "aBFfa9" + detail_tail, detail_before, 3, chars(32, "\xAB\xFF\xA9"),
+                   detail_after);
+    EXPECT_REPLY(detail_get, detail_head + "abffa9" + detail_tail, detail_before, 3, chars(32, "\xAB\xFF\xA9"),
+                 detail_after);
+}
+
+TEST(NsminfoModules, AlarmWithoutDigitsIsEmpty)
+{
+    EXPECT_BOTH_WAYS(detail_get, detail_head + detail_tail, detail_before, 0, zeros(32), detail_after);
+}
+
+TEST(NsminfoModules, AlarmIgnoresAnOddDigit)
+{
+    EXPECT_REQUEST(detail_get, detail_head + "0a0b0" + detail_tail, detail_before, 2, 0x0A, 0x0B, zeros(30),
+                   detail_after);
+    EXPECT_REQUEST(detail_get, detail_head + "7" + detail_tail, detail_before, 0, zeros(32), detail_after);
+}
+
+TEST(NsminfoModules, AlarmKeeps32Bytes)
+{
+    for (const char* more : {"", "2", "21", "2122", "21222324252627"})
+        EXPECT_REQUEST(detail_get, detail_head + alarm_bytes + more + detail_tail, detail_before, 32, counting(1, 32),
+                       detail_after);
+}
+
+TEST(NsminfoModules, AlarmPairThatDoesNotScanRepeatsTheByteBefore)
+{
+    EXPECT_REQUEST(detail_get, detail_head + "0azz0b" + detail_tail, detail_before, 3, 0x0A, 0x0A, 0x0B, zeros(29),
+                   detail_after);
+    EXPECT_REQUEST(detail_get, detail_head + "zz0b" + detail_tail, detail_before, 2, 0, 0x0B, zeros(30), detail_after);
+}
+
+TEST(NsminfoModules, AlarmLenOfAReplySaysHowManyBytesAreShown)
+{
+    EXPECT_EQ(alarm_of(0), "");
+    EXPECT_EQ(alarm_of(1), "01");
+    EXPECT_EQ(alarm_of(32), alarm_bytes);
+}
+
+TEST(NsminfoModules, NegativeAlarmLenShowsNothing)
+{
+    EXPECT_EQ(alarm_of(-1), "");
+    EXPECT_EQ(alarm_of(INT32_MIN), "");
+}
+
+// Above 32 the bytes that follow in the record are shown, as far as the text's
+// 100 characters reach: 49 whole bytes and a digit, never a byte further.
+TEST(NsminfoModules, AlarmLenAbove32ShowsTheBytesThatFollow)
+{
+    EXPECT_EQ(alarm_of(33), alarm_bytes + "61");
+    EXPECT_EQ(alarm_of(48), alarm_bytes + "6162636465666768696a6b6c6d6e6f70");
+    EXPECT_EQ(alarm_of(49), alarm_bytes + "6162636465666768696a6b6c6d6e6f7071");
+    for (const int length : {50, 51, 100, 1000, INT32_MAX})
+        EXPECT_EQ(alarm_of(length), alarm_bytes + "6162636465666768696a6b6c6d6e6f70717") << length;
+}
+
+TEST(NsminfoModules, OpticaldetailFormatterTracesAlarmAndText)
+{
+    EXPECT_EQ(formatter_trace(detail_get, wire(detail_before, 3, 0x0A, 0x0B, 0x0C, zeros(29), detail_after)),
+              "[arg2str_opticaldetail: 1109]alarmstr: 0a0b0c, len 3.\r\n"
+              "[arg2str_opticaldetail: 1110]str: " +
+                  detail_head + "0a0b0c" + detail_tail + ".\r\n");
+    EXPECT_EQ(formatter_trace(detail_get, wire(zeros(171), -1, zeros(258))),
+              "[arg2str_opticaldetail: 1109]alarmstr: , len -1.\r\n"
+              "[arg2str_opticaldetail: 1110]str: 0&&0&&&&0&0&0&0&0&0&0&0&&0&&&&&&&&&0&0.\r\n");
+    EXPECT_EQ(formatter_trace(detail_get, wire(zeros(171), 1000, zeros(258))),
+              "[arg2str_opticaldetail: 1109]alarmstr: " + repeated("0", 99) +
+                  ", len 1000.\r\n"
+                  "[arg2str_opticaldetail: 1110]str: 0&&0&&&&0&0&0&0&0&0&0&0&&0&" +
+                  repeated("0", 99) + "&&&&&&&&0&0.\r\n");
+}
+
+TEST(NsminfoModules, CabledetectHasThirteenPositions)
+{
+    EXPECT_BOTH_WAYS("oltmib_cabledetect_get_1", "1&ge1&3&4&5&6&a&b&c&d&text&7&8", 1, chars(32, "ge1"), 3, 4, 5, 6,
+                     chars(16, "a"), chars(16, "b"), chars(16, "c"), chars(16, "d"), chars(32, "text"), 7, 8);
+}
+
+TEST(NsminfoModules, DosHasElevenPositionsAndSendsNoCounters)
+{
+    for (const char* name : {"oltmib_dosglobal_get_1", "oltmib_dosglobal_set_1", "oltmib_dosif_get_1",
+                             "oltmib_dosif_getn_1", "oltmib_dosif_set_1"})
+        EXPECT_REQUEST(name, "1&ge1&3&4&5&6&77&88&text&9&10", 1, chars(32, "ge1"), 3, 4, 5, 6, zeros(4),
+                       chars(32, "text"), 9, 10);
+}
+
+TEST(NsminfoModules, DosCountersAreUnsignedInSeventhAndEighthPosition)
+{
+    EXPECT_REPLY("oltmib_dosglobal_get_1", "1&ge1&3&4&5&6&4294967296&18446744073709551615&text&9&10", 1,
+                 chars(32, "ge1"), 3, 4, 5, 6, 0, 1, words(~0ULL), chars(32, "text"), 9, 10);
+    EXPECT_REPLY("oltmib_dosif_getn_1", "1&ge1&3&4&5&6&4294967298&7&text&9&10", 1, chars(32, "ge1"), 3, 4, 5, 6, 2, 1,
+                 7, 0, chars(32, "text"), 9, 10);
+}
+
+// Servers, domains and hosts take one text; only the procedures differ.
+TEST(NsminfoModules, DnsTablesShareOneText)
+{
+    for (const char* name : {"oltmib_dnserver_get_1", "oltmib_dnsdomain_get_1", "oltmib_dnshost_get_1"}) {
+        EXPECT_BOTH_WAYS(name, "one&two&three&4&text&5&6", chars(65, "one"), chars(64, "two"), chars(64, "three"), 4,
+                         chars(32, "text"), 5, 6);
+        EXPECT_REQUEST(name, repeated("a", 70) + "&" + repeated("b", 70), chars(65, repeated("a", 64)),
+                       chars(64, repeated("b", 63)), zeros(64 + 35));
+    }
+}
+
+TEST(NsminfoModules, NsmIsTheWholeRecord)
+{
+    EXPECT_BOTH_WAYS("oltmib_nsm_get_1", "one&two&3&4", chars(80, "one"), chars(800, "two"), 3, 4);
+    EXPECT_REQUEST("oltmib_nsm_set_1", repeated("a", 90) + "&" + repeated("b", 900) + "&3&4",
+                   chars(80, repeated("a", 79)), chars(800, repeated("b", 799)), 3, 4);
+}
+
+// The longest text that terminated fields can give has 903 characters.
+TEST(NsminfoModules, NsmTextOfFullFields)
+{
+    EXPECT_REPLY("oltmib_nsm_get_1", repeated("a", 79) + "&" + repeated("b", 799) + "&-2147483648&-2147483648",
+                 chars(80, repeated("a", 79)), chars(800, repeated("b", 799)), 0x80000000, 0x80000000);
+    EXPECT_REPLY("oltmib_nsm_get_1", repeated("a", 80) + "&" + repeated("b", 800) + "&3&4",
+                 chars(80, repeated("a", 80)), chars(800, repeated("b", 800)), 3, 4);
+}

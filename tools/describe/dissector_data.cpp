@@ -22,9 +22,11 @@ const char* shown_as(const Record& record, const Value& value)
         return "mac";
     if (text == Text::Hex || text == Text::CountedHex)
         return "hex";
+    if (text == Text::List) // a number a unit
+        return "ints";
     switch (value.kind) {
     case Kind::Char:
-        return text == Text::List ? "bytes" : "text";
+        return "text";
     case Kind::Int:
     case Kind::UInt: {
         const bool is_unsigned = value.kind == Kind::UInt || text == Text::Unsigned;

@@ -184,8 +184,10 @@ void write_table(std::ostream& out, const Table& table)
             out << in_code(api->name) << " sends no request: its argument is not looked at.\n";
     write_positions(out, table);
     out << "\n```lua\n";
-    for (const Api* api : table.apis)
-        out << "librpc.callapi(\"" << api->name << "\", \"" << example_argument(*api) << "\")\n";
+    for (const bool is_set : {true, false}) // a row is set before it is asked for
+        for (const Api* api : table.apis)
+            if ((split_name(*api).operation == Operation::Set) == is_set)
+                out << "librpc.callapi(\"" << api->name << "\", \"" << example_argument(*api) << "\")\n";
     out << "```\n";
 }
 

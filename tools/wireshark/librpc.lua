@@ -405,37 +405,37 @@ local records = {
         { "res", "int", 1 },
     },
     queueweightEntry = {
-        { "map", "bytes", 8 },
+        { "map", "ints", 8 },
         { "text", "text", 32 },
         { "oper", "int", 1 },
         { "res", "int", 1 },
     },
     cos2dscpEntry = {
-        { "map", "bytes", 8 },
+        { "map", "ints", 8 },
         { "text", "text", 32 },
         { "oper", "int", 1 },
         { "res", "int", 1 },
     },
     cos2queueEntry = {
-        { "map", "bytes", 8 },
+        { "map", "ints", 8 },
         { "text", "text", 32 },
         { "oper", "int", 1 },
         { "res", "int", 1 },
     },
     dscp2cosEntry = {
-        { "map", "bytes", 64 },
+        { "map", "ints", 64 },
         { "text", "text", 32 },
         { "oper", "int", 1 },
         { "res", "int", 1 },
     },
     dscp2dscpEntry = {
-        { "map", "bytes", 64 },
+        { "map", "ints", 64 },
         { "text", "text", 32 },
         { "oper", "int", 1 },
         { "res", "int", 1 },
     },
     dscp2queueEntry = {
-        { "map", "bytes", 64 },
+        { "map", "ints", 64 },
         { "text", "text", 32 },
         { "oper", "int", 1 },
         { "res", "int", 1 },
@@ -1750,6 +1750,9 @@ local programs = {
     },
 }
 
+-- luacheck: read globals Address Field Int64 Proto ProtoExpert ProtoField UInt64 base expert frametype
+-- luacheck: read globals records version programs register_postdissector
+
 -- How a record's field becomes a Wireshark field, by kind.
 local makers = {
     int = ProtoField.int32,
@@ -1760,7 +1763,6 @@ local makers = {
     text = ProtoField.string,
     mac = ProtoField.ether,
     hex = ProtoField.string,
-    bytes = ProtoField.string,
     ints = ProtoField.string,
 }
 
@@ -1793,11 +1795,16 @@ local header = {
     reply_frame = ProtoField.framenum("librpc.reply_frame", "Reply in frame", base.NONE, frametype.RESPONSE),
     call_frame = ProtoField.framenum("librpc.call_frame", "Call in frame", base.NONE, frametype.REQUEST),
 }
+
+local function expert_info(name, text, group, severity)
+    return ProtoExpert.new("librpc." .. name, text, group, severity)
+end
+local group, severity = expert.group, expert.severity
 local experts = {
-    short = ProtoExpert.new("librpc.short", "Body ends before its record", expert.group.MALFORMED, expert.severity.ERROR),
-    long = ProtoExpert.new("librpc.long", "Bytes behind the record", expert.group.PROTOCOL, expert.severity.NOTE),
-    unknown = ProtoExpert.new("librpc.unknown", "Unknown procedure or version", expert.group.UNDECODED, expert.severity.WARN),
-    again = ProtoExpert.new("librpc.again", "Another reply to the same call", expert.group.SEQUENCE, expert.severity.NOTE),
+    short = expert_info("short", "Body ends before its record", group.MALFORMED, severity.ERROR),
+    long = expert_info("long", "Bytes behind the record", group.PROTOCOL, severity.NOTE),
+    unknown = expert_info("unknown", "Unknown procedure or version", group.UNDECODED, severity.WARN),
+    again = expert_info("again", "Another reply to the same call", group.SEQUENCE, severity.NOTE),
 }
 
 do
@@ -1825,10 +1832,6 @@ local function characters(range)
     return (range:raw():gsub("...(.)", "%1"))
 end
 
-local function number_list(numbers)
-    return table.concat(numbers, ",")
-end
-
 -- A field's value for Wireshark, and as text for people.
 local readers = {
     int = function(range) return range:int() end,
@@ -1847,19 +1850,12 @@ local readers = {
     hex = function(range)
         return (characters(range):gsub(".", function(c) return ("%02x"):format(c:byte()) end))
     end,
-    bytes = function(range)
-        local numbers = {}
-        for c in characters(range):gmatch(".") do
-            numbers[#numbers + 1] = c:byte()
-        end
-        return number_list(numbers)
-    end,
     ints = function(range)
         local numbers = {}
         for at = 0, range:len() - 4, 4 do
             numbers[#numbers + 1] = range(at, 4):int()
         end
-        return number_list(numbers)
+        return table.concat(numbers, ",")
     end,
 }
 

@@ -112,9 +112,12 @@ void note_no_client(const ApiNode& api)
 
 void note_failed_call(const ApiNode& api, CLIENT* clnt)
 {
+    const Service* service = service_of(api);
     rpc_err error = {};
-    clnt_geterr(clnt, &error);
-    note(code_of_call(error), api.name, service_of(api));
+    error.re_status = RPC_FAILED;
+    if (service) // another's API may have a client that is no handle of ours
+        clnt_geterr(clnt, &error);
+    note(code_of_call(error), api.name, service);
     call_status.error = error;
 }
 

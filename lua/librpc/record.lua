@@ -611,38 +611,34 @@ end
 --   limit      rows at most, 100000 if not given
 -- On an error the rows so far are the fourth value.
 function record.rows(name, key, options)
-    local api, message, code = api_of(name)
-    if not api then
-        return nil, message, code, {}
+    local rows, asked, fields = {}, {}, key or {}
+    local function stop(_, message, code)
+        return nil, message, code, rows
     end
-    if api.operation ~= "getn" then
-        _, message, code = fail("unknown_api", api.name, "a getn API", api.operation)
-        return nil, message, code, {}
+    local api, problem, code = api_of(name)
+    if not api then
+        return stop(nil, problem, code)
+    elseif api.operation ~= "getn" then
+        return stop(fail("unknown_api", api.name, "a getn API", shown(api.operation)))
     end
     options = options or {}
     local done, limit = options.done or result_is_not_0, options.limit or default_limit
-    local rows, asked, fields = {}, {}, key or {}
     while true do
         local text, row
-        text, message, code = record.encode(name, fields)
+        text, problem, code = record.encode(name, fields)
         if not text then
-            return nil, message, code, rows
-        end
-        if asked[text] then
-            _, message, code = fail("repeated_row", api.name, "another row", "row " .. shown(text) .. " again")
-            return nil, message, code, rows
+            return stop(nil, problem, code)
+        elseif asked[text] then
+            return stop(fail("repeated_row", api.name, "another row", "row " .. shown(text) .. " again"))
         end
         asked[text] = true
-        row, message, code = record.call(name, fields)
+        row, problem, code = record.call(name, fields)
         if not row then
-            return nil, message, code, rows
-        end
-        if done(row) then
+            return stop(nil, problem, code)
+        elseif done(row) then
             return rows
-        end
-        if #rows >= limit then
-            _, message, code = fail("too_many_rows", api.name, ("at most %d rows"):format(limit), "more")
-            return nil, message, code, rows
+        elseif #rows >= limit then
+            return stop(fail("too_many_rows", api.name, ("at most %d rows"):format(limit), "more"))
         end
         rows[#rows + 1] = row
         if options.next then

@@ -96,7 +96,7 @@ int main()
     const int fd = open_socket(port);
     for (const Service* service : all_services)
         add_service(*service, port);
-    printf("%u\n", unsigned{port});
+    printf("%u %d\n", unsigned{port}, static_cast<int>(getpid()));
     fflush(stdout);
     answer_for_ever(fd);
 }

@@ -1,8 +1,8 @@
--- Prints the microseconds that luaopen_librpc takes in a fresh process:
+-- Prints the processor's microseconds that luaopen_librpc takes in a fresh process:
 -- opening.lua LIBRARY.
 local bench = require("bench")
 
 local open = assert(package.loadlib(arg[1], "luaopen_librpc"))
-local start = bench.now()
+local start = bench.used()
 open()
-print(bench.now() - start)
+print(bench.used() - start)

@@ -76,7 +76,8 @@ local function chart(to, box, title, ticks, most, lines)
       places[i] = ("%.1f,%.1f"):format(at_x(point[1]), at_y(point[2]))
       add(to, '<circle cx="%.1f" cy="%.1f" r="3" fill="%s"/>', at_x(point[1]), at_y(point[2]), line.colour)
       if point[3] then
-        text(to, at_x(point[1]), at_y(point[2]) - 9, "middle", point[3], "small")
+        local anchor = i == 1 and "start" or i == #line.points and "end" or "middle"
+        text(to, at_x(point[1]), at_y(point[2]) - 9, anchor, point[3], "small")
       end
     end
     add(to, '<polyline points="%s" fill="none" stroke="%s" stroke-width="2"/>', table.concat(places, " "), line.colour)

@@ -30,6 +30,8 @@ local function whole(value)
   return ("%d"):format(math.floor(value + 0.5))
 end
 
+-- The floor is what a client that does nothing but send and receive would reach
+-- against the plain way.
 local function calls(results)
   local rows = {}
   for _, row in ipairs(results.calls) do
@@ -45,12 +47,13 @@ local function calls(results)
       ("%.2f: %s"):format(limit.echo, verdict(by_echo, limit.echo)),
       microseconds(by_plain),
       ("%.2f: %s"):format(limit.plain, verdict(by_plain, limit.plain)),
+      microseconds(row.echo / row.plain),
       ("%.1f%%"):format(row.spread * 100),
     }
   end
   return {
     title = "Microseconds a call",
-    head = { "API", "units", "library", "echo", "plain", "x echo", "at most", "x plain", "at most", "spread" },
+    head = { "API", "units", "library", "echo", "plain", "x echo", "at most", "x plain", "at most", "floor", "spread" },
     rows = rows,
   }
 end
@@ -147,7 +150,7 @@ local function start(results)
     title = "Start",
     head = { "what", "found", "at most" },
     rows = {
-      { "a bare lua5.1, us", whole(from.bare), "" },
+      { "a bare lua5.1, processor us", whole(from.bare), "" },
       { "libtirpc alone over it, us", whole(tirpc), "" },
       { "the library over it, us", whole(library), "" },
       {

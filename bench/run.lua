@@ -1,5 +1,6 @@
 -- The benchmark: measures, shows its tables, and writes performance.md and
--- performance.svg. run.lua BUILD PORT OUTPUT [quick]; see tools/dev_bench.sh.
+-- performance.svg. run.lua BUILD PORT PID OUTPUT SPEED,
+-- the daemon's port and process; see tools/dev_bench.sh.
 local output = require("output")
 local plot = require("plot")
 local profile = require("profile")
@@ -9,7 +10,7 @@ local startup = require("startup")
 local syscalls = require("syscalls")
 local timing = require("timing")
 
-local build, port, folder, quick = arg[1], tonumber(arg[2]), arg[3], arg[4] == "quick"
+local build, folder, quick = arg[1], arg[4], arg[5] == "quick"
 local library = build .. "/librpc.so"
 local scratch = build .. "/bench/scratch"
 os.execute("mkdir -p " .. scratch)
@@ -28,10 +29,11 @@ progress("start")
 results.startup = startup.measure(library, rounds(201))
 
 progress("calls")
-results.calls = timing.calls(port, rounds(301), 200)
+timing.use(tonumber(arg[2]), tonumber(arg[3]))
+results.calls = timing.calls(rounds(301), 100)
 progress("growth")
-results.by_size = timing.by_size(port, rounds(101), 200, 12)
-results.by_registry = timing.by_registry(library, { 304, 3000, 30000 }, rounds(101), 200)
+results.by_size = timing.by_size(rounds(101), 100, 12)
+results.by_registry = timing.by_registry(library, { 304, 3000, 30000 }, rounds(101), 100)
 
 progress("instructions")
 results.instructions = {}
@@ -68,7 +70,7 @@ local function machine()
     "- compiler: " .. first("$(sed -n 's/^CMAKE_CXX_COMPILER:[^=]*=//p' " .. build .. "/CMakeCache.txt) --version"),
     "- C library: " .. first("getconf GNU_LIBC_VERSION 2>/dev/null || echo unknown"),
     "- Lua: " .. first("lua5.1 -v 2>&1"),
-    "- libtirpc: " .. first("pkg-config --modversion libtirpc"),
+    "- libtirpc: " .. first("dpkg-query -Wf '${Version}\\n' libtirpc3 2>/dev/null || pkg-config --modversion libtirpc"),
   }, "\n")
 end
 

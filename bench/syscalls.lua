@@ -3,6 +3,8 @@ local output = require("output")
 
 local syscalls = {}
 
+local most_names = 5 -- that are shown
+
 local function count(way, calls, api, scratch)
   local path = scratch .. "/strace.txt"
   output.of(("strace -f -c -o %s lua5.1 bench/caller.lua %s %d %s"):format(path, way, calls, api))
@@ -30,10 +32,14 @@ local function difference(more, less, calls)
   table.sort(names, function(a, b)
     return a.each > b.each or a.each == b.each and a.name < b.name
   end)
-  for i, row in ipairs(names) do
-    names[i] = ("%s %g"):format(row.name, row.each)
+  local shown = {}
+  for i = 1, math.min(#names, most_names) do
+    shown[i] = ("%s %g"):format(names[i].name, names[i].each)
   end
-  result.list = table.concat(names, ", ")
+  if #names > #shown then
+    shown[#shown + 1] = ("%d others"):format(#names - #shown)
+  end
+  result.list = table.concat(shown, ", ")
   return result
 end
 

@@ -18,14 +18,14 @@ fail() {
 
 # The second half, inside: starts the daemons and measures.
 measure() {
-  local build=$1 output=$2 speed=$3 port
+  local build=$1 output=$2 speed=$3 port daemon
   mount -t tmpfs tmpfs /run
   ip link set lo up
   rpcbind -w
   exec 3< <(exec "$build/bench/bench_daemon")
-  read -r port <&3 || fail bench_daemon "its port" "nothing"
+  read -r port daemon <&3 || fail bench_daemon "its port" "nothing"
   export LUA_PATH="$PWD/bench/?.lua" LUA_CPATH="$build/?.so;$build/bench/?.so"
-  lua5.1 bench/run.lua "$build" "$port" "$output" "$speed"
+  lua5.1 bench/run.lua "$build" "$port" "$daemon" "$output" "$speed"
 }
 
 if [ "${1:-}" = inside ]; then

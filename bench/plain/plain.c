@@ -1,5 +1,5 @@
 /* The plain way to the same daemons: rpcgen's stubs and XDR routines, libtirpc's
-   own call, one snprintf a text, a Lua function an API. The benchmark's yardstick;
+   own call, sscanf and snprintf for the texts, a Lua function an API. The benchmark's yardstick;
    it holds what it measures and no more. */
 #include <lauxlib.h>
 #include <lua.h>
@@ -23,7 +23,14 @@ static char* next(char** text)
     return part ? part : "";
 }
 
-static int next_int(char** text) { return atoi(next(text)); }
+static int read_int(const char* part)
+{
+    int value = 0;
+    sscanf(part, "%d", &value);
+    return value;
+}
+
+static int next_int(char** text) { return read_int(next(text)); }
 
 #define NEXT_TEXT(array) snprintf(array, sizeof(array), "%s", next(&text))
 
@@ -173,15 +180,15 @@ static oltmib_lldpifneiEntry* read_lldpifnei(char* text)
     static oltmib_lldpifneiEntry row;
     unsigned mac[6] = {0};
     memset(&row, 0, sizeof row);
-    row.value1 = atoi(next_token(&text));
+    row.value1 = read_int(next_token(&text));
     sscanf(next_token(&text), "%02X-%02X-%02X-%02X-%02X-%02X", &mac[0], &mac[1], &mac[2], &mac[3], &mac[4], &mac[5]);
     for (int i = 0; i < 6; i++)
         row.mac1[i] = (char)mac[i];
     snprintf(row.text1, sizeof row.text1, "%s", next_token(&text));
     snprintf(row.text2, sizeof row.text2, "%s", next_token(&text));
     snprintf(row.text3, sizeof row.text3, "%s", next_token(&text));
-    row.oper = atoi(next_token(&text));
-    row.res = atoi(next_token(&text));
+    row.oper = read_int(next_token(&text));
+    row.res = read_int(next_token(&text));
     return &row;
 }
 

@@ -87,17 +87,14 @@ std::string example_value(const NotedPosition& position)
     return position.name == "oper" || position.name == "res" ? "0" : "1";
 }
 
-// The whole row for a set; the key alone, which stands first, for all others.
+// A whole row: which of its fields are the key is the daemon's to say.
 std::string example_argument(const Api& api)
 {
     if (!api.request)
         return "";
     const std::string joint = api.input->delimiters[0] ? std::string(1, api.input->delimiters[0]) : "&";
     std::string argument;
-    const std::vector<NotedPosition> positions = positions_of(*api.input, Side::Input);
-    if (split_name(api).operation != Operation::Set)
-        return example_value(positions[0]);
-    for (const NotedPosition& position : positions)
+    for (const NotedPosition& position : positions_of(*api.input, Side::Input))
         argument += (argument.empty() ? "" : joint) + example_value(position);
     return argument;
 }
@@ -258,8 +255,9 @@ missing at the end read as empty, so as 0.
 
 A section tells one table, with all APIs that share its text. Its first list names them:
 
-- a **get** takes the row's key, which stands first in the text, and returns that row;
-- a **getn** takes a key and returns the next row;
+- a **get** takes a row's key and returns that row; which fields are the key, most often the first, is the daemon's
+  to say, and it does not look at the others;
+- a **getn** takes a key in the same way and returns the row behind it;
 - a **set** takes a whole row and returns the daemon's status, `0` for success. A few sets return the status as the
   first position of a whole row whose other positions are empty.
 

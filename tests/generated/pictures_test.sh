@@ -1,0 +1,14 @@
+#!/bin/sh
+# Fails when a drawing in docs/ is not what tools/draw.sh makes of its source.
+#     pictures_test.sh SOURCE SCRATCH
+set -eu
+rm -rf "$2"
+"$1/tools/draw.sh" "$2"
+status=0
+for drawing in "$2"/*.svg; do
+    diff -u "$1/docs/$(basename "$drawing")" "$drawing" || {
+        echo "pictures: docs/$(basename "$drawing"): expected what tools/draw.sh draws, found the difference above" >&2
+        status=1
+    }
+done
+exit $status

@@ -59,12 +59,19 @@ enum class Use : uint8_t {
 // One field of a record: `count` values of one kind, `offset` bytes into the
 // struct. `text` and `use` matter in text forms only (common/text_form.h).
 struct Field {
-    uint16_t offset;
-    uint16_t count;
-    Kind kind;
-    Text text;
-    Use use;
+    uint16_t offset = 0;
+    uint16_t count = 0;
+    Kind kind : 3;
+    Text text : 3;
+    Use use : 2;
+
+    constexpr Field() : kind(Kind::Int), text(Text::Plain), use(Use::Both) {}
+    constexpr Field(uint16_t offset, uint16_t count, Kind kind, Text text, Use use)
+        : offset(offset), count(count), kind(kind), text(text), use(use)
+    {
+    }
 };
+static_assert(sizeof(Field) == 6, "a field stays small: the library holds 1,400 of them");
 
 constexpr unsigned units_of(Kind kind)
 {

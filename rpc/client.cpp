@@ -2,7 +2,10 @@
 // forked child, all gone when the last Lua state closes.
 #include "rpc/client.h"
 
+#include <cerrno>
+#include <fcntl.h>
 #include <pthread.h>
+#include <sys/socket.h>
 #include <unistd.h>
 
 namespace
@@ -30,6 +33,24 @@ void hold(ServiceClient& client)
     client.next = holders;
     holders = &client;
 }
+
+// clnt_create holds two descriptors at a time. When it gets one and not the
+// other, libtirpc frees the port mapper's address twice, so ask before.
+CLIENT* create_client(rpcprog_t program)
+{
+    const int first = socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+    const int second = first < 0 ? -1 : fcntl(first, F_DUPFD_CLOEXEC, 0);
+    const int number = errno;
+    if (first >= 0)
+        close(first);
+    if (second >= 0) {
+        close(second);
+        return clnt_create(server_host, program, server_version, server_transport);
+    }
+    rpc_createerr.cf_stat = RPC_SYSTEMERROR;
+    rpc_createerr.cf_error.re_errno = number;
+    return nullptr;
+}
 } // namespace
 
 CLIENT* get_client(ServiceClient& client)
@@ -40,7 +61,7 @@ CLIENT* get_client(ServiceClient& client)
         destroy_client(client);
     }
     watch_forks();
-    client.clnt = clnt_create(server_host, client.program, server_version, server_transport);
+    client.clnt = create_client(client.program);
     if (client.clnt && !take_over(client.exchange, client.clnt, client.program, TIMEOUT)) {
         clnt_destroy(client.clnt);
         client.clnt = nullptr;

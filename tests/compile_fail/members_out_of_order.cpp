@@ -1,0 +1,14 @@
+// error: RECORD lists the members in the order of the struct
+#include "rpc/record.h"
+
+struct test_Entry {
+    int ifx;
+    char name[32];
+    int oper, res;
+};
+#ifdef DEFECT
+RECORD(test_Entry, name, ifx, oper, res)
+#else
+RECORD(test_Entry, ifx, name, oper, res)
+#endif
+UNITS(test_Entry, 35)

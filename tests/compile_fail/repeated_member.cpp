@@ -1,0 +1,12 @@
+// error: RECORD lists the members in the order of the struct
+#include "rpc/record.h"
+
+struct test_Entry {
+    int ifx, oper, res;
+};
+#ifdef DEFECT
+RECORD(test_Entry, ifx, oper, oper)
+#else
+RECORD(test_Entry, ifx, oper, res)
+#endif
+UNITS(test_Entry, 3)

@@ -1,0 +1,461 @@
+// One call over a kept socket, against a daemon whose datagrams the test has
+// laid ready: the call's bytes, which datagrams count as its reply, what each
+// reply means, the deadline, and the socket's own state.
+#include <arpa/inet.h>
+#include <cerrno>
+#include <csignal>
+#include <dirent.h>
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/socket.h>
+#include <sys/time.h>
+
+#include "rpc/client.h"
+#include "tests/unit/support.h"
+
+namespace
+{
+constexpr rpcprog_t program = 50099;
+constexpr timeval long_wait = {20, 0};
+constexpr timeval short_wait = {0, 300000};
+
+// A UDP socket of the test's own on the loopback address.
+class Socket
+{
+  public:
+    Socket() : fd(socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0))
+    {
+        sockaddr_in any = loopback(0);
+        EXPECT_EQ(bind(fd, reinterpret_cast<sockaddr*>(&any), sizeof any), 0);
+    }
+    ~Socket() { close_now(); }
+    Socket(const Socket&) = delete;
+    Socket& operator=(const Socket&) = delete;
+
+    static sockaddr_in loopback(in_port_t port)
+    {
+        sockaddr_in address = {};
+        address.sin_family = AF_INET;
+        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        address.sin_port = port;
+        return address;
+    }
+
+    static in_port_t port_of(int socket)
+    {
+        sockaddr_in address = {};
+        socklen_t size = sizeof address;
+        EXPECT_EQ(getsockname(socket, reinterpret_cast<sockaddr*>(&address), &size), 0);
+        return address.sin_port;
+    }
+
+    in_port_t port() const { return port_of(fd); }
+
+    void send_to(in_port_t to, const Bytes& datagram)
+    {
+        const sockaddr_in address = loopback(to);
+        EXPECT_EQ(sendto(fd, datagram.data(), datagram.size(), 0, reinterpret_cast<const sockaddr*>(&address),
+                         sizeof address),
+                  static_cast<ssize_t>(datagram.size()));
+    }
+
+    // The datagrams that have come so far.
+    std::vector<Bytes> received()
+    {
+        std::vector<Bytes> all;
+        Bytes buffer(65536);
+        ssize_t got;
+        while ((got = recv(fd, buffer.data(), buffer.size(), MSG_DONTWAIT)) >= 0)
+            all.emplace_back(buffer.begin(), buffer.begin() + got);
+        return all;
+    }
+
+    void close_now()
+    {
+        if (fd >= 0)
+            close(fd);
+        fd = -1;
+    }
+
+  private:
+    int fd;
+};
+
+// XDR routines are called through xdrproc_t, whatever their own type.
+template <class Routine> xdrproc_t as_xdrproc(Routine* routine)
+{
+    return reinterpret_cast<xdrproc_t>(reinterpret_cast<void (*)()>(routine));
+}
+
+// One unit more than a call has room for.
+bool_t encode_too_much(XDR* xdrs, void*)
+{
+    u_int value = 0;
+    for (int unit = 0; unit < 8800 / 4 - 10 + 1; unit++)
+        if (!xdr_u_int(xdrs, &value))
+            return FALSE;
+    return TRUE;
+}
+
+// The datagrams of a daemon (RFC 5531, section 9).
+Bytes accepted(uint32_t xid, uint32_t accept_stat, const Bytes& body = {})
+{
+    return units({xid, 1, 0, 0, 0, accept_stat}) + body;
+}
+Bytes answer(uint32_t xid, uint32_t value) { return accepted(xid, 0, units({value})); }
+Bytes verified(uint32_t xid, uint32_t verifier_size, size_t bytes_there, uint32_t value)
+{
+    return units({xid, 1, 0, 1, verifier_size}) + Bytes(bytes_there, 0xEE) + units({0, value});
+}
+
+int open_descriptors()
+{
+    int count = 0;
+    if (DIR* folder = opendir("/proc/self/fd")) {
+        while (readdir(folder))
+            count++;
+        closedir(folder);
+    }
+    return count;
+}
+
+struct ExchangeTest : testing::Test {
+    Socket daemon;
+    Exchange exchange = {};
+    CLIENT* clnt = nullptr;
+    int reply = 0;
+
+    ExchangeTest() { make(); }
+    ~ExchangeTest() override
+    {
+        drop();
+        release_port(exchange);
+        call_is_unwanted = nullptr;
+    }
+
+    void make()
+    {
+        sockaddr_in address = Socket::loopback(daemon.port());
+        int fd = RPC_ANYSOCK;
+        clnt = clntudp_create(&address, program, 1, timeval{5, 0}, &fd);
+        ASSERT_NE(clnt, nullptr);
+        ASSERT_TRUE(take_over(exchange, clnt, program, long_wait));
+    }
+    void drop()
+    {
+        if (clnt)
+            clnt_destroy(clnt);
+        clnt = nullptr;
+    }
+
+    uint32_t next_xid() const { return exchange.xid + 1; }
+    in_port_t client_port() const { return Socket::port_of(exchange.fd); }
+    void daemon_sends(const Bytes& datagram) { daemon.send_to(client_port(), datagram); }
+
+    enum clnt_stat call(int argument = 5, timeval wait = long_wait, rpcproc_t procedure = 7)
+    {
+        reply = 0;
+        return clnt_call(clnt, procedure, as_xdrproc(xdr_int), &argument, as_xdrproc(xdr_int), &reply, wait);
+    }
+
+    // The call's outcome when the daemon's datagram is this.
+    enum clnt_stat call_answered_by(const Bytes& datagram)
+    {
+        daemon_sends(datagram);
+        return call();
+    }
+
+    rpc_err error() const
+    {
+        rpc_err error = {};
+        clnt_geterr(clnt, &error);
+        return error;
+    }
+};
+} // namespace
+
+TEST_F(ExchangeTest, call_is_one_datagram_with_an_rfc_5531_header_and_no_credentials)
+{
+    daemon_sends(answer(next_xid(), 42));
+    EXPECT_EQ(call(-2), RPC_SUCCESS);
+    EXPECT_EQ(reply, 42);
+    const auto sent = daemon.received();
+    ASSERT_EQ(sent.size(), 1U);
+    EXPECT_EQ(sent[0], units({exchange.xid, 0, 2, program, 1, 7, 0, 0, 0, 0, 0xFFFFFFFE}));
+}
+
+TEST_F(ExchangeTest, call_without_a_body_is_the_header_alone)
+{
+    daemon_sends(accepted(next_xid(), 0));
+    EXPECT_EQ(clnt_call(clnt, 0, as_xdrproc(xdr_void), nullptr, as_xdrproc(xdr_void), nullptr, long_wait), RPC_SUCCESS);
+    EXPECT_EQ(daemon.received(), std::vector<Bytes>{units({exchange.xid, 0, 2, program, 1, 0, 0, 0, 0, 0})});
+}
+
+TEST_F(ExchangeTest, each_call_has_another_xid)
+{
+    daemon_sends(answer(next_xid(), 1));
+    call();
+    const uint32_t first = exchange.xid;
+    daemon_sends(answer(next_xid(), 2));
+    call();
+    EXPECT_NE(exchange.xid, first);
+    const auto sent = daemon.received();
+    ASSERT_EQ(sent.size(), 2U);
+    EXPECT_NE(Bytes(sent[0].begin(), sent[0].begin() + 4), Bytes(sent[1].begin(), sent[1].begin() + 4));
+}
+
+TEST_F(ExchangeTest, xids_wrap)
+{
+    exchange.xid = 0xFFFFFFFF;
+    EXPECT_EQ(call_answered_by(answer(0, 3)), RPC_SUCCESS);
+    EXPECT_EQ(reply, 3);
+}
+
+TEST_F(ExchangeTest, replies_of_other_calls_are_passed_over)
+{
+    for (const uint32_t away : {1U, 2U, 0x80000000U})
+        daemon_sends(answer(next_xid() - away, 99));
+    EXPECT_EQ(call_answered_by(answer(next_xid(), 6)), RPC_SUCCESS);
+    EXPECT_EQ(reply, 6);
+    EXPECT_EQ(daemon.received().size(), 1U);
+}
+
+TEST_F(ExchangeTest, doubled_reply_disturbs_no_later_call)
+{
+    daemon_sends(answer(next_xid(), 1));
+    daemon_sends(answer(next_xid(), 1));
+    EXPECT_EQ(call(), RPC_SUCCESS);
+    for (int value = 2; value < 5; value++) {
+        EXPECT_EQ(call_answered_by(answer(next_xid(), static_cast<uint32_t>(value))), RPC_SUCCESS);
+        EXPECT_EQ(reply, value);
+    }
+    EXPECT_EQ(daemon.received().size(), 4U);
+}
+
+TEST_F(ExchangeTest, datagrams_too_short_for_an_xid_are_passed_over)
+{
+    for (size_t size = 0; size < 4; size++)
+        daemon_sends(Bytes(size, 0));
+    EXPECT_EQ(call_answered_by(answer(next_xid(), 8)), RPC_SUCCESS);
+    EXPECT_EQ(reply, 8);
+}
+
+TEST_F(ExchangeTest, reply_cut_at_any_length_cannot_be_decoded)
+{
+    const Bytes whole = answer(0, 1);
+    for (size_t size = 4; size < whole.size(); size++) {
+        const Bytes datagram = answer(next_xid(), 1);
+        EXPECT_EQ(call_answered_by(Bytes(datagram.begin(), datagram.begin() + static_cast<ptrdiff_t>(size))),
+                  RPC_CANTDECODERES)
+            << size;
+    }
+    EXPECT_EQ(call_answered_by(answer(next_xid(), 1)), RPC_SUCCESS);
+}
+
+TEST_F(ExchangeTest, call_in_place_of_a_reply_cannot_be_decoded)
+{
+    EXPECT_EQ(call_answered_by(units({next_xid(), 0, 2, program, 1, 7, 0, 0, 0, 0, 5})), RPC_CANTDECODERES);
+}
+
+TEST_F(ExchangeTest, unknown_reply_status_cannot_be_decoded)
+{
+    EXPECT_EQ(call_answered_by(units({next_xid(), 1, 2, 0, 0, 0, 5})), RPC_CANTDECODERES);
+}
+
+TEST_F(ExchangeTest, every_accept_status_has_its_client_status)
+{
+    const std::pair<uint32_t, enum clnt_stat> statuses[] = {
+        {0, RPC_SUCCESS},        {1, RPC_PROGUNAVAIL}, {2, RPC_PROGVERSMISMATCH}, {3, RPC_PROCUNAVAIL},
+        {4, RPC_CANTDECODEARGS}, {5, RPC_SYSTEMERROR}, {6, RPC_CANTDECODERES},    {0xFFFFFFFF, RPC_CANTDECODERES},
+    };
+    for (const auto& [accept_stat, status] : statuses) {
+        EXPECT_EQ(call_answered_by(accepted(next_xid(), accept_stat, units({1, 3}))), status) << accept_stat;
+        if (status != RPC_SUCCESS) {
+            EXPECT_EQ(error().re_status, status);
+            EXPECT_EQ(reply, 0);
+        }
+    }
+}
+
+TEST_F(ExchangeTest, every_denial_has_its_client_status)
+{
+    EXPECT_EQ(call_answered_by(units({next_xid(), 1, 1, 0, 2, 2})), RPC_VERSMISMATCH);
+    EXPECT_EQ(call_answered_by(units({next_xid(), 1, 1, 1, 5})), RPC_AUTHERROR);
+    EXPECT_EQ(call_answered_by(units({next_xid(), 1, 1, 2})), RPC_CANTDECODERES);
+    EXPECT_EQ(call_answered_by(units({next_xid(), 1, 1})), RPC_CANTDECODERES);
+}
+
+TEST_F(ExchangeTest, verifiers_up_to_400_bytes_are_skipped)
+{
+    const std::pair<uint32_t, size_t> sizes[] = {{0, 0}, {1, 4}, {4, 4}, {5, 8}, {400, 400}};
+    for (const auto& [size, padded] : sizes) {
+        EXPECT_EQ(call_answered_by(verified(next_xid(), size, padded, 77)), RPC_SUCCESS) << size;
+        EXPECT_EQ(reply, 77) << size;
+    }
+}
+
+TEST_F(ExchangeTest, longer_verifiers_and_missing_ones_cannot_be_decoded)
+{
+    const std::pair<uint32_t, size_t> sizes[] = {{401, 404},      {401, 8000}, {0xFFFFFFFF, 400}, {0xFFFFFFFC, 0},
+                                                 {0x80000000, 0}, {400, 0},    {400, 388},        {12, 0}};
+    for (const auto& [size, there] : sizes)
+        EXPECT_EQ(call_answered_by(verified(next_xid(), size, there, 77)), RPC_CANTDECODERES) << size << ' ' << there;
+}
+
+TEST_F(ExchangeTest, bytes_behind_the_reply_are_ignored)
+{
+    EXPECT_EQ(call_answered_by(answer(next_xid(), 4) + Bytes(3, 0xEE)), RPC_SUCCESS);
+    EXPECT_EQ(reply, 4);
+}
+
+TEST_F(ExchangeTest, reply_longer_than_8800_bytes_is_read_as_far_as_it_goes)
+{
+    EXPECT_EQ(call_answered_by(answer(next_xid(), 4) + Bytes(30000, 0xEE)), RPC_SUCCESS);
+    EXPECT_EQ(reply, 4);
+    EXPECT_EQ(call_answered_by(answer(next_xid(), 5)), RPC_SUCCESS);
+    EXPECT_EQ(reply, 5);
+}
+
+TEST_F(ExchangeTest, argument_that_does_not_fit_a_datagram_is_not_sent)
+{
+    EXPECT_EQ(clnt_call(clnt, 1, as_xdrproc(encode_too_much), nullptr, as_xdrproc(xdr_int), &reply, long_wait),
+              RPC_CANTENCODEARGS);
+    EXPECT_TRUE(daemon.received().empty());
+}
+
+TEST_F(ExchangeTest, foreign_sender_is_not_heard)
+{
+    Socket foreign;
+    foreign.send_to(client_port(), answer(next_xid(), 99));
+    EXPECT_EQ(call_answered_by(answer(next_xid(), 6)), RPC_SUCCESS);
+    EXPECT_EQ(reply, 6);
+}
+
+TEST_F(ExchangeTest, deadline_passes_after_one_datagram_whatever_else_arrives)
+{
+    daemon_sends(answer(next_xid() - 1, 99));
+    daemon_sends(Bytes(2));
+    EXPECT_EQ(call(5, short_wait), RPC_TIMEDOUT);
+    EXPECT_EQ(error().re_status, RPC_TIMEDOUT);
+    EXPECT_EQ(reply, 0);
+    EXPECT_EQ(daemon.received().size(), 1U);
+}
+
+TEST_F(ExchangeTest, late_reply_is_not_the_next_calls)
+{
+    const uint32_t late = next_xid();
+    EXPECT_EQ(call(5, short_wait), RPC_TIMEDOUT);
+    daemon_sends(answer(late, 99));
+    EXPECT_EQ(call_answered_by(answer(next_xid(), 6)), RPC_SUCCESS);
+    EXPECT_EQ(reply, 6);
+}
+
+TEST_F(ExchangeTest, call_without_any_wait_takes_what_is_there)
+{
+    EXPECT_EQ(call(5, timeval{0, 0}), RPC_TIMEDOUT);
+    daemon_sends(answer(next_xid(), 3));
+    EXPECT_EQ(call(5, timeval{0, 0}), RPC_SUCCESS);
+}
+
+TEST_F(ExchangeTest, daemon_that_is_gone_ends_the_call_before_the_deadline)
+{
+    daemon.close_now();
+    EXPECT_EQ(call(), RPC_CANTRECV);
+    EXPECT_EQ(error().re_errno, ECONNREFUSED);
+}
+
+namespace
+{
+volatile sig_atomic_t alarms;
+int questions;
+
+// Alarms now and again while this lives; calls are not restarted.
+struct Alarms {
+    Alarms()
+    {
+        struct sigaction action = {};
+        action.sa_handler = [](int) { alarms = alarms + 1; };
+        sigaction(SIGALRM, &action, &before);
+        const itimerval every = {{0, 40000}, {0, 40000}};
+        alarms = questions = 0;
+        setitimer(ITIMER_REAL, &every, nullptr);
+    }
+    ~Alarms()
+    {
+        const itimerval never = {};
+        setitimer(ITIMER_REAL, &never, nullptr);
+        sigaction(SIGALRM, &before, nullptr);
+    }
+    struct sigaction before = {};
+};
+} // namespace
+
+TEST_F(ExchangeTest, signals_reach_their_handler_and_the_call_goes_on)
+{
+    call_is_unwanted = [] { return questions++ < 0; };
+    const Alarms ring;
+    EXPECT_EQ(call(5, short_wait), RPC_TIMEDOUT);
+    EXPECT_GT(alarms, 0);
+    EXPECT_GT(questions, 0);
+    EXPECT_EQ(daemon.received().size(), 1U);
+}
+
+TEST_F(ExchangeTest, signals_without_anybody_to_ask_leave_the_call_alone)
+{
+    const Alarms ring;
+    EXPECT_EQ(call(5, short_wait), RPC_TIMEDOUT);
+    EXPECT_GT(alarms, 0);
+}
+
+TEST_F(ExchangeTest, unwanted_call_ends_at_the_signal)
+{
+    call_is_unwanted = [] { return ++questions == 2; };
+    const Alarms ring;
+    EXPECT_EQ(call(), RPC_INTR);
+    EXPECT_EQ(error().re_status, RPC_INTR);
+    EXPECT_EQ(questions, 2);
+}
+
+TEST_F(ExchangeTest, socket_is_closed_on_exec_and_blocks)
+{
+    EXPECT_EQ(fcntl(exchange.fd, F_GETFD) & FD_CLOEXEC, FD_CLOEXEC);
+    EXPECT_EQ(fcntl(exchange.fd, F_GETFL) & O_NONBLOCK, 0);
+}
+
+TEST_F(ExchangeTest, first_xids_differ)
+{
+    const uint32_t first = exchange.xid;
+    drop();
+    make();
+    EXPECT_NE(exchange.xid, first);
+}
+
+TEST_F(ExchangeTest, destroyed_clients_port_stays_taken_until_its_successor_has_another)
+{
+    const in_port_t port = client_port();
+    const auto port_is_free = [&] {
+        const int fd = socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+        const sockaddr_in address = Socket::loopback(port);
+        const bool bound = bind(fd, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
+        close(fd);
+        return bound;
+    };
+    drop();
+    EXPECT_FALSE(port_is_free());
+    make();
+    EXPECT_NE(client_port(), port);
+    EXPECT_TRUE(port_is_free());
+}
+
+TEST_F(ExchangeTest, no_descriptor_stays_behind)
+{
+    drop();
+    release_port(exchange);
+    const int before = open_descriptors();
+    for (int i = 0; i < 3; i++) {
+        make();
+        drop();
+    }
+    release_port(exchange);
+    EXPECT_EQ(open_descriptors(), before);
+}

@@ -1,0 +1,177 @@
+// What librpc.so shows to other programs, and that the names a program exports
+// itself change nothing inside the library. This program plays the interpreter:
+// it exports functions of its own and loads the library as Lua loads a module.
+#include <dlfcn.h>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <lua.hpp>
+#include <map>
+#include <sstream>
+
+#include "common/registry.h"
+#include "tests/unit/captured_output.h"
+
+// Functions of the program's own that happen to have the library's names.
+static int own_calls;
+#define OWN(function)                                                                                                  \
+    extern "C" __attribute__((visibility("default"))) int function();                                                  \
+    int function() { return ++own_calls; }
+OWN(int2str)
+OWN(mac2str)
+OWN(str2mac)
+OWN(strsplit)
+OWN(strsplit2)
+OWN(hex2str)
+OWN(str2hex)
+OWN(strappend)
+OWN(lua_callapi)
+OWN(xdr_oltmib_devcapEntry)
+OWN(str2arg_devcap)
+OWN(arg2str_devcap)
+OWN(oltmib_devinfo_init)
+OWN(oltmib_devinfo_clnt_init)
+OWN(oltmib_devcapint_get_1)
+
+int lua_addapi(const ApiNode*) { return ++own_calls; }
+int lua_delapi(const char*) { return ++own_calls; }
+ApiNode* lua_getapibyname(const char*) { return ++own_calls, nullptr; }
+void list_add_tail(ListLinks*, ListLinks*) { ++own_calls; }
+void __list_add(ListLinks*, ListLinks*, ListLinks*) { ++own_calls; }
+void list_del(ListLinks*) { ++own_calls; }
+void __list_del(ListLinks*, ListLinks*) { ++own_calls; }
+
+// Opened twice, the library keeps the replaced nodes on purpose: no leaks.
+extern "C" const char* __lsan_default_suppressions();
+extern "C" const char* __lsan_default_suppressions() { return "leak:lua_addapi\n"; }
+
+namespace
+{
+// The lines of a file under tests/golden, each as its words; comments left out.
+std::vector<std::vector<std::string>> golden_lines(const char* name)
+{
+    std::vector<std::vector<std::string>> lines;
+    std::ifstream file(std::string(GOLDEN_FOLDER "/") + name);
+    for (std::string line; std::getline(file, line);) {
+        std::istringstream words(line);
+        if (!line.empty() && line[0] != '#')
+            lines.emplace_back(std::istream_iterator<std::string>(words), std::istream_iterator<std::string>());
+    }
+    EXPECT_FALSE(lines.empty()) << name;
+    return lines;
+}
+
+struct Exports : testing::Test {
+    void* library = dlopen(LIBRPC_SO, RTLD_NOW | RTLD_LOCAL);
+    lua_State* L = luaL_newstate();
+
+    void SetUp() override
+    {
+        ASSERT_NE(library, nullptr) << dlerror();
+        luaL_openlibs(L);
+        open();
+    }
+    ~Exports() override
+    {
+        lua_close(L);
+        EXPECT_EQ(own_calls, 0);
+    }
+
+    void* find(const std::string& name) const { return dlsym(library, name.c_str()); }
+
+    void open()
+    {
+        lua_pushcfunction(L, reinterpret_cast<lua_CFunction>(find("luaopen_librpc")));
+        lua_call(L, 0, 1);
+        lua_pop(L, 1);
+    }
+
+    std::vector<const ApiNode*> nodes() const
+    {
+        std::vector<const ApiNode*> nodes;
+        const auto* head = static_cast<ListLinks*>(find("apinode_head"));
+        for (const ListLinks* at = head->next; at != head; at = at->next)
+            nodes.push_back(static_cast<const ApiNode*>(at));
+        return nodes;
+    }
+
+    // What a chunk of Lua prints, the library's lines included.
+    std::string run(const char* chunk)
+    {
+        CapturedOutput output;
+        const bool failed = luaL_dostring(L, chunk);
+        std::string text = output.text();
+        return failed ? text + lua_tostring(L, -1) : text;
+    }
+};
+} // namespace
+
+TEST_F(Exports, every_named_function_is_found)
+{
+    for (const auto& line : golden_lines("exports.txt")) {
+        EXPECT_NE(find(line[0]), nullptr) << line[0];
+        EXPECT_NE(find(line[0]), dlsym(RTLD_DEFAULT, line[0].c_str())) << line[0];
+    }
+}
+
+TEST_F(Exports, names_that_the_program_exports_too_are_never_called)
+{
+    for (const ApiNode* node : nodes()) {
+        char text[] = "1&00:11:22:33:44:55&3,4&0102";
+        void* request = node->str2arg(text);
+        EXPECT_NE(node->ret2str(request), nullptr);
+    }
+    EXPECT_EQ(
+        run("librpc.enabledebug() librpc.callapi('oltmib_api_get_1', '') librpc.disabledebug()"),
+        "[lua_callapi: 160]name oltmib_api_get_1, str .\r\n[lua_callapi: 165]api oltmib_api_get_1 not found.\r\n");
+    EXPECT_EQ(own_calls, 0);
+}
+
+TEST_F(Exports, opening_registers_every_api_in_order_with_its_own_functions)
+{
+    const auto rows = golden_lines("apis.txt");
+    for (int round = 0; round < 2; round++, open()) {
+        const auto registered = nodes();
+        ASSERT_EQ(registered.size(), rows.size());
+        for (size_t i = 0; i < rows.size(); i++) {
+            const ApiNode& node = *registered[i];
+            ASSERT_EQ(node.name, rows[i][1]);
+            EXPECT_EQ(reinterpret_cast<void*>(node.func), find(node.name)) << node.name;
+            EXPECT_EQ(reinterpret_cast<void*>(node.str2arg), find(rows[i][5])) << node.name;
+            EXPECT_EQ(reinterpret_cast<void*>(node.ret2str), find(rows[i][6])) << node.name;
+        }
+    }
+}
+
+TEST_F(Exports, every_service_has_its_client_pair)
+{
+    const std::map<std::string, std::string> pairs = {
+        {"50002", "devinfo"},    {"50003", "hslinfo"},  {"50004", "nsminfo"},     {"50005", "erpsinfo"},
+        {"50006", "hostpdinfo"}, {"50007", "mstpinfo"}, {"50008", "igmpsnpinfo"}, {"50009", "nsmextinfo"},
+        {"50010", "auth"},       {"50011", "ribinfo"},  {"50013", "vrrpinfo"},    {"50015", "sdsminfo"},
+        {"50016", "ipcminfo"},   {"50017", "dhcpsnp"},  {"50018", "lpdet"},
+    };
+    const auto rows = golden_lines("apis.txt");
+    const auto registered = nodes();
+    ASSERT_EQ(registered.size(), rows.size());
+    for (size_t i = 0; i < rows.size(); i++) {
+        const std::string prefix = "oltmib_" + pairs.at(rows[i][0]) + "_clnt_";
+        EXPECT_EQ(reinterpret_cast<void*>(registered[i]->clntinit), find(prefix + "init")) << rows[i][1];
+        EXPECT_EQ(reinterpret_cast<void*>(registered[i]->clntdestroy), find(prefix + "destroy")) << rows[i][1];
+    }
+}
+
+TEST_F(Exports, unregistered_name_returns_no_value)
+{
+    EXPECT_EQ(run("print(select('#', librpc.callapi('oltmib_erpsstate_get_1', '')))"), "0\n");
+}
+
+TEST_F(Exports, showapi_lists_every_api_in_order_whatever_debugging_says)
+{
+    std::istringstream lines(run("librpc.showapi()"));
+    for (const auto& row : golden_lines("apis.txt")) {
+        std::string line;
+        ASSERT_TRUE(std::getline(lines, line));
+        EXPECT_EQ(line.substr(0, line.find(',')), "name " + row[1]);
+        EXPECT_EQ(line.back(), '\r');
+    }
+}

@@ -1,0 +1,231 @@
+// Records on the wire: the block-wise path against the plain chain and against
+// bytes written by hand, truncated buffers, and the types beside the records.
+#include <gtest/gtest.h>
+
+#define XDR_OF_ENUM(Type)                                                                                              \
+    {                                                                                                                  \
+#Type, reinterpret_cast < xdrproc_t>(reinterpret_cast <void (*)()>(xdr_##Type))                                \
+    }
+
+#include "rpc/int64.h"
+#include "services/devinfo/records.h"
+#include "services/mstpinfo/records.h"
+#include "services/nsminfo/forwarding/records.h"
+#include "services/nsminfo/modules/records.h"
+#include "services/nsminfo/ports/records.h"
+#include "services/nsminfo/traffic/records.h"
+#include "tests/unit/support.h"
+
+namespace
+{
+// RFC 4506, value by value.
+Bytes by_hand(const Record& record, const char* object)
+{
+    Bytes bytes;
+    for (const Field& field : record)
+        for (unsigned i = 0; i < field.count; i++) {
+            const char* at = object + field.offset + i * size_of(field.kind);
+            if (field.kind == Kind::Char) {
+                append_unit(bytes, static_cast<uint32_t>(static_cast<int32_t>(*at)));
+            } else if (size_of(field.kind) == 4) {
+                uint32_t value;
+                memcpy(&value, at, sizeof value);
+                append_unit(bytes, value);
+            } else {
+                uint64_t value;
+                memcpy(&value, at, sizeof value);
+                const bool high_first = field.kind == Kind::Double;
+                append_unit(bytes, static_cast<uint32_t>(high_first ? value >> 32 : value));
+                append_unit(bytes, static_cast<uint32_t>(high_first ? value : value >> 32));
+            }
+        }
+    return bytes;
+}
+
+// What `code` encodes; nothing when it fails.
+template <class Code> Bytes encoded(size_t room, Stream stream, Code&& code)
+{
+    const Bytes zeroes(room);
+    ExactBuffer buffer(zeroes.data(), room);
+    MemoryStream to(XDR_ENCODE, buffer.data(), room, stream);
+    if (!code(to.get()))
+        return {};
+    const auto* start = static_cast<unsigned char*>(buffer.data());
+    return Bytes(start, start + to.position());
+}
+
+// Decodes `bytes` and no more; false when the routine fails.
+template <class Code> bool decoded(const Bytes& bytes, size_t size, Stream stream, Code&& code)
+{
+    ExactBuffer buffer(bytes.data(), size);
+    MemoryStream from(XDR_DECODE, buffer.data(), size, stream);
+    return code(from.get()) && from.position() <= size;
+}
+
+struct EveryRecord : testing::TestWithParam<const Record*> {
+    const Record& record = *GetParam();
+    const size_t size = 4U * record.units;
+    Random random{record.units};
+    Object object{record};
+
+    EveryRecord() { fill_randomly(random, record, object.data()); }
+
+    bool code(XDR* xdrs, Object& of) const { return record.xdr(xdrs, of.data()); }
+};
+
+std::string name_of(const testing::TestParamInfo<const Record*>& info) { return info.param->name; }
+
+struct NamedRoutine {
+    const char* name;
+    XdrRoutine routine;
+};
+struct EveryEnum : testing::TestWithParam<NamedRoutine> {
+};
+} // namespace
+
+INSTANTIATE_TEST_SUITE_P(xdr, EveryRecord, testing::ValuesIn(all_records()), name_of);
+
+TEST_P(EveryRecord, encodes_alike_by_blocks_and_plainly)
+{
+    const auto code_it = [&](XDR* xdrs) { return code(xdrs, object); };
+    const Bytes expected = by_hand(record, object.data());
+    ASSERT_EQ(expected.size(), size);
+    EXPECT_EQ(encoded(size, Stream::Blocks, code_it), expected);
+    EXPECT_EQ(encoded(size, Stream::Plain, code_it), expected);
+}
+
+TEST_P(EveryRecord, decodes_alike_by_blocks_and_plainly)
+{
+    const Bytes bytes = by_hand(record, object.data());
+    for (const Stream stream : {Stream::Blocks, Stream::Plain}) {
+        Object back(record);
+        EXPECT_TRUE(decoded(bytes, size, stream, [&](XDR* xdrs) { return code(xdrs, back); }));
+        EXPECT_EQ(back.bytes(), object.bytes());
+    }
+}
+
+TEST_P(EveryRecord, decodes_characters_by_their_low_byte_alone)
+{
+    Bytes bytes = by_hand(record, object.data());
+    size_t unit = 0;
+    for (const Field& field : record)
+        for (unsigned i = 0; i < field.count * units_of(field.kind); i++, unit++)
+            if (field.kind == Kind::Char)
+                for (unsigned byte = 0; byte < 3; byte++)
+                    bytes[4 * unit + byte] = static_cast<unsigned char>(random());
+    for (const Stream stream : {Stream::Blocks, Stream::Plain}) {
+        Object back(record);
+        EXPECT_TRUE(decoded(bytes, size, stream, [&](XDR* xdrs) { return code(xdrs, back); }));
+        EXPECT_EQ(back.bytes(), object.bytes());
+    }
+}
+
+TEST_P(EveryRecord, fails_on_a_buffer_of_any_smaller_length)
+{
+    const Bytes bytes = by_hand(record, object.data());
+    for (size_t length = 0; length < size; length += length < 64 || length + 64 > size ? 1 : 4) {
+        Object back(record);
+        ASSERT_FALSE(decoded(bytes, length, Stream::Blocks, [&](XDR* xdrs) { return code(xdrs, back); })) << length;
+        ASSERT_EQ(encoded(length, Stream::Blocks, [&](XDR* xdrs) { return code(xdrs, object); }), Bytes()) << length;
+    }
+}
+
+TEST_P(EveryRecord, frees_nothing_and_stays_as_it_is)
+{
+    const Bytes before = object.bytes();
+    MemoryStream stream(XDR_FREE, nullptr, 0);
+    EXPECT_TRUE(code(stream.get(), object));
+    EXPECT_EQ(object.bytes(), before);
+}
+
+TEST(xdr, every_record_that_travels_is_here) { EXPECT_EQ(all_records().size(), 111U); }
+
+TEST(xdr, accesslog_record_byte_for_byte)
+{
+    oltmib_accesslogEntry entry = {"user", "\xA9", 1, -2, 0x01020304, "", 7, -1};
+    const Bytes expected = text_units("user", 64) + text_units("\xA9", 64) + units({1, 0xFFFFFFFE, 0x01020304}) +
+                           text_units("", 32) + units({7, 0xFFFFFFFF});
+    EXPECT_EQ(encoded(4 * 165, Stream::Blocks, [&](XDR* xdrs) { return xdr_oltmib_accesslogEntry(xdrs, &entry); }),
+              expected);
+    oltmib_accesslogEntry back = {};
+    EXPECT_TRUE(decoded(expected, expected.size(), Stream::Blocks,
+                        [&](XDR* xdrs) { return xdr_oltmib_accesslogEntry(xdrs, &back); }));
+    EXPECT_EQ(memcmp(&back, &entry, sizeof back), 0);
+}
+
+TEST(xdr, char_40_field_occupies_160_bytes)
+{
+    char text[40] = "x";
+    const Field field = {0, sizeof text, Kind::Char, Text::Plain, Use::Both};
+    const Record record = {"text", "text", &field, nullptr, nullptr, 1, sizeof text, sizeof text};
+    EXPECT_EQ(encoded(200, Stream::Blocks, [&](XDR* xdrs) { return xdr_record(xdrs, record, text); }).size(), 160U);
+}
+
+TEST(xdr, double_travels_high_word_first)
+{
+    double real = 1.0;
+    const Field field = {0, 1, Kind::Double, Text::Plain, Use::Both};
+    const Record record = {"real", "real", &field, nullptr, nullptr, 1, sizeof real, 2};
+    EXPECT_EQ(encoded(8, Stream::Blocks, [&](XDR* xdrs) { return xdr_record(xdrs, record, &real); }),
+              units({0x3FF00000, 0}));
+}
+
+TEST(xdr, int64_travels_low_word_first)
+{
+    const Bytes expected = units({0xFFFFFFFB, 0xFFFFFFFF});
+    for (const Stream stream : {Stream::Blocks, Stream::Plain}) {
+        oltmib_int64_t value = -5, back = 0;
+        EXPECT_EQ(encoded(8, stream, [&](XDR* xdrs) { return xdr_oltmib_int64_t(xdrs, &value); }), expected);
+        EXPECT_TRUE(decoded(expected, 8, stream, [&](XDR* xdrs) { return xdr_oltmib_int64_t(xdrs, &back); }));
+        EXPECT_EQ(back, -5);
+    }
+}
+
+TEST(xdr, uint64_travels_low_word_first)
+{
+    const Bytes expected = units({0x05060708, 0x81020304});
+    for (const Stream stream : {Stream::Blocks, Stream::Plain}) {
+        oltmib_uint64_t value = 0x8102030405060708U, back = 0;
+        EXPECT_EQ(encoded(8, stream, [&](XDR* xdrs) { return xdr_oltmib_uint64_t(xdrs, &value); }), expected);
+        EXPECT_TRUE(decoded(expected, 8, stream, [&](XDR* xdrs) { return xdr_oltmib_uint64_t(xdrs, &back); }));
+        EXPECT_EQ(back, value);
+    }
+}
+
+TEST(xdr, int64_of_a_short_buffer_fails)
+{
+    const Bytes bytes = units({1, 2});
+    for (size_t length = 0; length < 8; length++)
+        for (const Stream stream : {Stream::Blocks, Stream::Plain}) {
+            oltmib_int64_t value = 0;
+            EXPECT_FALSE(decoded(bytes, length, stream, [&](XDR* xdrs) { return xdr_oltmib_int64_t(xdrs, &value); }));
+            EXPECT_EQ(encoded(length, stream, [&](XDR* xdrs) { return xdr_oltmib_int64_t(xdrs, &value); }), Bytes());
+        }
+}
+
+TEST(xdr, int64_is_freed_without_a_change)
+{
+    oltmib_int64_t value = 5;
+    MemoryStream stream(XDR_FREE, nullptr, 0);
+    EXPECT_TRUE(xdr_oltmib_int64_t(stream.get(), &value));
+    EXPECT_EQ(value, 5);
+}
+
+INSTANTIATE_TEST_SUITE_P(xdr, EveryEnum,
+                         testing::Values(NamedRoutine{"oltmib_iftype_e", xdr_oltmib_iftype_e},
+                                         NamedRoutine{"oltmib_ratelimit_type", xdr_oltmib_ratelimit_type},
+                                         NamedRoutine{"oltmib_class_matchtype", xdr_oltmib_class_matchtype},
+                                         NamedRoutine{"oltmib_agmode_e", xdr_oltmib_agmode_e},
+                                         NamedRoutine{"oltmib_dos_type", xdr_oltmib_dos_type},
+                                         NamedRoutine{"oltmib_mstpver_e", xdr_oltmib_mstpver_e}),
+                         [](const auto& info) { return std::string(info.param.name); });
+
+TEST_P(EveryEnum, travels_as_one_signed_unit)
+{
+    int value = -2, back = 0;
+    const Bytes expected = units({0xFFFFFFFE});
+    EXPECT_EQ(encoded(4, Stream::Blocks, [&](XDR* xdrs) { return GetParam().routine(xdrs, &value); }), expected);
+    EXPECT_TRUE(decoded(expected, 4, Stream::Blocks, [&](XDR* xdrs) { return GetParam().routine(xdrs, &back); }));
+    EXPECT_EQ(back, -2);
+    EXPECT_FALSE(decoded(expected, 3, Stream::Blocks, [&](XDR* xdrs) { return GetParam().routine(xdrs, &back); }));
+}

@@ -71,14 +71,22 @@ inline std::string repeated(const std::string& text, size_t count)
     return all;
 }
 
+// A unit as a number, and as the character that it may be.
+inline std::string described(uint32_t unit)
+{
+    std::string text = std::to_string(static_cast<int32_t>(unit));
+    if (unit >= ' ' && unit <= '~')
+        text += std::string(" ('") + static_cast<char>(unit) + "')";
+    return text;
+}
+
 // For EXPECT_PRED_FORMAT2: names the first unit that differs.
 inline testing::AssertionResult same_units(const char* got_text, const char*, const Units& got, const Units& want)
 {
     for (size_t i = 0; i < got.size() && i < want.size(); i++)
         if (got[i] != want[i])
-            return testing::AssertionFailure()
-                   << got_text << ": unit " << i << ": expected " << want[i] << " ('" << static_cast<char>(want[i])
-                   << "'), found " << got[i] << " ('" << static_cast<char>(got[i]) << "')";
+            return testing::AssertionFailure() << got_text << ": unit " << i << ": expected " << described(want[i])
+                                               << ", found " << described(got[i]);
     if (got.size() != want.size())
         return testing::AssertionFailure()
                << got_text << ": expected " << want.size() << " units, found " << got.size();

@@ -1,0 +1,93 @@
+-- What the end-to-end tests share. A test is
+--
+--     case "name" (function() ... end)
+--
+-- and runs in a process, with a port mapper and a device, of its own; see run.sh.
+require "librpc"
+
+local harness = { call = librpc.callapi }
+
+-- The only case that runs is the one the command line names.
+function harness.case(name)
+  return function(body)
+    if name == arg[1] then
+      body()
+      print("passed " .. name)
+    end
+  end
+end
+
+local function shown(value)
+  local text = type(value) == "string" and ("%q"):format(value) or tostring(value)
+  return #text > 500 and text:sub(1, 500) .. "..." or text
+end
+
+function harness.equal(got, want, where)
+  if got ~= want then
+    error(("%s: expected %s, found %s"):format(where or "value", shown(want), shown(got)), 2)
+  end
+end
+
+-- The output of a shell command, standard error included, and its exit status.
+function harness.shell(command)
+  local pipe = io.popen("{ " .. command .. "\n} 2>&1; echo \"[$?]\"")
+  local output = pipe:read("*a")
+  pipe:close()
+  local text, status = output:match("^(.*)%[(%d+)%]\n$")
+  return text, tonumber(status)
+end
+
+-- One command to the device, see `simulated_device --help`; its answer.
+function harness.tell(command)
+  local text, status = harness.shell("$SIM_DEVICE --tell $SIM_CONTROL '" .. command .. "'")
+  if status ~= 0 then
+    error(text, 2)
+  end
+  return (text:gsub("\n$", ""))
+end
+
+-- How many calls the device has taken on.
+function harness.calls(target)
+  return tonumber(harness.tell("count " .. (target or "*")))
+end
+
+-- Runs Lua code in an interpreter of its own: its output, its exit status.
+function harness.run(code)
+  local name = os.tmpname()
+  local file = assert(io.open(name, "w"))
+  file:write('require "librpc"\n', code)
+  file:close()
+  local text, status = harness.shell("$E2E_INTERPRETER " .. name)
+  os.remove(name)
+  return text, status
+end
+
+-- Addresses differ from run to run.
+function harness.without_addresses(text)
+  return (text:gsub("0x%x+", "ADDRESS"))
+end
+
+-- How many times the port mapper was asked for the program's port.
+function harness.lookups(program)
+  local text = harness.shell("rpcinfo -m 127.0.0.1")
+  local found, missed = text:match("\n" .. program .. "%s+1%s+udp%s+(%d+)%s+(%d+)")
+  return (tonumber(found) or 0) + (tonumber(missed) or 0)
+end
+
+-- The hex digits of an int, of a text in an array of `size`, both as they travel.
+function harness.int(value)
+  return ("%08x"):format(value % 2 ^ 32)
+end
+
+function harness.chars(text, size)
+  local units = {}
+  for i = 1, size do
+    units[i] = ("%08x"):format(text:byte(i) or 0)
+  end
+  return table.concat(units)
+end
+
+-- The header of an accepted reply to the call being served.
+harness.accepted = "XID" .. ("00000001" .. "00000000" .. "00000000" .. "00000000" .. "00000000")
+
+return harness

@@ -1,0 +1,137 @@
+// What the end-to-end tests need of the system and Lua lacks, as a Lua module:
+// fork, signals, an alarm whose handler returns, limits, time.
+#include <cerrno>
+#include <csignal>
+#include <cstring>
+#include <ctime>
+#include <fcntl.h>
+#include <lua.hpp>
+#include <sys/resource.h>
+#include <sys/time.h>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <vector>
+
+namespace
+{
+volatile sig_atomic_t alarms;
+std::vector<int> taken; // descriptors that nobody else shall have
+
+void count_alarm(int) { alarms = alarms + 1; }
+
+// fork(): 0 in the child, the child's id in the parent.
+int do_fork(lua_State* L)
+{
+    const pid_t child = fork();
+    if (child < 0)
+        return luaL_error(L, "fork: expected a child, found: %s", strerror(errno));
+    lua_pushinteger(L, child);
+    return 1;
+}
+
+// wait(child): its exit status, or 1000 and the signal that ended it.
+int do_wait(lua_State* L)
+{
+    int status = 0;
+    const auto child = static_cast<pid_t>(luaL_checkinteger(L, 1));
+    while (waitpid(child, &status, 0) < 0)
+        if (errno != EINTR)
+            return luaL_error(L, "wait: expected a child, found: %s", strerror(errno));
+    lua_pushinteger(L, WIFEXITED(status) ? WEXITSTATUS(status) : 1000 + WTERMSIG(status));
+    return 1;
+}
+
+// exit(status): ends the process without more ado.
+int do_exit(lua_State* L) { _exit(static_cast<int>(luaL_checkinteger(L, 1))); }
+
+// kill(process, signal)
+int do_kill(lua_State* L)
+{
+    kill(static_cast<pid_t>(luaL_checkinteger(L, 1)), static_cast<int>(luaL_checkinteger(L, 2)));
+    return 0;
+}
+
+// default_action(signal)
+int do_default_action(lua_State* L)
+{
+    signal(static_cast<int>(luaL_checkinteger(L, 1)), SIG_DFL);
+    return 0;
+}
+
+// alarms_every(ms): SIGALRM again and again, with a handler that returns; 0 ends it.
+int do_alarms_every(lua_State* L)
+{
+    struct sigaction action = {};
+    action.sa_handler = count_alarm;
+    sigaction(SIGALRM, &action, nullptr);
+    const long ms = static_cast<long>(luaL_checkinteger(L, 1));
+    const itimerval timer = {{ms / 1000, ms % 1000 * 1000}, {ms / 1000, ms % 1000 * 1000}};
+    setitimer(ITIMER_REAL, &timer, nullptr);
+    return 0;
+}
+
+// alarms(): how many there were.
+int do_alarms(lua_State* L)
+{
+    lua_pushinteger(L, alarms);
+    return 1;
+}
+
+// use_up_descriptors(free): leaves that many of the process's descriptors.
+int do_use_up_descriptors(lua_State* L)
+{
+    rlimit limit;
+    getrlimit(RLIMIT_NOFILE, &limit);
+    limit.rlim_cur = 64;
+    setrlimit(RLIMIT_NOFILE, &limit);
+    for (int fd = open("/dev/null", O_RDONLY | O_CLOEXEC); fd >= 0; fd = open("/dev/null", O_RDONLY | O_CLOEXEC))
+        taken.push_back(fd);
+    for (auto left = luaL_checkinteger(L, 1); left > 0 && !taken.empty(); left--) {
+        close(taken.back());
+        taken.pop_back();
+    }
+    return 0;
+}
+
+// give_back_descriptors()
+int do_give_back_descriptors(lua_State*)
+{
+    for (const int fd : taken)
+        close(fd);
+    taken.clear();
+    return 0;
+}
+
+// now(): seconds that only ever grow.
+int do_now(lua_State* L)
+{
+    timespec now;
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    lua_pushnumber(L, static_cast<lua_Number>(now.tv_sec) + static_cast<lua_Number>(now.tv_nsec) / 1e9);
+    return 1;
+}
+
+const luaL_Reg functions[] = {
+    {"fork", do_fork},
+    {"wait", do_wait},
+    {"exit", do_exit},
+    {"kill", do_kill},
+    {"default_action", do_default_action},
+    {"alarms_every", do_alarms_every},
+    {"alarms", do_alarms},
+    {"use_up_descriptors", do_use_up_descriptors},
+    {"give_back_descriptors", do_give_back_descriptors},
+    {"now", do_now},
+    {nullptr, nullptr},
+};
+} // namespace
+
+extern "C" int luaopen_e2e_process(lua_State* L)
+{
+    lua_newtable(L);
+    for (const luaL_Reg* function = functions; function->name; function++) {
+        lua_pushcfunction(L, function->func);
+        lua_setfield(L, -2, function->name);
+    }
+    return 1;
+}

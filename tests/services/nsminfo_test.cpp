@@ -111,7 +111,7 @@ TEST(Nsminfo, Registers118ApisInItsOwnOrder)
 // Four procedures have a stub that Lua cannot reach.
 TEST(Nsminfo, FourStubsAreNeverRegistered)
 {
-    service_named("nsminfo").init();
+    register_once(service_named("nsminfo"));
     for (const char* name :
          {"oltmib_pminfo_get_1", "oltmib_cvlaninfo_get_1", "oltmib_cvlaninfo_getn_1", "oltmib_cvlaninfo_set_1"}) {
         EXPECT_FALSE(api_named(name).registered()) << name;

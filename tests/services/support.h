@@ -232,11 +232,21 @@ inline std::string formatter_trace(const char* name, const Units& reply)
     return printed_by([&] { format(api, record); });
 }
 
+// Fills the registry with the service's rows, once a process: a replaced node is
+// never freed, which would be a leak to a sanitizer.
+inline void register_once(const Service& service)
+{
+    for (const ListLinks* at = apinode_head.next; at != &apinode_head; at = at->next)
+        if (static_cast<const ApiNode*>(at)->clntinit == service.clnt_init)
+            return;
+    EXPECT_EQ(service.init(), 1) << service.name;
+}
+
 // The rows that the service puts in the registry, in the registry's order, as
 // "portinfo_get 1": name without "oltmib_" and "_1", and the stub's procedure.
 inline std::vector<std::string> registered_rows(const Service& service)
 {
-    EXPECT_EQ(service.init(), 1);
+    register_once(service);
     std::vector<std::string> rows;
     for (const ListLinks* at = apinode_head.next; at != &apinode_head; at = at->next) {
         const auto& node = *static_cast<const ApiNode*>(at);

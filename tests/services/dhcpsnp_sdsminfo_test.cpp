@@ -1,0 +1,93 @@
+// The DHCP snooping and the SDSM service: the same shape twice, nothing shared.
+#include "services/dhcpsnp/records.h"
+#include "services/sdsminfo/records.h"
+#include "tests/services/support.h"
+
+using namespace support;
+
+extern "C" {
+void* str2arg_dhcpsnp(char* text);
+char* arg2str_dhcpsnp(void* reply);
+void* str2arg_sdsminfo(char* text);
+char* arg2str_sdsminfo(void* reply);
+}
+
+namespace
+{
+const Service& dhcpsnp = service_named("dhcpsnp");
+const Service& sdsminfo = service_named("sdsminfo");
+} // namespace
+
+TEST(Dhcpsnp, RegistersTwoRows) { EXPECT_EQ(registered_rows(dhcpsnp), rows("dhcpsnp get 1 set 3")); }
+
+TEST(Dhcpsnp, NoConverterTraces) { EXPECT_EQ(tracing_functions(dhcpsnp), std::vector<std::string>()); }
+
+TEST(Dhcpsnp, CarriesTwoTextsAndTwoInts)
+{
+    EXPECT_BOTH_WAYS("oltmib_dhcpsnp_get_1", "a&b&-1&2", chars(80, "a"), chars(512, "b"), -1, 2);
+    EXPECT_REQUEST("oltmib_dhcpsnp_set_1", "a&b&-1&2", chars(80, "a"), chars(512, "b"), -1, 2);
+    EXPECT_REPLY("oltmib_dhcpsnp_set_1", "-1", -1);
+}
+
+TEST(Dhcpsnp, SecondFieldIsCutTo511Characters)
+{
+    EXPECT_REQUEST("oltmib_dhcpsnp_get_1", std::string(90, 'a') + "&" + std::string(600, 'b') + "&1&2",
+                   chars(80, std::string(79, 'a')), chars(512, std::string(511, 'b')), 1, 2);
+}
+
+TEST(Dhcpsnp, ReplyWithBothTextsFullStillFits)
+{
+    const std::string a79(79, 'a');
+    const std::string b511(511, 'b');
+    EXPECT_REPLY("oltmib_dhcpsnp_get_1", a79 + "&" + b511 + "&-2147483648&-2147483648", chars(80, a79),
+                 chars(512, b511), ints(0x80000000U, 0x80000000U));
+}
+
+TEST(Dhcpsnp, EmptyArgumentSendsTwoEmptyTextsAndTwoZeros) { EXPECT_REQUEST("oltmib_dhcpsnp_get_1", "", zeros(594)); }
+
+TEST(Sdsminfo, RegistersTwoRows) { EXPECT_EQ(registered_rows(sdsminfo), rows("sdsminfo get 1 set 3")); }
+
+TEST(Sdsminfo, NoConverterTraces) { EXPECT_EQ(tracing_functions(sdsminfo), std::vector<std::string>()); }
+
+TEST(Sdsminfo, CarriesTwoTextsAndTwoInts)
+{
+    EXPECT_BOTH_WAYS("oltmib_sdsminfo_get_1", "a&b&-1&2", chars(80, "a"), chars(512, "b"), -1, 2);
+    EXPECT_REQUEST("oltmib_sdsminfo_set_1", "a&b&-1&2", chars(80, "a"), chars(512, "b"), -1, 2);
+    EXPECT_REPLY("oltmib_sdsminfo_set_1", "-1", -1);
+}
+
+TEST(Sdsminfo, OneFieldSendsAnEmptySecondTextAndTwoZeros)
+{
+    EXPECT_REQUEST("oltmib_sdsminfo_get_1", "only", chars(80, "only"), zeros(512 + 2));
+}
+
+TEST(Sdsminfo, SecondFieldOf600CharactersIsCutTo511)
+{
+    EXPECT_REQUEST("oltmib_sdsminfo_get_1", "a&" + std::string(600, 'b'), chars(80, "a"),
+                   chars(512, std::string(511, 'b')), 0, 0);
+}
+
+TEST(DhcpsnpAndSdsminfo, ShareNeitherRecordsNorTextsNorReplies)
+{
+    char first[] = "snooping&1";
+    char second[] = "sdsm&2";
+    auto* const snooping = static_cast<oltmib_dhcpsnpEntry*>(str2arg_dhcpsnp(first));
+    auto* const sdsm = static_cast<oltmib_sdsminfoEntry*>(str2arg_sdsminfo(second));
+    EXPECT_STREQ(snooping->text80, "snooping");
+    EXPECT_STREQ(sdsm->text80, "sdsm");
+
+    const char* const snooping_text = arg2str_dhcpsnp(snooping);
+    const char* const sdsm_text = arg2str_sdsminfo(sdsm);
+    EXPECT_STREQ(snooping_text, "snooping&1&0&0");
+    EXPECT_STREQ(sdsm_text, "sdsm&2&0&0");
+
+    for (const char* verb : {"get", "set"}) {
+        FakeDaemon daemon;
+        daemon.reply = zeros(594);
+        const void* reply = api_named("oltmib_dhcpsnp_" + std::string(verb) + "_1").func(snooping, daemon.client());
+        const void* other = api_named("oltmib_sdsminfo_" + std::string(verb) + "_1").func(sdsm, daemon.client());
+        ASSERT_NE(reply, nullptr);
+        ASSERT_NE(other, nullptr);
+        EXPECT_NE(reply, other);
+    }
+}

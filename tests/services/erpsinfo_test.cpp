@@ -1,0 +1,207 @@
+// The ring protection and LLDP service. Its neighbour table has the longest
+// record and separators of its own; its state table's set answers as a record.
+#include "tests/services/support.h"
+
+using namespace support;
+
+extern "C" char* arg2str_erpsstate(void* reply);
+
+namespace
+{
+const Service& erpsinfo = service_named("erpsinfo");
+const std::string mac_00_to_55("\x00\x11\x22\x33\x44\x55", 6);
+const std::string mac_aa_to_ff("\xAA\xBB\xCC\xDD\xEE\xFF", 6);
+} // namespace
+
+TEST(Erpsinfo, RegistersRingsThenLldp)
+{
+    EXPECT_EQ(registered_rows(erpsinfo), rows("erpsinst get 1 getn 2 set 3\n"
+                                              "erpsring get 4 getn 5 set 6\n"
+                                              "erpsprof get 7 getn 8 set 9\n"
+                                              "erpsstate getn 12 set 13\n"
+                                              "lldpcfg get 21 set 22\n"
+                                              "lldpifcfg get 23 getn 24 set 25\n"
+                                              "lldpifnei get 26 getn 27\n"
+                                              "lldpifstat get 29 getn 30 set 31\n"));
+}
+
+TEST(Erpsinfo, NoConverterTraces) { EXPECT_EQ(tracing_functions(erpsinfo), std::vector<std::string>()); }
+
+// Rings.
+
+TEST(Erpsinfo, InstanceTextHasItsFirstIntBeforeItsSecondText)
+{
+    EXPECT_REQUEST("oltmib_erpsinst_get_1", "A&5&B", chars(32, "A"), chars(32, "B"), 5, zeros(3 + 4 * 32 + 2));
+    const Units record = wire(chars(32, "A"), chars(32, "B"), 5, 6, 7, 8, chars(32, "c"), chars(32, "d"),
+                              chars(32, "e"), chars(32, "f"), 9, 10);
+    ASSERT_EQ(record.size(), 198U);
+    EXPECT_BOTH_WAYS("oltmib_erpsinst_get_1", "A&5&B&6&7&8&c&d&e&f&9&10", record);
+    EXPECT_BOTH_WAYS("oltmib_erpsinst_getn_1", "A&5&B&6&7&8&c&d&e&f&9&10", record);
+    EXPECT_REQUEST("oltmib_erpsinst_set_1", "A&5&B&6&7&8&c&d&e&f&9&10", record);
+}
+
+TEST(Erpsinfo, RingCarriesSixFields)
+{
+    const Units record = wire(1, chars(32, "east"), chars(32, "west"), chars(32, "t"), 2, 3);
+    ASSERT_EQ(record.size(), 99U);
+    EXPECT_BOTH_WAYS("oltmib_erpsring_get_1", "1&east&west&t&2&3", record);
+    EXPECT_BOTH_WAYS("oltmib_erpsring_getn_1", "1&east&west&t&2&3", record);
+    EXPECT_REQUEST("oltmib_erpsring_set_1", "1&east&west&t&2&3", record);
+    EXPECT_REQUEST("oltmib_erpsring_get_1", "1&" + std::string(40, 'e'), 1, chars(32, std::string(31, 'e')),
+                   zeros(32 + 32 + 2));
+}
+
+TEST(Erpsinfo, ProfileCarriesNineFields)
+{
+    const Units record = wire(chars(32, "profile"), 1, 2, 3, 4, 5, chars(32, "t"), 6, 7);
+    ASSERT_EQ(record.size(), 71U);
+    EXPECT_BOTH_WAYS("oltmib_erpsprof_get_1", "profile&1&2&3&4&5&t&6&7", record);
+    EXPECT_BOTH_WAYS("oltmib_erpsprof_getn_1", "profile&1&2&3&4&5&t&6&7", record);
+    EXPECT_REQUEST("oltmib_erpsprof_set_1", "profile&1&2&3&4&5&t&6&7", record);
+}
+
+TEST(Erpsinfo, StateCarriesTwoAddressesAmongItsSeventeenFields)
+{
+    const Units record = wire(chars(32, "ring"), 1, 2, 3, 4, 5, chars(6, mac_00_to_55), 6, 7, 8, chars(6, mac_aa_to_ff),
+                              9, 10, 11, chars(32, "t"), 12, 13);
+    ASSERT_EQ(record.size(), 89U);
+    const std::string text = "ring&1&2&3&4&5&00-11-22-33-44-55&6&7&8&AA-BB-CC-DD-EE-FF&9&10&11&t&12&13";
+    EXPECT_BOTH_WAYS("oltmib_erpsstate_getn_1", text, record);
+    EXPECT_REQUEST("oltmib_erpsstate_set_1", text, record);
+}
+
+TEST(Erpsinfo, StateAddressInAnyNotationIsTheSameSixBytes)
+{
+    for (const std::string address : {"aabb.ccdd.eeff", "aa:bb:cc:dd:ee:ff", "AA-BB-CC-DD-EE-FF", "aabbccddeeff"}) {
+        EXPECT_REQUEST("oltmib_erpsstate_getn_1", "&&&&&&" + address + "&&&&" + address, zeros(32 + 5),
+                       chars(6, mac_aa_to_ff), zeros(3), chars(6, mac_aa_to_ff), zeros(3 + 32 + 2));
+    }
+    EXPECT_REPLY("oltmib_erpsstate_getn_1", "&0&0&0&0&0&AA-BB-CC-DD-EE-FF&0&0&0&00-00-00-00-00-00&0&0&0&&0&0",
+                 zeros(32 + 5), chars(6, mac_aa_to_ff), zeros(3 + 6 + 3 + 32 + 2));
+}
+
+TEST(Erpsinfo, StateAddressThatIsNoneIsSentAsZeros)
+{
+    EXPECT_REQUEST("oltmib_erpsstate_getn_1", "r&1&2&3&4&5&nonsense&6", chars(32, "r"), 1, 2, 3, 4, 5, zeros(6), 6,
+                   zeros(2 + 6 + 3 + 32 + 2));
+}
+
+TEST(Erpsinfo, NoApiGetsAState)
+{
+    register_once(erpsinfo);
+    EXPECT_EQ(lua_getapibyname("oltmib_erpsstate_get_1"), nullptr);
+    EXPECT_NE(lua_getapibyname("oltmib_erpsstate_getn_1"), nullptr);
+}
+
+// The set's int is formatted by the state's formatter: its four bytes are the
+// begin of the first text, and zeros follow. format() copies the whole record
+// out of the stub's storage, so AddressSanitizer sees that it is all there.
+TEST(Erpsinfo, StateSetAnswersThroughTheRecordsFormatter)
+{
+    EXPECT_EQ(api_named("oltmib_erpsstate_set_1").ret2str, arg2str_erpsstate);
+    const std::string rest = "&0&0&0&0&0&00-00-00-00-00-00&0&0&0&00-00-00-00-00-00&0&0&0&&0&0";
+    EXPECT_REPLY("oltmib_erpsstate_set_1", rest, 0);
+    EXPECT_REPLY("oltmib_erpsstate_set_1", "AAAA" + rest, 0x41414141);
+    EXPECT_REPLY("oltmib_erpsstate_set_1", "\xFF\xFF\xFF\xFF" + rest, -1);
+    EXPECT_REPLY("oltmib_erpsstate_set_1", rest, 0);
+}
+
+TEST(Erpsinfo, StateSetThatFailsGivesNothing)
+{
+    const Api& api = api_named("oltmib_erpsstate_set_1");
+    FakeDaemon daemon;
+    daemon.status = RPC_TIMEDOUT;
+    const auto argument = exact_copy("ring");
+    EXPECT_EQ(api.func(api.str2arg(argument.get()), daemon.client()), nullptr);
+}
+
+// LLDP.
+
+TEST(Erpsinfo, LldpSettingsCarrySevenFields)
+{
+    const Units record = wire(1, chars(64, "a"), chars(64, "b"), chars(64, "c"), chars(32, "d"), 2, 3);
+    ASSERT_EQ(record.size(), 227U);
+    EXPECT_BOTH_WAYS("oltmib_lldpcfg_get_1", "1&a&b&c&d&2&3", record);
+    EXPECT_REQUEST("oltmib_lldpcfg_set_1", "1&a&b&c&d&2&3", record);
+}
+
+TEST(Erpsinfo, LldpPortSettingsCarryTwentyFields)
+{
+    const Units record = wire(1, chars(64, "a"), chars(64, "b"), chars(64, "c"), chars(64, "d"), counting(2, 12),
+                              chars(32, "e"), 14, 15);
+    ASSERT_EQ(record.size(), 303U);
+    const std::string text = "1&a&b&c&d&2&3&4&5&6&7&8&9&10&11&12&13&e&14&15";
+    EXPECT_BOTH_WAYS("oltmib_lldpifcfg_get_1", text, record);
+    EXPECT_BOTH_WAYS("oltmib_lldpifcfg_getn_1", text, record);
+    EXPECT_REQUEST("oltmib_lldpifcfg_set_1", text, record);
+    EXPECT_REQUEST("oltmib_lldpifcfg_set_1", text + "&99&98", record); // the 20th ends before the 21st
+}
+
+TEST(Erpsinfo, LldpStatisticsCarryTwelveFields)
+{
+    const Units record = wire(1, chars(64, "port"), counting(2, 7), chars(32, "t"), 9, 10);
+    ASSERT_EQ(record.size(), 106U);
+    EXPECT_BOTH_WAYS("oltmib_lldpifstat_get_1", "1&port&2&3&4&5&6&7&8&t&9&10", record);
+    EXPECT_BOTH_WAYS("oltmib_lldpifstat_getn_1", "1&port&2&3&4&5&6&7&8&t&9&10", record);
+    EXPECT_REQUEST("oltmib_lldpifstat_set_1", "1&port&2&3&4&5&6&7&8&t&9&10", record);
+}
+
+// Neighbours.
+
+TEST(Erpsinfo, NeighbourReplyHasSevenFieldsBetweenPairsAndCanBeSentBack)
+{
+    const Units record =
+        wire(3, chars(6, mac_aa_to_ff), chars(64, "port 1"), chars(2000, "a switch"), chars(32, "t"), 1, -2);
+    ASSERT_EQ(record.size(), 2105U);
+    const std::string text = "3&$AA-BB-CC-DD-EE-FF&$port 1&$a switch&$t&$1&$-2";
+    EXPECT_BOTH_WAYS("oltmib_lldpifnei_get_1", text, record);
+    EXPECT_BOTH_WAYS("oltmib_lldpifnei_getn_1", text, record);
+}
+
+TEST(Erpsinfo, NeighbourArgumentOfSeparatorsBehind3YieldsOnly3)
+{
+    EXPECT_REQUEST("oltmib_lldpifnei_get_1", "3&&$&$", 3, zeros(2104));
+}
+
+TEST(Erpsinfo, NeighbourFieldsEndAtEitherCharacterAndRunsCountAsOne)
+{
+    const Units record = wire(3, chars(6, mac_aa_to_ff), chars(64, "a"), chars(2000, "b"), chars(32, "c"), 4, 5);
+    EXPECT_REQUEST("oltmib_lldpifnei_get_1", "3&aabb.ccdd.eeff&a&b&c&4&5", record);
+    EXPECT_REQUEST("oltmib_lldpifnei_get_1", "3$aabb.ccdd.eeff$a$b$c$4$5", record);
+    EXPECT_REQUEST("oltmib_lldpifnei_get_1", "&&$3$&&aabb.ccdd.eeff&$$a$&$b&$c&4$$$$5&", record);
+    EXPECT_REQUEST("oltmib_lldpifnei_get_1", "3&aabb.ccdd.eeff&a&b&c&4&5&6&7", record);
+}
+
+TEST(Erpsinfo, NeighbourFieldsBehindAnEmptyOneMoveForward)
+{
+    EXPECT_REQUEST("oltmib_lldpifnei_get_1", "3&&port&text", 3, zeros(6), chars(64, "text"), zeros(2000 + 32 + 2));
+    EXPECT_REQUEST("oltmib_lldpifnei_get_1", "", zeros(2105));
+    EXPECT_REQUEST("oltmib_lldpifnei_get_1", "&$&", zeros(2105));
+}
+
+TEST(Erpsinfo, NeighbourTextIsCutTo1999Characters)
+{
+    for (const size_t length : {1999, 2000, 2001, 5000}) {
+        EXPECT_REQUEST("oltmib_lldpifnei_get_1", "1&00-00-00-00-00-00&p&" + std::string(length, 'x') + "&t", 1,
+                       zeros(6), chars(64, "p"), chars(2000, std::string(1999, 'x')), chars(32, "t"), 0, 0);
+    }
+}
+
+TEST(Erpsinfo, NeighbourReplyIsFarLongerThanOtherReplies)
+{
+    const std::string p63(63, 'p');
+    const std::string x1999(1999, 'x');
+    const std::string t31(31, 't');
+    EXPECT_REPLY("oltmib_lldpifnei_get_1",
+                 "-2147483648&$00-11-22-33-44-55&$" + p63 + "&$" + x1999 + "&$" + t31 + "&$-2147483648&$-2147483648",
+                 ints(0x80000000U), chars(6, mac_00_to_55), chars(64, p63), chars(2000, x1999), chars(32, t31),
+                 ints(0x80000000U, 0x80000000U));
+    EXPECT_EQ(api_named("oltmib_lldpifnei_get_1").output->buffer, 4000U);
+    EXPECT_EQ(api_named("oltmib_lldpcfg_get_1").output->buffer, 1024U);
+}
+
+TEST(Erpsinfo, NeighbourReplyKeepsSeparatorsWithinItsTexts)
+{
+    EXPECT_REPLY("oltmib_lldpifnei_get_1", "3&$00-00-00-00-00-00&$R&D$&$&&$&$0&$0", 3, zeros(6), chars(64, "R&D$"),
+                 chars(2000, "&"), zeros(32 + 2));
+}

@@ -1,0 +1,69 @@
+// The IGMP snooping service. Its static and its learned groups share a record.
+#include "tests/services/support.h"
+
+using namespace support;
+
+namespace
+{
+const Service& igmpsnpinfo = service_named("igmpsnpinfo");
+}
+
+TEST(Igmpsnpinfo, RegistersTwelveRows)
+{
+    EXPECT_EQ(registered_rows(igmpsnpinfo), rows("igmpsnp get 1 set 2\n"
+                                                 "igmpsnp_mrouter get 4 getn 5 set 6\n"
+                                                 "igmpsnp_static_grp get 7 getn 8 set 9\n"
+                                                 "igmpsnp_grp get 10 getn 11\n"
+                                                 "igmpsnp_fastleave get 13 set 14\n"));
+}
+
+TEST(Igmpsnpinfo, NoConverterTraces) { EXPECT_EQ(tracing_functions(igmpsnpinfo), std::vector<std::string>()); }
+
+TEST(Igmpsnpinfo, GlobalCarriesSixFields)
+{
+    EXPECT_BOTH_WAYS("oltmib_igmpsnp_get_1", "1&2&3&t&4&5", 1, 2, 3, chars(32, "t"), 4, 5);
+    EXPECT_REQUEST("oltmib_igmpsnp_set_1", "1&2&3&t&4&5", 1, 2, 3, chars(32, "t"), 4, 5);
+}
+
+TEST(Igmpsnpinfo, RouterPortCarriesFiveFields)
+{
+    const Units record = wire(1, chars(40, "eth0/1"), chars(32, "t"), 2, 3);
+    ASSERT_EQ(record.size(), 75U);
+    EXPECT_BOTH_WAYS("oltmib_igmpsnp_mrouter_get_1", "1&eth0/1&t&2&3", record);
+    EXPECT_BOTH_WAYS("oltmib_igmpsnp_mrouter_getn_1", "1&eth0/1&t&2&3", record);
+    EXPECT_REQUEST("oltmib_igmpsnp_mrouter_set_1", "1&eth0/1&t&2&3", record);
+}
+
+TEST(Igmpsnpinfo, LearnedAndStaticGroupsSendTheSameRecordToProcedures10And7)
+{
+    const std::string text = "1&eth0/1&239.1.2.3&192.0.2.1&2&t&3&4";
+    const Units record =
+        wire(1, chars(40, "eth0/1"), chars(32, "239.1.2.3"), chars(32, "192.0.2.1"), 2, chars(32, "t"), 3, 4);
+    ASSERT_EQ(record.size(), 140U);
+    for (const char* name : {"oltmib_igmpsnp_grp_get_1", "oltmib_igmpsnp_grp_getn_1", "oltmib_igmpsnp_static_grp_get_1",
+                             "oltmib_igmpsnp_static_grp_getn_1"}) { // request_of sees to the procedure
+        EXPECT_BOTH_WAYS(name, text, record);
+    }
+    EXPECT_REQUEST("oltmib_igmpsnp_static_grp_set_1", text, record);
+    EXPECT_EQ(api_named("oltmib_igmpsnp_grp_get_1").procedure, 10U);
+    EXPECT_EQ(api_named("oltmib_igmpsnp_static_grp_get_1").procedure, 7U);
+}
+
+TEST(Igmpsnpinfo, GroupKeeps39CharactersOf45InItsSecondField)
+{
+    EXPECT_REQUEST("oltmib_igmpsnp_grp_get_1", "1&" + std::string(45, 'g'), 1, chars(40, std::string(39, 'g')),
+                   zeros(32 + 32 + 1 + 32 + 2));
+}
+
+TEST(Igmpsnpinfo, NoApiSetsALearnedGroup)
+{
+    register_once(igmpsnpinfo);
+    EXPECT_EQ(lua_getapibyname("oltmib_igmpsnp_grp_set_1"), nullptr);
+    EXPECT_NE(lua_getapibyname("oltmib_igmpsnp_static_grp_set_1"), nullptr);
+}
+
+TEST(Igmpsnpinfo, FastLeaveCarriesFiveFields)
+{
+    EXPECT_BOTH_WAYS("oltmib_igmpsnp_fastleave_get_1", "1&2&t&3&4", 1, 2, chars(32, "t"), 3, 4);
+    EXPECT_REQUEST("oltmib_igmpsnp_fastleave_set_1", "1&2&t&3&4", 1, 2, chars(32, "t"), 3, 4);
+}

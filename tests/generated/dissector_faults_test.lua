@@ -106,9 +106,9 @@ end
 file:close()
 
 local output = scratch .. "/faults.txt"
-os.execute(("tshark -X lua_script:'%s' -r '%s' -T fields -E separator='|' -E aggregator=, -e frame.number "
-    .. "-e librpc.xid -e _ws.col.Info -e _ws.expert.message -e librpc.vrrp_ssstateEntry.text1 >'%s' 2>'%s.errors'"):format(
-    plugin, path, output, output))
+local fields = "-e frame.number -e librpc.xid -e _ws.col.Info -e _ws.expert.message -e librpc.vrrp_ssstateEntry.text1"
+os.execute(("tshark -X lua_script:'%s' -r '%s' -T fields -E separator='|' -E aggregator=, %s >'%s' 2>'%s.errors'"):format(
+    plugin, path, fields, output, output))
 
 local seen = 0
 for line in io.lines(output) do

@@ -373,8 +373,7 @@ bool Device::reply(SVCXPRT* transport, rpc_msg* message)
         return true;
     for (int times = fault.twice ? 2 : 1; times > 0; times--) {
         if (fault.delay > 0)
-            pending.push_back(
-                {Clock::now() + std::chrono::milliseconds(fault.delay), transport->xp_fd, to, std::move(bytes)});
+            pending.push_back({Clock::now() + std::chrono::milliseconds(fault.delay), transport->xp_fd, to, bytes});
         else
             send_datagram(transport->xp_fd, to, bytes);
     }

@@ -132,7 +132,7 @@ Verb verb_of(const Api& api)
 
 std::string table_name(const Api& api)
 {
-    const std::string name = split_name(api).first;
+    std::string name = split_name(api).first;
     for (const Alias& alias : aliases)
         if (name == alias.name)
             return alias.table;
@@ -273,7 +273,8 @@ void Table::store(const Row& request)
     if (Row* row = find(request)) {
         Row changed = request;
         for (const Field& field : kept)
-            memcpy(changed.data() + field.offset, row->data() + field.offset, field.count * size_of(field.kind));
+            memcpy(changed.data() + field.offset, row->data() + field.offset,
+                   size_t{field.count} * size_of(field.kind));
         *row = std::move(changed);
         return;
     }

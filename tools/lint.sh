@@ -1,0 +1,46 @@
+#!/bin/bash
+# What `./dev lint` does. Every check runs; the last line says which failed.
+set -uo pipefail
+cd "$(dirname "$0")/.." || exit
+
+failed=()
+check() { # NAME COMMAND...
+  local name=$1
+  shift
+  echo "lint: $name"
+  "$@" || failed+=("$name")
+}
+
+mapfile -t shell_files < <(git ls-files | while read -r file; do
+  [ -f "$file" ] && head -n 1 "$file" | grep -q '^#!.*\(ba\)\?sh\b' && echo "$file"
+done)
+mapfile -t lua_files < <(git ls-files '*.lua')
+mapfile -t cpp_files < <(git ls-files '*.cpp' '*.h')
+# files that must not compile have no entry in the compilation database
+mapfile -t tidy_files < <(git ls-files 'common/*.cpp' 'rpc/*.cpp' 'services/*.cpp' 'sim/*.cpp')
+
+tidy() {
+  cmake --preset clang >/dev/null &&
+    printf '%s\n' "${tidy_files[@]}" | xargs -P "$(nproc)" -n 2 clang-tidy -quiet -p build-clang 2>/dev/null
+}
+build() { # PRESET FOLDER
+  cmake --preset "$1" >/dev/null || return
+  cmake --build "$2" >/tmp/lint-build.log && return
+  tail -n 50 /tmp/lint-build.log
+  return 1
+}
+
+check shellcheck shellcheck "${shell_files[@]}"
+check luacheck luacheck -q "${lua_files[@]}"
+check clang-format clang-format --dry-run -Werror "${cpp_files[@]}"
+check "g++ -Wall -Wextra -Werror" build release build
+check "clang++ -Wall -Wextra -Werror" build clang build-clang
+check clang-tidy tidy
+
+if [ ${#failed[@]} -gt 0 ]; then
+  printf 'lint: failed:'
+  printf ' %s;' "${failed[@]}"
+  echo
+  exit 1
+fi
+echo "lint: passed"

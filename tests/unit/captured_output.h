@@ -2,8 +2,8 @@
 #pragma once
 
 #include <cstdio>
-#include <memory>
 #include <string>
+#include <sys/mman.h>
 #include <unistd.h>
 
 // What is written to a file descriptor while this lives.
@@ -14,9 +14,13 @@ class CapturedOutput
     {
         fflush(nullptr);
         before = dup(fd);
-        dup2(fileno(file.get()), fd);
+        dup2(file, fd);
     }
-    ~CapturedOutput() { restore(); }
+    ~CapturedOutput()
+    {
+        restore();
+        close(file);
+    }
     CapturedOutput(const CapturedOutput&) = delete;
     CapturedOutput& operator=(const CapturedOutput&) = delete;
 
@@ -24,8 +28,8 @@ class CapturedOutput
     std::string text()
     {
         restore();
-        std::string all(static_cast<size_t>(lseek(fileno(file.get()), 0, SEEK_END)), '\0');
-        const ssize_t got = pread(fileno(file.get()), all.data(), all.size(), 0);
+        std::string all(static_cast<size_t>(lseek(file, 0, SEEK_END)), '\0');
+        const ssize_t got = pread(file, all.data(), all.size(), 0);
         all.resize(got < 0 ? 0 : static_cast<size_t>(got));
         return all;
     }
@@ -41,10 +45,7 @@ class CapturedOutput
         before = -1;
     }
 
-    struct Close {
-        void operator()(FILE* f) const { fclose(f); }
-    };
-    std::unique_ptr<FILE, Close> file{tmpfile()};
+    const int file = memfd_create("output", MFD_CLOEXEC);
     int fd;
     int before = -1;
 };

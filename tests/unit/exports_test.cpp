@@ -2,13 +2,13 @@
 // itself change nothing inside the library. This program plays the interpreter:
 // it exports functions of its own and loads the library as Lua loads a module.
 #include <dlfcn.h>
-#include <fstream>
 #include <gtest/gtest.h>
 #include <lua.hpp>
 #include <map>
 #include <sstream>
 
 #include "common/registry.h"
+#include "tests/golden/golden_file.h"
 #include "tests/unit/captured_output.h"
 
 // Functions of the program's own that happen to have the library's names.
@@ -46,20 +46,6 @@ extern "C" const char* __lsan_default_suppressions() { return "leak:lua_addapi\n
 
 namespace
 {
-// The lines of a file under tests/golden, each as its words; comments left out.
-std::vector<std::vector<std::string>> golden_lines(const char* name)
-{
-    std::vector<std::vector<std::string>> lines;
-    std::ifstream file(std::string(GOLDEN_FOLDER "/") + name);
-    for (std::string line; std::getline(file, line);) {
-        std::istringstream words(line);
-        if (!line.empty() && line[0] != '#')
-            lines.emplace_back(std::istream_iterator<std::string>(words), std::istream_iterator<std::string>());
-    }
-    EXPECT_FALSE(lines.empty()) << name;
-    return lines;
-}
-
 struct Exports : testing::Test {
     void* library = dlopen(LIBRPC_SO, RTLD_NOW | RTLD_LOCAL);
     lua_State* L = luaL_newstate();
@@ -107,7 +93,7 @@ struct Exports : testing::Test {
 
 TEST_F(Exports, every_named_function_is_found)
 {
-    for (const auto& line : golden_lines("exports.txt")) {
+    for (const auto& line : golden::list("exports.txt")) {
         EXPECT_NE(find(line[0]), nullptr) << line[0];
         EXPECT_NE(find(line[0]), dlsym(RTLD_DEFAULT, line[0].c_str())) << line[0];
     }
@@ -128,7 +114,7 @@ TEST_F(Exports, names_that_the_program_exports_too_are_never_called)
 
 TEST_F(Exports, opening_registers_every_api_in_order_with_its_own_functions)
 {
-    const auto rows = golden_lines("apis.txt");
+    const auto rows = golden::list("apis.txt");
     for (int round = 0; round < 2; round++, open()) {
         const auto registered = nodes();
         ASSERT_EQ(registered.size(), rows.size());
@@ -150,7 +136,7 @@ TEST_F(Exports, every_service_has_its_client_pair)
         {"50010", "auth"},       {"50011", "ribinfo"},  {"50013", "vrrpinfo"},    {"50015", "sdsminfo"},
         {"50016", "ipcminfo"},   {"50017", "dhcpsnp"},  {"50018", "lpdet"},
     };
-    const auto rows = golden_lines("apis.txt");
+    const auto rows = golden::list("apis.txt");
     const auto registered = nodes();
     ASSERT_EQ(registered.size(), rows.size());
     for (size_t i = 0; i < rows.size(); i++) {
@@ -168,7 +154,7 @@ TEST_F(Exports, unregistered_name_returns_no_value)
 TEST_F(Exports, showapi_lists_every_api_in_order_whatever_debugging_says)
 {
     std::istringstream lines(run("librpc.showapi()"));
-    for (const auto& row : golden_lines("apis.txt")) {
+    for (const auto& row : golden::list("apis.txt")) {
         std::string line;
         ASSERT_TRUE(std::getline(lines, line));
         EXPECT_EQ(line.substr(0, line.find(',')), "name " + row[1]);

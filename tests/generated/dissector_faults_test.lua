@@ -106,9 +106,9 @@ end
 file:close()
 
 local output = scratch .. "/faults.txt"
-local fields = "-e frame.number -e librpc.xid -e _ws.col.Info -e _ws.expert.message -e librpc.vrrp_ssstateEntry.text1"
-os.execute(("tshark -X lua_script:'%s' -r '%s' -T fields -E separator='|' -E aggregator=, %s >'%s' 2>'%s.errors'"):format(
-    plugin, path, fields, output, output))
+local options = "-T fields -E separator='|' -E aggregator=, -e frame.number -e librpc.xid -e _ws.col.Info "
+    .. "-e _ws.expert.message -e librpc.vrrp_ssstateEntry.text1"
+os.execute(("tshark -X lua_script:'%s' -r '%s' %s >'%s' 2>'%s.errors'"):format(plugin, path, options, output, output))
 
 local seen = 0
 for line in io.lines(output) do

@@ -88,7 +88,7 @@ void write_annotations(std::ostream& out)
     for (const Service* service : all_services)
         for (const Api& api : *service)
             if (api.registered())
-                out << "---| '\"" << api.name << "\"' # " << service->name << ": " << signature_of(api) << '\n';
+                out << "---| \"" << api.name << "\" # " << service->name << ": " << signature_of(api) << '\n';
     out << R"(
 ---@class librpc
 librpc = {}

@@ -132,7 +132,7 @@ void write_positions(std::ostream& out, const Table& table)
     const TextForm* output = output_of(table);
     const std::vector<NotedPosition> back = output ? positions_of(*output, Side::Output) : std::vector<NotedPosition>();
 
-    out << "| in | out | field | kind | size | |\n|---:|---:|---|---|---:|---|\n";
+    out << "| in | out | field | kind | size | notes |\n|---:|---:|---|---|---:|---|\n";
     size_t next = 0;
     const auto write_reply_only = [&](size_t until) {
         for (; next < until; next++)

@@ -159,10 +159,8 @@ int connected_socket(lua_State* L, int port)
     address.sin_family = AF_INET;
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
     address.sin_port = htons(static_cast<uint16_t>(port));
-    const timeval wait = {5, 0};
     fd = socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
-    if (fd < 0 || setsockopt(fd, SOL_SOCKET, SO_RCVTIMEO, &wait, sizeof wait) != 0 ||
-        connect(fd, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0)
+    if (fd < 0 || connect(fd, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0)
         fail(L, "socket to the daemon");
     return fd;
 }

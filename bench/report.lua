@@ -15,7 +15,7 @@ local function verdict(value, limit)
   if value <= limit then
     return "met"
   end
-  return ("%.0f%% over"):format((value / limit - 1) * 100)
+  return ("%.1f%% over"):format((value / limit - 1) * 100)
 end
 
 local function units_of(api)

@@ -30,10 +30,10 @@ results.startup = startup.measure(library, rounds(201))
 
 progress("calls")
 timing.use(tonumber(arg[2]), tonumber(arg[3]))
-results.calls = timing.calls(rounds(301), 100)
+results.calls = timing.calls(rounds(601), 50)
 progress("growth")
-results.by_size = timing.by_size(rounds(101), 100, 12)
-results.by_registry = timing.by_registry(library, { 304, 3000, 30000 }, rounds(101), 100)
+results.by_size = timing.by_size(rounds(201), 50, 12)
+results.by_registry = timing.by_registry(library, { 304, 3000, 30000 }, rounds(201), 50)
 
 progress("instructions")
 results.instructions = {}

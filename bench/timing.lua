@@ -9,7 +9,7 @@ local stats = require("stats")
 local timing = {}
 
 local least_own = 0.97 -- of a round's time, that client and daemon used the core
-local most_tries = 1000 -- for a round that counts
+local most_tries = 20000 -- for a round that counts
 
 local look_up_rounds = 5
 

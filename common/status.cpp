@@ -130,6 +130,7 @@ int error_number(const CallStatus& status)
     switch (status.error.re_status) {
     case RPC_CANTSEND:
     case RPC_CANTRECV:
+    case RPC_INTR:
     case RPC_SYSTEMERROR:
         return status.error.re_errno;
     default: // the number's place holds something else
@@ -142,10 +143,12 @@ void write_reason(const CallStatus& status, char* text)
     text[0] = '\0';
     if (status.creation != RPC_SUCCESS)
         append(text, "%s", clnt_sperrno(status.creation));
-    if (status.error.re_status != RPC_SUCCESS && status.error.re_status != status.creation)
-        append(text, text[0] ? " - %s" : "%s", clnt_sperrno(status.error.re_status));
+    const enum clnt_stat call = status.error.re_status;
+    // clnt_sperrno has no words for RPC_INTR
+    if (call != RPC_SUCCESS && call != RPC_INTR && call != status.creation)
+        append(text, text[0] ? " - %s" : "%s", clnt_sperrno(call));
     if (const int number = error_number(status))
-        append(text, " - %s", strerror(number));
+        append(text, text[0] ? " - %s" : "%s", strerror(number));
 }
 
 void write_sentence(const CallStatus& status, char* text)

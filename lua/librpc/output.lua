@@ -157,7 +157,7 @@ function output.lines(rows, options)
     end
     local cut = translate(text, function(character)
       most = most - 1
-      return most > 3 and character or ""
+      return most >= 3 and character or ""
     end, hex_escape)
     return cut .. "..."
   end

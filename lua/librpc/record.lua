@@ -28,7 +28,7 @@ record.codes = {
   empty_text = "an empty text where the fields behind it would move up",
   not_carried = "a field that cannot be sent back as it was read",
   cut_reply = "the reply is as long as it can be: its end may be missing",
-  bad_reply = "the reply is not the API's text",
+  bad_text = "the reply's text is not the API's",
   other_row = "the daemon answered with another row",
   no_end = "nothing says which row is the last",
   daemon_status = "the daemon's own result is not 0",
@@ -76,7 +76,7 @@ end
 
 -- The name of the list that is closest to a wrong one, where one is close.
 function record.nearest(name, names)
-  local best, least = nil, math.max(2, math.floor(#name / 3)) + 1
+  local best, least = nil, math.max(1, math.floor(#name / 3)) + 1
   for _, candidate in ipairs(names) do
     local edits = distance(name, candidate)
     if edits < least then
@@ -533,7 +533,7 @@ local function decode_status(api, text)
   end
   local number = body and to_value.int(body)
   if not number then
-    return fail("bad_reply", api.name, "a status", shown(text))
+    return fail("bad_text", api.name, "a status", shown(text))
   end
   return number
 end
@@ -556,14 +556,14 @@ function record.decode(name, text)
   end
   local parts = split(text, api.separator)
   if #parts ~= #api.output then
-    return fail("bad_reply", api.name, ("a reply of %d fields"):format(#api.output),
+    return fail("bad_text", api.name, ("a reply of %d fields"):format(#api.output),
       ("%d (a text of the daemon's may hold '%s')"):format(#parts, api.separator))
   end
   local row = {}
   for i, position in ipairs(api.output) do
     local value, expected = to_value[position.kind](parts[i], position)
     if value == nil then
-      return fail("bad_reply", api.name .. ": " .. position.name, expected, shown(parts[i]))
+      return fail("bad_text", api.name .. ": " .. position.name, expected, shown(parts[i]))
     end
     row[position.name] = value
   end
@@ -584,7 +584,9 @@ function record.call(name, fields)
   return record.decode(name, reply)
 end
 
--- What of a row an argument of the API can carry, as far as it can.
+-- What of a row an argument of the API carries back: no counters, no raw bytes,
+-- no `oper` and `res`. Where runs of delimiters count as one, only the fields
+-- before the first text that would not stay where it is.
 local function carried(api, row)
   local fields = {}
   for _, position in ipairs(api.input) do
@@ -598,6 +600,14 @@ local function carried(api, row)
     end
   end
   return fields
+end
+
+function record.carried(name, row)
+  local api, message, code = api_of(name)
+  if not api then
+    return nil, message, code
+  end
+  return carried(api, row)
 end
 
 local function result_is_not_0(row)

@@ -188,17 +188,17 @@ for _, row in ipairs {
   { { "oltmib_lldpifnei_get_1", ("x"):rep(3999) }, "oltmib_lldpifnei_get_1: expected a reply of less than 3999 "
     .. "characters, found 3999, so that its end may be missing", "cut_reply" },
   { { "oltmib_vlaninfo_get_1", "7&1&a&b&0&&&&0&0" }, "oltmib_vlaninfo_get_1: expected a reply of 9 fields, "
-    .. "found 10 (a text of the daemon's may hold '&')", "bad_reply" },
+    .. "found 10 (a text of the daemon's may hold '&')", "bad_text" },
   { { "oltmib_vlaninfo_get_1", "" }, "oltmib_vlaninfo_get_1: expected a reply of 9 fields, "
-    .. "found 1 (a text of the daemon's may hold '&')", "bad_reply" },
+    .. "found 1 (a text of the daemon's may hold '&')", "bad_text" },
   { { "oltmib_vlaninfo_get_1", "x&1&a&0&&&&0&0" }, 'oltmib_vlaninfo_get_1: field1: expected a whole number, found "x"',
-    "bad_reply" },
+    "bad_text" },
   { { "oltmib_fdb_get_1", "00-1E&1&a&0&&0&0" }, 'oltmib_fdb_get_1: mac: expected a MAC address, found "00-1E"',
-    "bad_reply" },
+    "bad_text" },
   { { "oltmib_opticaldetail_get_1", ("0&"):rep(16):gsub("0", "1", 1) .. "123" .. ("&"):rep(9) .. "0" },
-    'oltmib_opticaldetail_get_1: alarm: expected at most 32 bytes in hexadecimal digits, found "123"', "bad_reply" },
-  { { vlan, "done" }, 'oltmib_vlaninfo_set_1: expected a status, found "done"', "bad_reply" },
-  { { "oltmib_mgmtvlan_set_1", "0&0" }, 'oltmib_mgmtvlan_set_1: expected a status, found "0&0"', "bad_reply" },
+    'oltmib_opticaldetail_get_1: alarm: expected at most 32 bytes in hexadecimal digits, found "123"', "bad_text" },
+  { { vlan, "done" }, 'oltmib_vlaninfo_set_1: expected a status, found "done"', "bad_text" },
+  { { "oltmib_mgmtvlan_set_1", "0&0" }, 'oltmib_mgmtvlan_set_1: expected a status, found "0&0"', "bad_text" },
 } do
   check.row(record.decode, row[1], { "nil", row[2], row[3] })
 end
@@ -319,7 +319,7 @@ check.equal("nearest", record.nearest("prtinfo", { "portinfo", "portstat" }), "p
 check.equal("nothing near", record.nearest("zzz", { "portinfo" }), nil)
 
 -- Every code that a function returned above is one that the module explains.
-for _, code in ipairs { "unknown_api", "bad_reply", "repeated_row", "not_carried", "no_end" } do
+for _, code in ipairs { "unknown_api", "bad_text", "repeated_row", "not_carried", "no_end" } do
   check.equal(code, type(record.codes[code]), "string")
 end
 

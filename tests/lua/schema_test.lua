@@ -68,8 +68,8 @@ local function counters_as(kind)
   end
   return table.concat(items, " ")
 end
-local mstp_ifstate = "value1:int value2:int text1:text[32] value3:int value4:int value5:int bytes1:hex[8] bytes2:hex[8] "
-  .. "bytes3:hex[8] text2:text[32] oper:int res:int"
+local mstp_ifstate = "value1:int value2:int text1:text[32] value3:int value4:int value5:int bytes1:hex[8] "
+  .. "bytes2:hex[8] bytes3:hex[8] text2:text[32] oper:int res:int"
 
 -- API, { service, program, procedure, operation, table, request, reply }, input, output
 local rows = {
@@ -81,8 +81,8 @@ local rows = {
     { "nsminfo", 50004, 20, "get", "portrate", "oltmib_PortRateEntry", "oltmib_PortRateEntry" },
     "ifx:int field2:int name:text[32] rate0:skip rate1:skip rate2:skip rate3:skip rate4:skip rate5:skip "
       .. "text:text[32] oper:int res:int",
-    "ifx:int field2:int name:text[32] rate0:counter rate1:counter rate2:counter rate3:counter rate4:counter rate5:counter "
-      .. "text:text[32] oper:int res:int" },
+    "ifx:int field2:int name:text[32] rate0:counter rate1:counter rate2:counter rate3:counter rate4:counter "
+      .. "rate5:counter text:text[32] oper:int res:int" },
   { "oltmib_devinfo_get_1",
     { "devinfo", 50002, 1, "get", "devinfo", "oltmib_DevInfoEntry", "oltmib_DevInfoEntry" },
     "text32a:text[32] text32b:text[32] mac:bytes[6] text32c:text[32] text32d:text[32] text32e:text[32] "

@@ -1,0 +1,70 @@
+-- Every script of examples/ beside the simulated device, as its first lines say
+-- to run it.
+local check = require "check"
+local shell = require "shell"
+
+local function example(arguments, environment)
+  return shell.run(("%s %s %s/examples/%s"):format(environment or "", shell.interpreter,
+    os.getenv("LIBRPC_TEST_SOURCE"), arguments))
+end
+
+local function gives(arguments, output, errors, status, environment)
+  check.equal(arguments, { example(arguments, environment) }, { output, errors or "", status or 0 })
+end
+
+gives("port_table.lua", [[
+ifx  name   description           speed    MTU
+1    ge1    uplink to the core     1000   1500
+2    ge2    customer 2             1000   1500
+3    ge3    customer 3             1000   1500
+4    ge4    customer 4             1000   1500
+5    ge5                              0   1500
+6    ge6                              0   1500
+7    ge7    optical line 7         1000   1500
+8    ge8    optical line 8         1000   1500
+]])
+
+gives("change_vlan.lua 10 phones", "VLAN 10 is now phones, ports ge1,ge2\n")
+gives("change_vlan.lua 10 'phones&co'", "", "change_vlan: oltmib_vlaninfo_set_1: field3: expected a text without '&', "
+  .. 'which separates fields, found "phones&co"\n', 1)
+gives("change_vlan.lua 11 phones", "", "change_vlan: oltmib_vlaninfo_get_1: res: expected the row to change, with 0, "
+  .. "found 1\n", 1)
+gives("change_vlan.lua 10", "", "usage: change_vlan.lua VLAN NAME\n", 2)
+
+local output, errors, status = example("watch_counters.lua 0.3 2")
+check.equal("watch_counters: errors and status", { errors, status }, { "", 0 })
+check.equal("watch_counters: rounds", select(2, output:gsub("round %d\n", "")), 2)
+check.equal("watch_counters: lines", select(2, output:gsub("  ge%d    counter9 +%d+ +%d+%.%d a second\n", "")), 16)
+
+-- What is saved is what a changed device gets back.
+gives("backup.lua save nsminfo /run/saved.lua", "", "backup: not kept: vlanbitmapinfo: cannot be read\n", 1)
+shell.run("cp /run/saved.lua /run/first.lua")
+example("change_vlan.lua 20 other")
+gives("backup.lua save nsminfo /run/changed.lua", "", "backup: not kept: vlanbitmapinfo: cannot be read\n", 1)
+check.equal("a change shows in a backup", select(3, shell.run("cmp -s /run/first.lua /run/changed.lua")), 1)
+gives("backup.lua restore /run/saved.lua", "")
+gives("backup.lua save nsminfo /run/again.lua", "", "backup: not kept: vlanbitmapinfo: cannot be read\n", 1)
+check.equal("a restored device is as it was", { shell.run("diff /run/first.lua /run/again.lua") }, { "", "", 0 })
+gives("backup.lua save vrrpinfo /run/vrrp.lua", "")
+gives("backup.lua save nothing /run/nothing.lua", "", "backup: no such service, or none with settings: nothing\n", 1)
+gives("backup.lua", "", "usage: backup.lua save SERVICE FILE | restore FILE\n", 2)
+
+local function html(title, body)
+  return "Content-Type: text/html; charset=utf-8\r\n\r\n<!DOCTYPE html>\n<title>" .. title .. "</title>\n<h1>" .. title
+    .. "</h1>\n" .. body
+end
+gives("page.cgi", "Status: 200 OK\r\n" .. html("svi", "<table>\n<tr><th>field1</th><th>name</th><th>field3</th>"
+  .. "<th>text</th><th>oper</th><th>res</th></tr>\n<tr><td>1</td><td>vlan1</td><td>192.0.2.10/24</td><td></td>"
+  .. "<td>0</td><td>0</td></tr>\n<tr><td>20</td><td>vlan20</td><td>198.51.100.1/24</td><td></td><td>0</td>"
+  .. "<td>0</td></tr>\n</table>\n"), "", 0, "QUERY_STRING=table=svi")
+gives("page.cgi", "Status: 404 Not Found\r\n" .. html("portstats", "<p>librpc: expected the name of a table "
+  .. "(did you mean portstat?), found &quot;portstats&quot;</p>\n"), "", 0, "QUERY_STRING=table=portstats")
+shell.run(shell.interpreter .. [[ $LIBRPC_TEST_SOURCE/lua/rpcctl set svi field1=20 'name=<b>"']])
+output = example("page.cgi", "QUERY_STRING='table=svi'")
+check.equal("markup in a text", output:match("<td>20</td><td>(.-)</td>"), "&lt;b&gt;&quot;")
+shell.tell "stop lpdet"
+gives("page.cgi", "Status: 503 Service Unavailable\r\n" .. html("lpdet_portinfo", "<p>oltmib_lpdet_portinfo_getn_1 "
+  .. "(service lpdet, program 50018): the daemon has not registered with the port mapper [RPC: Program not registered]"
+  .. "</p>\n"), "127.0.0.1: RPC: Program not registered\n", 0, "QUERY_STRING=table=lpdet_portinfo")
+
+check.finish()

@@ -1,0 +1,59 @@
+-- librpc.output: cells, JSON and lines.
+local check = require "check"
+local output = require "librpc.output"
+
+-- A text, and what is printed of it
+for _, row in ipairs {
+  { "", "" },
+  { "plain text, 'quoted'", "plain text, 'quoted'" },
+  { "tab\tline\nreturn\r", "tab\\tline\\nreturn\\r" },
+  { "\27[31mred\127", "\\x1b[31mred\\x7f" },
+  { "back\\slash", "back\\\\slash" },
+  { "Grüße ✓ 🙂", "Grüße ✓ 🙂" },
+  { "\194\155", "\\xc2\\x9b" }, -- a control character of one's own right
+  { "\255\254a", "\\xff\\xfea" },
+  { "cut \195", "cut \\xc3" },
+  { "overlong \192\175", "overlong \\xc0\\xaf" },
+  { "surrogate \237\160\128", "surrogate \\xed\\xa0\\x80" },
+  { "beyond \244\144\128\128", "beyond \\xf4\\x90\\x80\\x80" },
+} do
+  check.row(output.printable, { row[1] }, { row[2] })
+end
+
+-- A value, and its cell
+for _, row in ipairs {
+  { 7, "7" }, { -2147483648, "-2147483648" }, { 4294967295, "4294967295" }, { 2.5, "2.5" },
+  { "18446744073709551615", "18446744073709551615" }, { { 1, 2, -3 }, "1,2,-3" }, { "a\tb", "a\\tb" },
+} do
+  check.row(output.cell, { row[1] }, { row[2] })
+end
+check.equal("no value", output.cell(nil), "")
+
+-- A value, its order, and its JSON
+for _, row in ipairs {
+  { 7, nil, "7" }, { -0.25, nil, "-0.25" }, { 4294967295, nil, "4294967295" }, { 1 / 0, nil, "null" },
+  { true, nil, "true" },
+  { "18446744073709551615", nil, '"18446744073709551615"' },
+  { 'a"b\\c\n\r\t\0\27', nil, '"a\\"b\\\\c\\n\\r\\t\\u0000\\u001b"' },
+  { "Grüße\255", nil, '"Grüße\\u00ff"' },
+  { { 1, "a", { 2 } }, nil, '[1,"a",[2]]' },
+  { output.as_array {}, nil, "[]" },
+  { {}, nil, "{}" },
+  { { b = 1, a = 2 }, nil, '{"a":2,"b":1}' },
+  { { b = 1, a = 2 }, { "b", "a" }, '{"b":1,"a":2}' },
+  { { { b = 1, a = 2 }, { a = 3 } }, { "b", "a" }, '[{"b":1,"a":2},{"a":3}]' },
+} do
+  check.row(output.json, { row[1], row[2] }, { row[3] })
+end
+
+local rows = { { { "name", "header" }, { "value", "header" } }, { "ü", "1" }, { "long name", { "22", "changed" } } }
+check.equal("tabs", output.lines(rows, {}), "name\tvalue\nü\t1\nlong name\t22\n")
+check.equal("columns", output.lines(rows, { aligned = true }), "name       value\nü          1\nlong name  22\n")
+check.equal("colours", output.lines(rows, { aligned = true, coloured = true }),
+  "\27[1mname\27[0m       \27[1mvalue\27[0m\nü          1\nlong name  \27[1;33m22\27[0m\n")
+check.equal("cut cells", output.lines({ { "a long text here", "b" }, { "short", "c" } }, { aligned = true, most = 10 }),
+  "a long ...  b\nshort       c\n")
+check.equal("nothing is cut for programs", output.lines({ { "a long text here", "b" } }, { most = 10 }),
+  "a long text here\tb\n")
+
+check.finish()

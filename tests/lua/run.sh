@@ -1,0 +1,20 @@
+#!/bin/bash
+# Runs one Lua test:
+#
+#     run.sh BUILD LIBRARIES INTERPRETER TEST [device]
+#
+# LIBRARIES is the folder of librpc.so for that interpreter; with `device` the
+# test runs beside the simulated device of BUILD.
+set -euo pipefail
+build=$1 libraries=$2 interpreter=$3 test=$4
+source=$(cd "$(dirname "$0")/../.." && pwd)
+export LIBRPC_TEST_SOURCE=$source LIBRPC_BUILD=$libraries
+export LUA_PATH="$source/tests/lua/?.lua;$source/lua/?.lua;;" LUA_CPATH="$libraries/?.so;;"
+unset LUA_INIT NO_COLOR
+command=("$interpreter" "$source/tests/lua/$test.lua")
+# a sanitized library in an interpreter that is not
+[ -z "${LIBRPC_TEST_PRELOAD:-}" ] || export LD_PRELOAD=$LIBRPC_TEST_PRELOAD
+if [ "${5:-}" = device ]; then
+  exec "$source/tools/with_device.sh" "$build" -- "${command[@]}"
+fi
+exec "${command[@]}"

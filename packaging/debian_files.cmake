@@ -1,6 +1,6 @@
 # Run by CPack on the staged package: what Debian's policy wants of one, which
 # `cmake --install` has no use for.
-set(root "${CMAKE_INSTALL_PREFIX}")
+set(root "${CPACK_TEMPORARY_INSTALL_DIRECTORY}/usr")
 set(docs "${root}/share/doc/${CPACK_PACKAGE_NAME}")
 
 file(MAKE_DIRECTORY "${docs}")

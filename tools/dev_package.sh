@@ -1,0 +1,71 @@
+#!/bin/bash
+# ./dev package: builds the Debian package into build-package/ and asks lintian.
+# ./dev package check: then installs it with apt into a root of its own that has
+# nothing but Debian's base system, tries it there beside the simulated device of
+# build/, and removes it again. `check` needs root and takes a few minutes.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+
+fail() {
+  echo "package: $1: expected $2, found $3" >&2
+  exit 1
+}
+
+build="build-package"
+cmake -S . -B $build -G Ninja -DCMAKE_BUILD_TYPE=Release -DCMAKE_INSTALL_PREFIX=/usr -DLIBRPC_TESTS=OFF >/dev/null
+cmake --build $build
+rm -f $build/*.deb
+(cd $build && cpack -G DEB >cpack.log) || fail cpack "a package" "$(tail -n 3 $build/cpack.log)"
+package=$(echo $build/lua-librpc_*.deb)
+dpkg-deb --contents "$package" | awk '{ print $6 }'
+lintian --fail-on error "$package" || fail lintian "no errors in $package" "those above"
+echo "package: $package"
+[ "${1:-}" = check ] || exit 0
+
+[ "$(id -u)" = 0 ] || fail privileges root "$(id -un)"
+command -v debootstrap >/dev/null || fail programs debootstrap none
+[ -x build/simulated_device ] || fail build "the simulated device (./dev build)" none
+
+# A clean root, kept for the next time as an archive.
+archive=$build/root.tar
+root=$build/root
+rm -rf $root
+if [ ! -e $archive ]; then
+  mirror=$(sed -n -E 's/^(deb|URIs:)( \[[^]]*\])? *(https?:[^ ]+).*/\3/p' /etc/apt/sources.list /etc/apt/sources.list.d/* 2>/dev/null | head -n 1)
+  debootstrap --variant=minbase bookworm $root "${mirror:-http://deb.debian.org/debian}" >$build/debootstrap.log 2>&1 ||
+    fail debootstrap "Debian 12's base system" "$(tail -n 1 $build/debootstrap.log)"
+  for file in /etc/apt/sources.list /etc/apt/sources.list.d /etc/apt/apt.conf.d /etc/apt/trusted.gpg.d; do
+    [ ! -e $file ] || cp -rT $file $root$file
+  done
+  cp /etc/resolv.conf $root/etc/
+  tar -C $root -cf $archive .
+else
+  mkdir $root
+  tar -C $root -xf $archive
+fi
+cp "$package" $root/package.deb
+# Debian's minimal images leave manual pages out; this check wants to read one.
+cat >$root/check.sh <<'END'
+set -eu
+export DEBIAN_FRONTEND=noninteractive
+rm -f /etc/dpkg/dpkg.cfg.d/docker* /etc/apt/apt.conf.d/docker-*
+apt-get -qq update
+before=$(find / -xdev -path /proc -prune -o -name '*rpcctl*' -print -o -name '*librpc*' -print)
+apt-get -qq install -y --no-install-recommends /package.deb man-db >/dev/null
+lua5.1 -e 'require "librpc" assert(require "librpc.schema".api("oltmib_devinfo_get_1"))'
+[ "$(rpcctl list | wc -l)" = 304 ]
+man rpcctl | grep -q 'rpcctl - read'
+man librpc | grep -q callapi
+END
+cat >$root/remove.sh <<'END'
+set -eu
+DEBIAN_FRONTEND=noninteractive apt-get -qq purge -y lua-librpc >/dev/null
+left=$(find / -xdev \( -path /proc -o -name package.deb \) -prune -o \( -name '*rpcctl*' -o -name '*librpc*' \) -print)
+[ -z "$left" ] || { echo "package: removal: expected nothing left, found $left" >&2; exit 1; }
+END
+mount -t proc proc $root/proc
+trap 'umount "$root/proc"' EXIT
+chroot $root sh /check.sh
+tools/with_device.sh build -- chroot $root sh -c 'rpcctl get devinfo && rpcctl rows portinfo --fields ifx,name'
+chroot $root sh /remove.sh
+echo "package: installs, runs and leaves nothing behind"

@@ -55,7 +55,7 @@ for target in $targets; do
 		rm -rf "$build/kept"
 		mkdir -p "$build/kept"
 		# one input for each piece of code that is reached, not for each count
-		"$fuzz" -merge=1 -use_counters=0 -use_cmp=0 -max_len=12000 "$build/kept" "$kept/$target" "$corpus" \
+		"$fuzz" -set_cover_merge=1 -use_counters=0 -use_cmp=0 -max_len=12000 "$build/kept" "$kept/$target" "$corpus" \
 			>"$build/found/$target-merge.log" 2>&1 ||
 			fail "$target: expected kept inputs, found what $build/found/$target-merge.log says"
 		rm -rf "${kept:?}/$target"

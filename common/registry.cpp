@@ -19,26 +19,22 @@ namespace
 ListLinks* const poisoned_next = reinterpret_cast<ListLinks*>(0x100100);
 ListLinks* const poisoned_prev = reinterpret_cast<ListLinks*>(0x200200);
 
-// A name's place in the index. It lies behind the first node that had the name,
-// in the same allocation; no node is ever freed, so no place is either.
-struct Place {
-    Place* branch[4];
+// The first node that had a name is also the name's place in the index. No node
+// is ever freed, so no place is either.
+struct PlacedNode : ApiNode {
+    PlacedNode* branch[4];
     uint64_t hash;
     ApiNode* latest; // the latest node of that name
-    char name[sizeof ApiNode::name];
 };
 
-struct PlacedNode {
-    ApiNode node;
-    Place place;
-};
-
-Place* index_root;
+PlacedNode* index_root;
 
 // The list's tail as the registry left it. When it is another one, somebody
 // changed the list by the primitives alone, and the index may not know all:
 // lookups then walk, as long as that tail stands.
 ListLinks* known_tail = &apinode_head;
+
+bool index_is_complete() { return apinode_head.prev == known_tail; }
 
 uint64_t hash_of(const char* name) // FNV-1a
 {
@@ -49,9 +45,9 @@ uint64_t hash_of(const char* name) // FNV-1a
 }
 
 // The link that leads to the name's place, or that would.
-Place** place_of(const char* name, uint64_t hash)
+PlacedNode** place_of(const char* name, uint64_t hash)
 {
-    Place** link = &index_root;
+    PlacedNode** link = &index_root;
     for (uint64_t bits = hash * 0x9e3779b97f4a7c15U; *link; bits <<= 2) {
         if ((*link)->hash == hash && strcmp((*link)->name, name) == 0)
             break;
@@ -97,26 +93,25 @@ void list_del(ListLinks* entry)
 int lua_addapi(const ApiNode* api)
 {
     const uint64_t hash = hash_of(api->name);
-    Place** link = place_of(api->name, hash);
+    PlacedNode** link = place_of(api->name, hash);
     const bool is_new = !*link;
-    void* memory = malloc(is_new ? sizeof(PlacedNode) : sizeof(ApiNode));
-    if (!memory)
+    auto* node = static_cast<ApiNode*>(malloc(is_new ? sizeof(PlacedNode) : sizeof(ApiNode)));
+    if (!node)
         return 0;
-    lua_delapi(api->name);
-    const bool tail_is_known = apinode_head.prev == known_tail;
-    auto* node = static_cast<ApiNode*>(memory);
+    if (!is_new || !index_is_complete()) // else there is no node of that name
+        lua_delapi(api->name);
+    const bool was_complete = index_is_complete();
     *node = *api;
     node->next = node->prev = node;
     list_add_tail(node, &apinode_head);
     if (is_new) {
-        Place& place = static_cast<PlacedNode*>(memory)->place;
-        place = {};
-        place.hash = hash;
-        memcpy(place.name, api->name, sizeof place.name);
-        *link = &place;
+        auto* place = static_cast<PlacedNode*>(node);
+        memset(place->branch, 0, sizeof place->branch);
+        place->hash = hash;
+        *link = place;
     }
     (*link)->latest = node;
-    if (tail_is_known)
+    if (was_complete)
         known_tail = node;
     return 1;
 }
@@ -126,18 +121,18 @@ int lua_delapi(const char* name)
     ApiNode* node = lua_getapibyname(name);
     if (!node)
         return 0;
-    const bool tail_is_known = apinode_head.prev == known_tail;
+    const bool was_complete = index_is_complete();
     list_del(node);
-    if (tail_is_known)
+    if (was_complete)
         known_tail = apinode_head.prev;
     return 1;
 }
 
 ApiNode* lua_getapibyname(const char* name)
 {
-    if (apinode_head.prev != known_tail)
+    if (!index_is_complete())
         return walk_to(name);
-    const Place* place = *place_of(name, hash_of(name));
+    const PlacedNode* place = *place_of(name, hash_of(name));
     return place && is_linked(place->latest) ? place->latest : nullptr;
 }
 

@@ -5,6 +5,8 @@
 #include <cstdio>
 #include <cstring>
 
+#include "common/digits.h"
+
 namespace
 {
 char empty[] = "";
@@ -51,8 +53,9 @@ bool read_common_mac(const char* text, unsigned char* mac)
 char* int2str(void* value)
 {
     static char text[40];
-    snprintf(text, sizeof text, "%d", value ? *static_cast<const int*>(value) : -1);
-    return text;
+    char* const end = text + sizeof text - 1; // stays NUL
+    const char* first = write_digits(end, value ? *static_cast<const int*>(value) : -1);
+    return static_cast<char*>(memmove(text, first, static_cast<size_t>(end + 1 - first)));
 }
 
 char* mac2str(const void* mac, char* text)

@@ -141,7 +141,7 @@ bool_t code_value(XDR* xdrs, Kind kind, void* value)
     return FALSE;
 }
 
-bool_t code_plainly(XDR* xdrs, const Field* fields, unsigned count, char* object)
+[[gnu::noinline]] bool_t code_plainly(XDR* xdrs, const Field* fields, unsigned count, char* object)
 {
     for (const Field* field = fields; field < fields + count; field++)
         for (unsigned i = 0; i < field->count; i++)

@@ -132,7 +132,7 @@ class ExactBuffer
   public:
     explicit ExactBuffer(const unsigned char* bytes, size_t size) : memory(operator new(size))
     {
-        memcpy(memory, bytes, size);
+        std::copy(bytes, bytes + size, static_cast<unsigned char*>(memory));
     }
     ~ExactBuffer() { operator delete(memory); }
     ExactBuffer(const ExactBuffer&) = delete;

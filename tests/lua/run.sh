@@ -11,9 +11,10 @@ source=$(cd "$(dirname "$0")/../.." && pwd)
 export LIBRPC_TEST_SOURCE=$source LIBRPC_BUILD=$libraries
 export LUA_PATH="$source/tests/lua/?.lua;$source/lua/?.lua;;" LUA_CPATH="$libraries/?.so;;"
 unset LUA_INIT NO_COLOR
-command=("$interpreter" "$source/tests/lua/$test.lua")
+command=()
 # a sanitized library in an interpreter that is not
-[ -z "${LIBRPC_TEST_PRELOAD:-}" ] || export LD_PRELOAD=$LIBRPC_TEST_PRELOAD
+[ -z "${LIBRPC_TEST_PRELOAD:-}" ] || command+=(env "LD_PRELOAD=$LIBRPC_TEST_PRELOAD")
+command+=("$interpreter" "$source/tests/lua/$test.lua")
 if [ "${5:-}" = device ]; then
   exec "$source/tools/with_device.sh" "$build" -- "${command[@]}"
 fi

@@ -1,7 +1,7 @@
 #!/bin/bash
 # Runs one Lua test:
 #
-#     run.sh BUILD LIBRARIES INTERPRETER TEST [device]
+#     run.sh BUILD LIBRARIES INTERPRETER TEST [device [ARGUMENT]...]
 #
 # LIBRARIES is the folder of librpc.so for that interpreter; with `device` the
 # test runs beside the simulated device of BUILD.
@@ -16,6 +16,6 @@ command=()
 [ -z "${LIBRPC_TEST_PRELOAD:-}" ] || command+=(env "LD_PRELOAD=$LIBRPC_TEST_PRELOAD")
 command+=("$interpreter" "$source/tests/lua/$test.lua")
 if [ "${5:-}" = device ]; then
-  exec "$source/tools/with_device.sh" "$build" -- "${command[@]}"
+  exec "$source/tools/with_device.sh" "$build" -- "${command[@]}" "${@:6}"
 fi
 exec "${command[@]}"

@@ -1,0 +1,81 @@
+-- The examples of the documents, beside the simulated device: each file in a
+-- fresh row of commands and scripts, with the output that it shows.
+--
+-- In a console block a line "$ COMMAND" is run and the lines below it are its
+-- output; "..." stands for any further lines. In a lua block the texts behind
+-- "-->" are what the whole block prints.
+local check = require "check"
+local shell = require "shell"
+
+local source = os.getenv("LIBRPC_TEST_SOURCE")
+local prefix = ("cd %s; PATH=%s/lua:$PATH; "):format(source, source)
+
+local function printed(command)
+  return (shell.run("{ " .. prefix .. command .. "\n} 2>&1"))
+end
+
+local function run_console(name, block)
+  local command, expected
+  local function finish()
+    if not command then
+      return
+    end
+    local output = printed(command)
+    local any = expected:find("...\n", 1, true)
+    if any then
+      output, expected = output:sub(1, any - 1), expected:sub(1, any - 1)
+    end
+    check.equal(name .. ": " .. command, output, expected)
+  end
+  for line in block:gmatch("([^\n]*)\n") do
+    if line:match("^%$ ") then
+      finish()
+      command, expected = line:sub(3), ""
+    else
+      expected = expected .. line .. "\n"
+    end
+  end
+  finish()
+end
+
+local function run_lua(name, block)
+  local expected = {}
+  for text in block:gmatch("%-%->%s?([^\n]*)") do
+    expected[#expected + 1] = text .. "\n"
+  end
+  if #expected == 0 then
+    return
+  end
+  local path = os.tmpname()
+  local file = assert(io.open(path, "w"))
+  file:write(block)
+  file:close()
+  local output = printed(shell.interpreter .. " " .. path):gsub("0x%x+", "ADDRESS")
+  os.remove(path)
+  check.equal(name .. ":\n" .. block, output, table.concat(expected))
+end
+
+for i = 1, #arg do
+  local blocks = 0
+  local text = assert(io.open(source .. "/" .. arg[i])):read("*a")
+  for language, block in text:gmatch("\n```(%a+)\n(.-\n)```\n") do
+    if language == "console" then
+      run_console(arg[i], block)
+    elseif language == "lua" then
+      run_lua(arg[i], block)
+    end
+    blocks = blocks + 1
+  end
+  check.equal(arg[i] .. " has examples", blocks > 0, true)
+end
+
+-- The tables of codes are the modules' own.
+local documented = assert(io.open(source .. "/docs/named_fields.md")):read("*a")
+for _, codes in ipairs { require("librpc.record").codes, require("librpc.status").codes } do
+  for code, meaning in pairs(codes) do
+    local row = ("| `%s` | %s |\n"):format(code, meaning)
+    check.equal("docs/named_fields.md: " .. code, documented:find(row, 1, true) and row or "no such row", row)
+  end
+end
+
+check.finish()

@@ -25,8 +25,11 @@ if [ -z "${IN_DEVICE_NETWORK:-}" ]; then
     command -v "$program" >/dev/null || fail programs "$program (./dev demo installs it)" none
   done
   [ -x "$1/simulated_device" ] || fail "$1" "a built simulated_device" none
-  problem=$(unshare -n -m true 2>&1) || fail privileges "leave to make network and mount namespaces" "$problem"
-  IN_DEVICE_NETWORK=1 exec unshare -n -m "$0" "$@"
+  # in a chroot / is no mount point, whose propagation could be changed
+  namespaces=(unshare -n -m)
+  "${namespaces[@]}" true 2>/dev/null || namespaces+=(--propagation unchanged)
+  problem=$("${namespaces[@]}" true 2>&1) || fail privileges "leave to make network and mount namespaces" "$problem"
+  IN_DEVICE_NETWORK=1 exec "${namespaces[@]}" "$0" "$@"
 fi
 unset IN_DEVICE_NETWORK
 
@@ -54,6 +57,7 @@ clean_up() {
     kill "$pid" 2>/dev/null || true
   done
   wait 2>/dev/null || true
+  umount -l /run || true # where the mount could be seen from outside, it goes too
 }
 
 # Asks until `$2...` succeeds or the process $1 is gone.

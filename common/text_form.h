@@ -16,6 +16,9 @@
 //     TRACED_PARSER(example, 58, "ifx %d, oper %d", row.ifx, row.oper)
 //     TRACED_FORMATTER(example, 66, "str: %s", str)
 // What no attribute says is a function of its own, see portinfo's parser.
+//
+// These macros define functions: a converters.h is included by its service.cpp
+// alone.
 #pragma once
 
 #include <array>
@@ -180,7 +183,8 @@ template <bool follows> constexpr Field counted_hex(Field bytes)
 #define TABLE(table, Type, ...)                                                                                        \
     DEFINE_TABLE(table, Type, __VA_OPT__(CHANGED_POSITIONS(__VA_ARGS__)), make_form<Entry>(__VA_OPT__(positions)))
 
-// As TABLE, with another splitting, joining or buffer: split_on(), joined_by(), with_buffer().
+// As TABLE with fields converted otherwise, and another splitting, joining or
+// buffer: split_on(), joined_by(), with_buffer().
 #define TABLE_AS(table, Type, changes, ...)                                                                            \
     DEFINE_TABLE(table, Type, CHANGED_POSITIONS(__VA_ARGS__), make_form<Entry>(positions).changes)
 
@@ -201,7 +205,8 @@ template <bool follows> constexpr Field counted_hex(Field bytes)
 #define TRACED_PARSER(table, line, ...)                                                                                \
     void* str2arg_##table(char* text)                                                                                  \
     {                                                                                                                  \
-        const size_t length = strlen(text);                                                                            \
+        static_assert(!tables::table::form.delimiters[0], "unsplit() knows '&' only");                                 \
+        const size_t length = rpclib_dbg ? strlen(text) : 0;                                                           \
         auto& row = parse<tables::table>(text);                                                                        \
         if (rpclib_dbg)                                                                                                \
             unsplit(text, length);                                                                                     \

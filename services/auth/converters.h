@@ -12,6 +12,7 @@ TABLE(d1xpcfg, oltmib_d1xPcfgEntry)
 TRACED_PARSER(d1xpcfg, 56, "ifx %d, oper %d", row.ifx, row.oper)
 TRACED_FORMATTER(d1xpcfg, 66, "str: %s", str)
 
+// Four of the twenty-four ints are text; the fourth is int7.
 TABLE_OF(d1xpst, oltmib_d1xPstEntry, AT(ifx), AT(text40), AT(int1), AT(int2), AT(int3), AT(int7), AT(text32), AT(oper),
          AT(res))
 TRACED_PARSER(d1xpst, 86, "ifx %d, oper %d", row.ifx, row.oper)
@@ -21,6 +22,7 @@ TABLE(macauthpcfg, oltmib_macauthPcfgEntry)
 TRACED_PARSER(macauthpcfg, 117, "ifx %d, oper %d", row.ifx, row.oper)
 TRACED_FORMATTER(macauthpcfg, 127, "str: %s", str)
 
+// Unlike the other tables of ports, the interface comes fifth.
 TABLE(macauthuser, oltmib_macauthUserEntry, MAC(mac))
 TRACED_PARSER(macauthuser, 147, "ifx %d, oper %d", row.ifx, row.oper)
 TRACED_FORMATTER(macauthuser, 156, "str: %s", str)

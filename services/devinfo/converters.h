@@ -4,6 +4,8 @@
 #include "common/text_form.h"
 #include "services/devinfo/records.h"
 
+// The MAC address goes out as the characters of its text, cut like one, but comes
+// back as an address.
 TABLE(devinfo, oltmib_DevInfoEntry, RAW_MAC(mac), UNSIGNED(int1), INPUT_ONLY(oper))
 TRACED_PARSER(devinfo, 28, "save config %d, hostname %s, oper %d", row.saveconfig, row.hostname, row.oper)
 TRACED_FORMATTER(devinfo, 37, "str: %s", str)

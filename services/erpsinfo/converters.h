@@ -4,6 +4,7 @@
 #include "common/text_form.h"
 #include "services/erpsinfo/records.h"
 
+// value1 stands before text2 in the text, behind it on the wire.
 TABLE_OF(erpsinst, oltmib_ErpsInstEntry, AT(text1), AT(value1), AT(text2), AT(value2), AT(value3), AT(value4),
          AT(text3), AT(text4), AT(text5), AT(text6), AT(oper), AT(res))
 CONVERTERS(erpsinst)

@@ -34,7 +34,7 @@ struct oltmib_tmEntry {
     char text40[40];
     char text64a[64];
     char text64b[64];
-    char text65[65];
+    char text65[65]; // one more than its neighbours
     int int1, int2, int3;
     char text64c[64];
     char text64d[64];

@@ -32,6 +32,7 @@ TRACED_PARSER(mbainststate, 202, "name %s, dip %s, oper %d", row.name, row.dip, 
 FORMATTER(mbainststate)
 
 TABLE(mbaserialstatis, oltmib_mbaserialstatisEntry)
+// Counters of 2^31 and more show as negative numbers, here as in the text.
 TRACED_PARSER(mbaserialstatis, 238, "ifx %d, err %d, oper %d", row.ifx, row.err, row.oper)
 FORMATTER(mbaserialstatis)
 

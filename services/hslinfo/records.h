@@ -22,6 +22,7 @@ struct oltmib_portintfmodeEntry {
     int oper, res;
 };
 RECORD(oltmib_portintfmodeEntry, ifx, mode_flag, mode, int4, int5, text32, oper, res)
+UNITS(oltmib_portintfmodeEntry, 39)
 
 struct oltmib_portinbandanEntry {
     int ifx, state;

@@ -55,4 +55,5 @@ struct oltmib_mstpifstateEntry {
 RECORD(oltmib_mstpifstateEntry, value1, value2, text1, value3, value4, value5, bytes1, bytes2, bytes3, text2, oper, res)
 UNITS(oltmib_mstpifstateEntry, 95)
 
+// The daemon's own; no record of ours holds one.
 WIRE_ENUM(oltmib_mstpver_e)

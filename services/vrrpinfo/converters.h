@@ -4,6 +4,7 @@
 #include "common/text_form.h"
 #include "services/vrrpinfo/records.h"
 
+// The trace shows the interface where it says ip, too.
 TABLE(vrrp_ssconf, oltmib_vrrp_ssconfEntry)
 TRACED_PARSER(vrrp_ssconf, 30, "vrid %d, ifname %s, ip %s, oper %d", row.vrid, row.ifname, row.ifname, row.oper)
 FORMATTER(vrrp_ssconf)

@@ -72,4 +72,5 @@ struct oltmib_arpEntry {
 };
 RECORD(oltmib_arpEntry, field1, field2, field3, field4, text, oper, res)
 
+// The daemon's own; no record of ours holds one.
 WIRE_ENUM(oltmib_agmode_e)

@@ -80,4 +80,5 @@ struct oltmib_dnsEntry {
 };
 RECORD(oltmib_dnsEntry, field1, field2, field3, field4, text, oper, res)
 
+// The daemon's own; no record of ours holds one.
 WIRE_ENUM(oltmib_dos_type)

@@ -75,4 +75,5 @@ struct oltmib_PMInfoEntry {
 };
 RECORD(oltmib_PMInfoEntry, sid, mode, desc, src, src_vlan, to, dir, to_switch, rspan_vlan, state, text, oper, res)
 
+// The daemon's own; no record of ours holds one.
 WIRE_ENUM(oltmib_iftype_e)

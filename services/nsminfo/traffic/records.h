@@ -142,6 +142,7 @@ struct oltmib_qosifcfgEntry {
 };
 RECORD(oltmib_qosifcfgEntry, ifx, name, list1, list2, text, oper, res)
 
+// The daemon's own; no record of ours holds one.
 WIRE_ENUM(oltmib_ratelimit_type)
 
 WIRE_ENUM(oltmib_class_matchtype)

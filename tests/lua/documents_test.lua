@@ -3,7 +3,8 @@
 --
 -- In a console block a line "$ COMMAND" is run and the lines below it are its
 -- output; "..." stands for any further lines. In a lua block the texts behind
--- "-->" are what the whole block prints.
+-- "-->" are what the whole block prints; one without them only has to run. So
+-- have the lines of an sh block that begin with rpcctl or lua5.1.
 local check = require "check"
 local shell = require "shell"
 
@@ -43,16 +44,25 @@ local function run_lua(name, block)
   for text in block:gmatch("%-%->%s?([^\n]*)") do
     expected[#expected + 1] = text .. "\n"
   end
-  if #expected == 0 then
-    return
-  end
   local path = os.tmpname()
   local file = assert(io.open(path, "w"))
   file:write(block)
   file:close()
-  local output = printed(shell.interpreter .. " " .. path):gsub("0x%x+", "ADDRESS")
+  local output, errors, status = shell.run(prefix .. shell.interpreter .. " " .. path)
   os.remove(path)
-  check.equal(name .. ":\n" .. block, output, table.concat(expected))
+  check.equal(name .. ":\n" .. block, { errors, status }, { "", 0 })
+  if #expected > 0 then
+    check.equal(name .. ":\n" .. block, (output:gsub("0x%x+", "ADDRESS")), table.concat(expected))
+  end
+end
+
+local function run_shell(name, block)
+  for line in block:gmatch("[^\n]+") do
+    if line:match("^rpcctl ") or line:match("^lua5%.1 ") then
+      local _, errors, status = shell.run(prefix .. line)
+      check.equal(name .. ": " .. line, { errors, status }, { "", 0 })
+    end
+  end
 end
 
 for i = 1, #arg do
@@ -63,6 +73,8 @@ for i = 1, #arg do
       run_console(arg[i], block)
     elseif language == "lua" then
       run_lua(arg[i], block)
+    elseif language == "sh" then
+      run_shell(arg[i], block)
     end
     blocks = blocks + 1
   end

@@ -58,6 +58,7 @@ for target in $targets; do
 		"$fuzz" -set_cover_merge=1 -use_counters=0 -use_cmp=0 -max_len=12000 "$build/kept" "$kept/$target" "$corpus" \
 			>"$build/found/$target-merge.log" 2>&1 ||
 			fail "$target: expected kept inputs, found what $build/found/$target-merge.log says"
+		cp "$kept/$target"/edge_* "$build/kept" # chosen by hand
 		rm -rf "${kept:?}/$target"
 		mv "$build/kept" "$kept/$target"
 		echo "  kept: $(find "$kept/$target" -type f | wc -l)"

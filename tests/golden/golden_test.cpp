@@ -138,7 +138,7 @@ TEST_P(EveryApi, prints_its_trace_lines)
     for_each_vector([&](const golden::Vector& vector, const Outcome& outcome) {
         std::string expected;
         for (const std::string& line : vector.traces)
-            expected += as_this_host_reads(line) + "\r\n";
+            expected += (line.compare(0, 9, "[arg2str_") == 0 ? line : as_this_host_reads(line)) + "\r\n";
         EXPECT_EQ(outcome.parser_lines + (vector.text ? outcome.formatter_lines : ""), expected);
     });
 }

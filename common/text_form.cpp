@@ -12,8 +12,6 @@ int rpclib_dbg;
 namespace
 {
 constexpr char delimiter = '&';
-constexpr int most_items = 80;      // that a list is split into
-constexpr unsigned hex_size = 20;   // of an 8-byte hex text
 constexpr unsigned real_size = 320; // of the longest double with two decimals
 
 // atoi. The digits that nearly every text consists of are read here; signs,

@@ -28,6 +28,8 @@
 
 constexpr unsigned text_size = 1024;  // of a reply's text, its NUL included
 constexpr unsigned list_size = 256;   // of a list's text in an argument, its NUL included
+constexpr int most_items = 80;        // that such a list is split into
+constexpr unsigned hex_size = 20;     // of a hex text, its NUL included
 constexpr int counted_hex_size = 100; // of a counted hex text, its NUL included
 constexpr unsigned most_positions = 40;
 
@@ -121,6 +123,15 @@ template <class... Fields> constexpr std::array<Field, sizeof...(Fields)> positi
     return {fields...};
 }
 
+constexpr bool reads_counters(const Field* positions, size_t count)
+{
+    for (size_t i = 0; i < count; i++)
+        if (positions[i].use != Use::Unread && positions[i].use != Use::OutputOnly &&
+            (positions[i].kind == Kind::Int64 || positions[i].kind == Kind::UInt64))
+            return true;
+    return false;
+}
+
 template <class T, size_t N> constexpr TextForm make_form(const std::array<Field, N>& positions)
 {
     static_assert(N <= most_positions, "raise most_positions: an argument is split into no more");
@@ -134,28 +145,53 @@ template <class T> constexpr TextForm make_form()
     return {&record_of<T>, Description<T>::fields, field_count<T>};
 }
 
+// The notation of positions, inside a table's macro. COUNTER and RATE are 64-bit
+// values that only come back: the argument has their position, nothing reads it.
 #define POSITION(member, ...) make_field<decltype(Entry::member)>(offsetof(Entry, member), __VA_ARGS__)
 #define AT(member) POSITION(member, Text::Plain)
-#define MAC(member) POSITION(member, Text::Mac)
-#define RAW_MAC(member) POSITION(member, Text::RawMac)
-#define HEX(member) POSITION(member, Text::Hex)
-#define LIST(member) POSITION(member, Text::List)
+#define MAC(member) mac_field<sizeof(Entry::member)>(POSITION(member, Text::Mac))
+#define RAW_MAC(member) mac_field<sizeof(Entry::member)>(POSITION(member, Text::RawMac))
+#define HEX(member) hex_field<sizeof(Entry::member)>(POSITION(member, Text::Hex))
+#define LIST(member) list_field<std::extent_v<decltype(Entry::member)>>(POSITION(member, Text::List))
 #define UNSIGNED(member) POSITION(member, Text::Unsigned)
 #define COUNTER(member) POSITION(member, Text::Unsigned, Use::Unread)
 #define RATE(member) POSITION(member, Text::Plain, Use::Unread)
 #define OUTPUT_ONLY(member) POSITION(member, Text::Plain, Use::OutputOnly)
 #define INPUT_ONLY(member) POSITION(member, Text::Plain, Use::InputOnly)
-// Bytes whose number stands in the int `length` just before them.
+// Bytes whose number stands in the int `length` just before them. A reply's
+// number may say more than there are; the digits then go on into what follows.
 #define COUNTED_HEX(length, member)                                                                                    \
-    counted_hex<offsetof(Entry, length) + sizeof(Entry::length) == offsetof(Entry, member) &&                          \
-                std::is_same_v<decltype(Entry::length), int>>(POSITION(member, Text::CountedHex))
+    counted_hex_field<offsetof(Entry, length) + sizeof(Entry::length) == offsetof(Entry, member) &&                    \
+                          std::is_same_v<decltype(Entry::length), int>,                                                \
+                      offsetof(Entry, member) + counted_hex_size / 2 <= sizeof(Entry)>(                                \
+        POSITION(member, Text::CountedHex))
 
-template <bool follows> constexpr Field counted_hex(Field bytes)
+template <size_t size> constexpr Field mac_field(Field field)
+{
+    static_assert(size == 6, "a MAC address is six bytes");
+    return field;
+}
+
+template <size_t size> constexpr Field hex_field(Field field)
+{
+    static_assert(2 * size < hex_size, "raise hex_size: the bytes' digits and their NUL fit it");
+    return field;
+}
+
+template <size_t items> constexpr Field list_field(Field field)
+{
+    static_assert(items > 0 && items <= most_items, "raise most_items: a list is split into no more");
+    return field;
+}
+
+template <bool follows, bool fits> constexpr Field counted_hex_field(Field bytes)
 {
     static_assert(follows, "COUNTED_HEX takes an int and the bytes right behind it");
+    static_assert(fits, "the most digits that a reply's number can ask for stand for bytes of the record");
     return bytes;
 }
 
+// Both functions of a table; one that no API names is never defined.
 #define DECLARE_CONVERTERS(table)                                                                                      \
     EXPORT void* str2arg_##table(char* text);                                                                          \
     EXPORT char* arg2str_##table(void* reply);                                                                         \
@@ -173,6 +209,8 @@ template <bool follows> constexpr Field counted_hex(Field bytes)
         using Entry = Type;                                                                                            \
         positions_of_table;                                                                                            \
         static constexpr TextForm form = form_of_table;                                                                \
+        static_assert(!reads_counters(form.positions, form.count),                                                     \
+                      "64-bit values only come back: use COUNTER or RATE");                                            \
     };                                                                                                                 \
     }                                                                                                                  \
     DECLARE_CONVERTERS(table)

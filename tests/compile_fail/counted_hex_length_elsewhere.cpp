@@ -4,8 +4,9 @@
 struct test_Entry {
     int length, other;
     char bytes[32];
+    char more[32];
 };
-RECORD(test_Entry, length, other, bytes)
+RECORD(test_Entry, length, other, bytes, more)
 
 #ifdef DEFECT
 TABLE(test, test_Entry, COUNTED_HEX(length, bytes))

@@ -8,6 +8,7 @@ struct test_Entry {
     int length;
 #endif
     char bytes[32];
+    char more[32];
 };
-RECORD(test_Entry, length, bytes)
+RECORD(test_Entry, length, bytes, more)
 TABLE(test, test_Entry, COUNTED_HEX(length, bytes))

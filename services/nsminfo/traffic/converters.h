@@ -44,7 +44,7 @@ void* str2arg_dscp2queueinfo(char* text)
 {
     auto& arg = parse<tables::dscp2queueinfo>(text);
     if (rpclib_dbg) {
-        constexpr int elements = sizeof arg.map;
+        constexpr int elements = sizeof arg.map; // items beyond them are dropped
         char list[list_size];
         char* item[elements];
         snprintf(list, sizeof list, "%s", text);

@@ -112,7 +112,7 @@ RECORD(oltmib_classEntry, name, matchtype, field3, text, oper, res)
 
 struct oltmib_policyEntry {
     char name[70];
-    char class_[70];
+    char class_[70]; // "class" wherever people read it
     int field3;
     char field4[120];
     int field5, field6, field7, field8, field9;

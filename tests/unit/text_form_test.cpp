@@ -27,6 +27,8 @@ struct BytesEntry {
     char behind[6];
     char map[3];
     int list[3];
+    char rest[24]; // so that 50 bytes from `counted` on are the record's
+    char rest[32]; // so that the most digits of `counted` stand for bytes of the record
 };
 struct UsesEntry {
     int one, two, three, four;
@@ -40,7 +42,7 @@ struct LongEntry {
 } // namespace
 
 RECORD(PlainEntry, number, name, count, real, last)
-RECORD(BytesEntry, mac, raw, hex, length, counted, behind, map, list)
+RECORD(BytesEntry, mac, raw, hex, length, counted, behind, map, list, rest)
 RECORD(UsesEntry, one, two, three, four, wide, huge)
 RECORD(LongEntry, text, res)
 

@@ -27,7 +27,6 @@ struct BytesEntry {
     char behind[6];
     char map[3];
     int list[3];
-    char rest[24]; // so that 50 bytes from `counted` on are the record's
     char rest[32]; // so that the most digits of `counted` stand for bytes of the record
 };
 struct UsesEntry {

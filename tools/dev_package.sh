@@ -31,9 +31,10 @@ archive=$build/root.tar
 root=$build/root
 rm -rf $root
 if [ ! -e $archive ]; then
-  mirror=$(sed -n -E 's/^(deb|URIs:)( \[[^]]*\])? *(https?:[^ ]+).*/\3/p' /etc/apt/sources.list /etc/apt/sources.list.d/* 2>/dev/null | head -n 1)
+  mirror=$(sed -n -E 's/^(deb|URIs:)( \[[^]]*\])? *(https?:[^ ]+).*/\3/p' /etc/apt/sources.list /etc/apt/sources.list.d/* 2>/dev/null | head -n 1) || true
   debootstrap --variant=minbase bookworm $root "${mirror:-http://deb.debian.org/debian}" >$build/debootstrap.log 2>&1 ||
     fail debootstrap "Debian 12's base system" "$(tail -n 1 $build/debootstrap.log)"
+  rm -f $root/etc/apt/sources.list
   for file in /etc/apt/sources.list /etc/apt/sources.list.d /etc/apt/apt.conf.d /etc/apt/trusted.gpg.d; do
     [ ! -e $file ] || cp -rT $file $root$file
   done
@@ -50,7 +51,6 @@ set -eu
 export DEBIAN_FRONTEND=noninteractive
 rm -f /etc/dpkg/dpkg.cfg.d/docker* /etc/apt/apt.conf.d/docker-*
 apt-get -qq update
-before=$(find / -xdev -path /proc -prune -o -name '*rpcctl*' -print -o -name '*librpc*' -print)
 apt-get -qq install -y --no-install-recommends /package.deb man-db >/dev/null
 lua5.1 -e 'require "librpc" assert(require "librpc.schema".api("oltmib_devinfo_get_1"))'
 [ "$(rpcctl list | wc -l)" = 304 ]
@@ -60,11 +60,12 @@ END
 cat >$root/remove.sh <<'END'
 set -eu
 DEBIAN_FRONTEND=noninteractive apt-get -qq purge -y lua-librpc >/dev/null
-left=$(find / -xdev \( -path /proc -o -name package.deb \) -prune -o \( -name '*rpcctl*' -o -name '*librpc*' \) -print)
+left=$(find / -xdev \( -path /proc -o -path /var/cache -o -name package.deb \) -prune -o \( -name '*rpcctl*' -o -name '*librpc*' \) -print)
 [ -z "$left" ] || { echo "package: removal: expected nothing left, found $left" >&2; exit 1; }
 END
 mount -t proc proc $root/proc
-trap 'umount "$root/proc"' EXIT
+mount -t devpts devpts $root/dev/pts
+trap 'umount "$root/proc" "$root/dev/pts"' EXIT
 chroot $root sh /check.sh
 tools/with_device.sh build -- chroot $root sh -c 'rpcctl get devinfo && rpcctl rows portinfo --fields ifx,name'
 chroot $root sh /remove.sh

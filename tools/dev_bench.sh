@@ -4,8 +4,8 @@
 #
 #   tools/dev_bench.sh [--quick] [--record]
 #     --quick   a tenth of the rounds, to see that everything works
-#     --record  writes docs/performance.md and docs/performance.svg, else both
-#               go to bench/ in the build folder
+#     --record  writes docs/performance.md and docs/performance.svg, and the ratios
+#               into README.md; else the two go to bench/ in the build folder
 #
 # LIBRPC_BENCH_BUILD names another build folder than build-bench/.
 set -euo pipefail
@@ -58,3 +58,4 @@ output=$build/bench
 core=$(taskset -pc $$ | sed 's/.*: //; s/[-,].*//')
 unshare --net --mount --pid --fork --mount-proc --kill-child taskset -c "$core" "$0" inside "$build" "$output" "$speed"
 echo "Written: $output/performance.md and $output/performance.svg"
+[ $record = no ] || lua5.1 bench/readme.lua docs/performance.md README.md

@@ -1,8 +1,9 @@
 #!/bin/bash
 # ./dev package: builds the Debian package into build-package/ and asks lintian.
-# ./dev package check: then installs it with apt into a root of its own that has
-# nothing but Debian's base system, tries it there beside the simulated device of
-# build/, and removes it again. `check` needs root and takes a few minutes.
+# ./dev package check: then makes a LuaRocks tree; installs the package with apt
+# into a root of its own that has nothing but Debian's base system, tries it there
+# beside the simulated device of build/, and removes it again. `check` needs root
+# and takes a minute or two.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -21,6 +22,13 @@ dpkg-deb --contents "$package" | awk '{ print $6 }'
 lintian --fail-on error "$package" || fail lintian "no errors in $package" "those above"
 echo "package: $package"
 [ "${1:-}" = check ] || exit 0
+
+# LuaRocks, into a tree of its own.
+rocks=$PWD/$build/rocks
+rm -rf "$rocks"
+luarocks --lua-version 5.1 make --tree "$rocks" >$build/rocks.log 2>&1 ||
+  fail luarocks "an installed rock" "$(tail -n 1 $build/rocks.log)"
+[ "$("$rocks/bin/rpcctl" list | wc -l)" = 304 ] || fail "$rocks/bin/rpcctl" "304 APIs" "another number"
 
 [ "$(id -u)" = 0 ] || fail privileges root "$(id -un)"
 command -v debootstrap >/dev/null || fail programs debootstrap none

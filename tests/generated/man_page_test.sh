@@ -1,0 +1,21 @@
+#!/bin/sh
+# The committed manual page of rpcctl is what rpcctl says of itself today.
+#
+#     man_page_test.sh SOURCE BUILD LUA
+set -eu
+source=$1
+lua=$3
+page=$source/docs/man/rpcctl.1
+export LIBRPC_BUILD="$2"
+
+# its date and version stay as they were when it was made
+date=$(sed -n '1s/^\.TH RPCCTL 1 \([^ ]*\) .*/\1/p' "$page")
+version=$(sed -n '1s/.*"librpc \([^"]*\)".*/\1/p' "$page")
+grep -q "^project(librpc VERSION $version " "$source/CMakeLists.txt" || {
+    echo "man_page: $page: expected the project's version, found $version" >&2
+    exit 1
+}
+"$lua" "$source/tools/man_page.lua" "$lua $source/lua/rpcctl" "$version" "$date" | diff - "$page" || {
+    echo "man_page: $page: expected tools/man_page.lua's output, found the differences above" >&2
+    exit 1
+}

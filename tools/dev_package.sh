@@ -28,6 +28,7 @@ rocks=$PWD/$build/rocks
 rm -rf "$rocks"
 luarocks --lua-version 5.1 make --tree "$rocks" >$build/rocks.log 2>&1 ||
   fail luarocks "an installed rock" "$(tail -n 1 $build/rocks.log)"
+rm -rf build.luarocks
 [ "$("$rocks/bin/rpcctl" list | wc -l)" = 304 ] || fail "$rocks/bin/rpcctl" "304 APIs" "another number"
 
 [ "$(id -u)" = 0 ] || fail privileges root "$(id -un)"

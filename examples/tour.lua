@@ -69,8 +69,9 @@ print("set       " .. callapi("oltmib_devinfo_set_1", table.concat(is, "&")))
 print("host name " .. fields(callapi("oltmib_devinfo_get_1", ""))[9])
 
 headline "A call that fails"
--- No such API: no value, and no error.
+-- No such API: no value, and no error. librpc.status tells why.
 print("reply     " .. tostring((callapi("oltmib_nothing_get_1", ""))))
+print("because   " .. select(2, require "librpc.status".last()))
 -- An argument that is no text is a programming error, and Lua says so.
 print("error     " .. select(2, pcall(callapi, "oltmib_devinfo_get_1", {})))
 

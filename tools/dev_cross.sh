@@ -85,7 +85,7 @@ build() { # FOLDER NAME [OPTION]...
 	folder=$1 name=$2
 	shift 2
 	mkdir -p "$folder"
-	if ! cmake -S . -B "$folder" -G Ninja -DCMAKE_BUILD_TYPE=Release -DLIBRPC_WERROR=ON "$@" \
+	if ! cmake -S . -B "$folder" -G Ninja -DCMAKE_BUILD_TYPE=Release -DLIBRPC_WERROR=ON -DLIBRPC_TESTS=ON "$@" \
 		>"$folder/configure.log" 2>&1; then
 		cat "$folder/configure.log" >&2
 		fail "cmake: expected a configured build for $name, found the errors above"

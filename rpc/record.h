@@ -159,7 +159,7 @@ template <class T> constexpr unsigned wire_units()
 } // namespace record_checks
 
 constexpr unsigned datagram_size = UDPMSGSIZE; // of libtirpc's datagram transport, RPC header included
-constexpr unsigned most_header_size = 24;      // a call's is 40, a reply's with an empty verifier 24
+constexpr unsigned call_header_size = 40;      // with AUTH_NONE; a reply's is shorter
 
 template <class Element> constexpr Kind kind_of()
 {
@@ -197,7 +197,7 @@ template <class T> struct RecordOf {
     static_assert(sizeof(T) <= UINT16_MAX, "a record is smaller than 64 KiB");
     static_assert(record_checks::has_members<T, field_count<T>>, "RECORD lists each member of its struct exactly once");
     static_assert(record_checks::ascends<T>(), "RECORD lists the members in the order of the struct");
-    static_assert(4 * record_checks::wire_units<T>() + 40 <= datagram_size, "a record fits one UDP datagram");
+    static_assert(4 * record_checks::wire_units<T>() + call_header_size <= datagram_size, "a record fits one UDP datagram");
 
     static constexpr Record value = {Description<T>::name,
                                      Description<T>::members,

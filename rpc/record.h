@@ -197,7 +197,8 @@ template <class T> struct RecordOf {
     static_assert(sizeof(T) <= UINT16_MAX, "a record is smaller than 64 KiB");
     static_assert(record_checks::has_members<T, field_count<T>>, "RECORD lists each member of its struct exactly once");
     static_assert(record_checks::ascends<T>(), "RECORD lists the members in the order of the struct");
-    static_assert(4 * record_checks::wire_units<T>() + call_header_size <= datagram_size, "a record fits one UDP datagram");
+    static_assert(4 * record_checks::wire_units<T>() + call_header_size <= datagram_size,
+                  "a record fits one UDP datagram");
 
     static constexpr Record value = {Description<T>::name,
                                      Description<T>::members,

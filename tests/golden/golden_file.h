@@ -1,4 +1,4 @@
-// Reads the files of this folder.
+// Reads the files of this folder, which model/make makes.
 //
 // apis.txt, records.txt and exports.txt hold one entry a line, its words
 // between blanks. vectors/PROGRAM.txt holds blocks like
@@ -13,7 +13,7 @@
 // req and rep are the units that travel: a number is one unit, "text" one unit
 // a character, 0*N is N zeroes. Bytes outside printable ASCII, backslashes and
 // the quotes within units are written \xHH. Each trc is a trace line of the
-// converters without its line end.
+// converters without its line end. A line that opens with # is a comment.
 #pragma once
 
 #include <cstdlib>
@@ -119,7 +119,7 @@ inline const std::vector<Vector>& vectors(unsigned long program)
             vectors.back().text = unescaped(value);
         else if (key == "trc")
             vectors.back().traces.push_back(unescaped(value));
-        else if (!key.empty())
+        else if (!key.empty() && key[0] != '#')
             ADD_FAILURE() << name << ':' << number << ": expected api, arg, req, rep, txt or trc, found " << key;
     }
     return vectors;

@@ -225,7 +225,7 @@ service.call("oltmib_nsm_get_1", "&&&", field1=list(range(177, 256)), field2=lis
 service.call("oltmib_queueweight_set_1", "1,2,3,4,5,6,7,8,9&note&1&2", status=0)
 service.call("oltmib_cos2queue_set_1", "255,256,300,-1,,x, 7", status=0)
 service.call("oltmib_dscp2dscp_set_1", "", status=0)
-service.call("oltmib_dscp2cos_set_1", ",".join("%04d" % number for number in range(60)), status=0)
+service.call("oltmib_dscp2cos_set_1", ",".join("%05d" % number for number in range(60)), status=0)
 service.call("oltmib_dscp2queue_get_1", "1,2,3", map="\1\2\3", res=1)
 service.call("oltmib_qosifcfg_getn_1", "3&eth0/3&1,2,3,4,5,6,7,8,9&-1,,x&note&1&2", ifx=3, name="eth0/3",
              list1=[1, 2, 3, 4, 5, 6, 7, -8], list2=[-(2**31), 2**31 - 1, 0, 0, 0, 0, 0, 10])

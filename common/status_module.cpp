@@ -2,6 +2,7 @@
 // errors are longjmps: no destructor, no heap memory.
 #include <lua.hpp>
 
+#include "common/state.h"
 #include "common/status.h"
 
 // Opens the module: leaves the table on the stack.
@@ -26,11 +27,12 @@ void set_text(lua_State* L, const char* key, const char* text)
 int last(lua_State* L)
 {
     char text[status_text_size];
-    const CallStatus& status = call_status;
-    if (status.code == CallCode::Success) {
+    const State* state = state_of(L);
+    if (!state || state->status.code == CallCode::Success) {
         lua_pushnil(L);
         return 1;
     }
+    const CallStatus status = state->status; // a finalizer may call while the answer is made
     lua_pushstring(L, name_of(status.code));
     write_sentence(status, text);
     lua_pushstring(L, text);

@@ -57,18 +57,6 @@ void trace_api(const ApiNode& api)
     printf(".\r\n");
 }
 
-// True while the node's functions are those of its description: a host may put
-// others into their places.
-bool is_described(const FoundApi& found)
-{
-    if (!found.api)
-        return false;
-    const ApiNode& node = *found.node;
-    return node.func == found.api->func && node.str2arg == found.api->parser->str2arg &&
-           node.ret2str == found.api->formatter->ret2str && node.clntinit == found.service->clnt_init &&
-           node.clntdestroy == found.service->clnt_destroy;
-}
-
 // A call of one of our APIs, on storage of its own.
 int call_described(lua_State* L, const FoundApi& found, Copy& copy)
 {
@@ -191,7 +179,7 @@ int lua_callapi(lua_State* L)
     if (!name || !str)
         return 0;
     const FoundApi found = find_api(name);
-    const bool described = is_described(found);
+    const bool described = found.is_described();
     if (!described)
         lua_pushcfunction(L, push_text); // memory may run out, so before the copy is made
     Copy copy;

@@ -71,6 +71,10 @@ int add_described_api(const ApiNode& node, const Described& described);
 // A registered node as a call needs it.
 struct FoundApi : Described {
     const ApiNode* node; // null: no such name
+
+    // True while the node's functions are those of its description: a host may
+    // put others into their places.
+    bool is_described() const;
 };
 FoundApi find_api(const char* name);
 

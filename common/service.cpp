@@ -25,6 +25,13 @@ int register_apis(const Service& service)
     return result;
 }
 
+bool FoundApi::is_described() const
+{
+    return api && node->func == api->func && node->str2arg == api->parser->str2arg &&
+           node->ret2str == api->formatter->ret2str && node->clntinit == service->clnt_init &&
+           node->clntdestroy == service->clnt_destroy;
+}
+
 namespace
 {
 size_t storage_size(const Api& api)

@@ -26,6 +26,9 @@ constexpr CodeText code_texts[] = {
     {"rejected", "the daemon answered that it will not or cannot carry the call out"},
     {"bad_reply", "the daemon's answer is not this call's reply"},
     {"failed", "the call could not be made"},
+    {"not_sent", "the time was over before the call's turn came; it was not sent, so it may be repeated"},
+    {"host_api", "the API is made of a host program's own functions, which cannot run beside other calls"},
+    {"closed", "the group was closed, or it is the parent's of this forked process"},
 };
 static_assert(std::size(code_texts) == static_cast<size_t>(last_call_code) + 1, "one text for each code");
 
@@ -96,6 +99,12 @@ void append(char* text, const char* format, const char* words)
 CallStatus unknown_api(const char* name) { return status_of(CallCode::UnknownApi, name, nullptr); }
 
 CallStatus no_memory(const char* name) { return status_of(CallCode::OutOfMemory, name, nullptr); }
+
+CallStatus not_sent(const char* name, const Service* service) { return status_of(CallCode::NotSent, name, service); }
+
+CallStatus host_api(const char* name) { return status_of(CallCode::HostApi, name, nullptr); }
+
+CallStatus group_closed(const char* name) { return status_of(CallCode::Closed, name, nullptr); }
 
 CallStatus no_client(const char* name, const Service* service, const CreationFailure& failure)
 {

@@ -18,6 +18,9 @@ enum class CallCode : uint8_t {
     Rejected,
     BadReply,
     Failed,
+    NotSent,
+    HostApi,
+    Closed,
 };
 
 // How a call ended. Of a successful one only `code` is set.
@@ -33,6 +36,11 @@ CallStatus unknown_api(const char* name);
 CallStatus no_memory(const char* name);
 // The API's client could not be made.
 CallStatus no_client(const char* name, const Service* service, const CreationFailure& failure);
+// The call never left: a group's was over before its turn, an API of a host's
+// own cannot be one of many, or its group is gone.
+CallStatus not_sent(const char* name, const Service* service);
+CallStatus host_api(const char* name);
+CallStatus group_closed(const char* name);
 // The API's call failed.
 CallStatus failed_call(const char* name, const Service* service, const rpc_err& error);
 
@@ -44,7 +52,7 @@ constexpr size_t status_text_size = 512;
 // The code's name ("timed_out") and what it means, for every call alike.
 const char* name_of(CallCode code);
 const char* meaning_of(CallCode code);
-constexpr auto last_call_code = CallCode::Failed;
+constexpr auto last_call_code = CallCode::Closed;
 
 // The host's error number behind the failure, or 0.
 int error_number(const CallStatus& status);

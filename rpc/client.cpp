@@ -95,7 +95,7 @@ bool fail(CreationFailure& failure, enum clnt_stat status, int number)
     return false;
 }
 
-bool find_port(uint32_t program, Deadline deadline, const Caller& caller, uint16_t& port, CreationFailure& failure)
+bool ask_port(uint32_t program, Deadline deadline, const Caller& caller, uint16_t& port, CreationFailure& failure)
 {
     PortQuery query(program, server_version);
     PortQuery::State state = query.start();
@@ -121,7 +121,7 @@ bool make_client(const ServiceClient& service, Client& client, Deadline deadline
                  CreationFailure& failure)
 {
     uint16_t port = 0;
-    if (!find_port(service.program, deadline, caller, port, failure))
+    if (!ask_port(service.program, deadline, caller, port, failure))
         return false;
     if (!open_udp_socket(client.socket, port, LocalPort::Reserved, random_bits(), socket_wait_ms(TIMEOUT)))
         return fail(failure, RPC_SYSTEMERROR, errno);
@@ -160,6 +160,59 @@ Client* lend_client(const ServiceClient& service, Deadline deadline, const Calle
         return client;
     give_back_client(service, *client, true);
     return nullptr;
+}
+
+bool find_port(const ServiceClient& service, Deadline deadline, const Caller& caller, uint16_t& port,
+               CreationFailure& failure)
+{
+    ClientPool& pool = *service.pool;
+    unsigned generation;
+    {
+        const Guard guard(clients_mutex);
+        generation = pool.generation;
+        port = pool.port_generation == generation ? pool.port : 0;
+    }
+    if (port != 0)
+        return true;
+    if (!ask_port(service.program, deadline, caller, port, failure))
+        return false;
+    const Guard guard(clients_mutex);
+    pool.port = port;
+    pool.port_generation = generation;
+    return true;
+}
+
+void forget_port(const ServiceClient& service)
+{
+    const Guard guard(clients_mutex);
+    service.pool->port = 0;
+}
+
+Client* lend_idle_client(const ServiceClient& service)
+{
+    const Guard guard(clients_mutex);
+    Client* client = find_client(*service.pool);
+    if (!client || client->state != Client::State::Idle)
+        return nullptr;
+    client->state = Client::State::Lent;
+    return client;
+}
+
+void keep_as_client(const ServiceClient& service, UdpSocket& socket)
+{
+    ClientPool& pool = *service.pool;
+    const Guard guard(clients_mutex);
+    Client* client = keeps_clients ? find_client(pool) : nullptr;
+    if (!client || client->state != Client::State::None) {
+        socket.close();
+        return;
+    }
+    list(pool);
+    client->state = Client::State::Idle;
+    client->generation = pool.generation;
+    client->xid = random_bits();
+    client->socket = socket;
+    socket = {};
 }
 
 enum clnt_stat call_client(const ServiceClient& service, Client& client, const Call& call, Deadline deadline,

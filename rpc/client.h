@@ -37,6 +37,8 @@ struct ClientPool {
     Client clients[most_clients];
     unsigned generation;      // counts failed calls: clients of an older one are stale
     unsigned waiting;         // calls that wait for a client
+    uint16_t port;            // of the daemon, as find_port last saw it; 0 is none
+    unsigned port_generation; // of the clients at that time
     pthread_cond_t came_back; // PTHREAD_COND_INITIALIZER is zero
     ClientPool* next;         // among those that have ever had a client
     bool is_listed;
@@ -54,6 +56,19 @@ struct ServiceClient {
 // Null with `failure` filled: RPC_TIMEDOUT with EBUSY where every client is
 // lent until the deadline.
 Client* lend_client(const ServiceClient& service, Deadline deadline, const Caller& caller, CreationFailure& failure);
+
+// An idle client, or null where none is at hand.
+Client* lend_idle_client(const ServiceClient& service);
+
+// Keeps a connected socket as an idle client where there is room for one, else
+// closes it.
+void keep_as_client(const ServiceClient& service, UdpSocket& socket);
+
+// The daemon's port, for callers with sockets of their own: asked for once, and
+// again after forget_port or a failed call. False with `failure` filled.
+bool find_port(const ServiceClient& service, Deadline deadline, const Caller& caller, uint16_t& port,
+               CreationFailure& failure);
+void forget_port(const ServiceClient& service);
 
 // A call through a lent client; storage for its datagrams is the caller's,
 // datagram_units of it. RPC_SUCCESS, or the failure, told in `error` too.

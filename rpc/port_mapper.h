@@ -39,6 +39,9 @@ class PortQuery
     // Asks again or gives up, where it is time.
     State check_time();
 
+    // Gives the query up.
+    void close() { socket.close(); }
+
     int fd() const { return socket.fd; }
     Deadline next() const { return repeat.or_sooner(end); } // for check_time
     uint16_t port() const { return found; }                 // of Found

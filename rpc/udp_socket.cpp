@@ -3,7 +3,6 @@
 
 #include <arpa/inet.h>
 #include <cerrno>
-#include <fcntl.h>
 #include <netinet/in.h>
 #include <sys/random.h>
 #include <sys/socket.h>
@@ -56,19 +55,6 @@ void bind_reserved(int fd, uint32_t random, uint16_t not_this)
     }
 }
 
-// A socket with a number of 3 or more, or -1.
-int make_socket()
-{
-    const int fd = socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
-    if (fd < 0 || fd > STDERR_FILENO)
-        return fd;
-    const int higher = fcntl(fd, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
-    const int number = errno;
-    ::close(fd);
-    errno = number;
-    return higher;
-}
-
 bool set_wait(int fd, int64_t wait_ms)
 {
     const timeval wait = {static_cast<time_t>(wait_ms / ms_of_second),
@@ -101,19 +87,6 @@ bool tells_of_another(int number)
 }
 } // namespace
 
-bool UdpSocket::is_ours() const
-{
-    struct stat now;
-    return is_open() && fstat(fd, &now) == 0 && now.st_dev == device && now.st_ino == inode;
-}
-
-void UdpSocket::close()
-{
-    if (is_ours())
-        ::close(fd);
-    fd = 0;
-}
-
 // The address, which a connected stream refuses, and MSG_FASTOPEN, which a TCP
 // connection refuses, are the cheapest way to never write into a stream that has
 // the socket's number by now. UDP takes both.
@@ -134,20 +107,18 @@ ssize_t UdpSocket::receive(void* datagram, size_t size, int flags) const { retur
 
 bool open_udp_socket(UdpSocket& opened, uint16_t port, LocalPort local, uint32_t random, int64_t wait_ms)
 {
-    const int fd = make_socket();
-    if (fd < 0)
+    UdpSocket made;
+    if (!made.take(socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0)))
         return false;
     if (local == LocalPort::Reserved)
-        bind_reserved(fd, random, port);
-    struct stat made = {};
-    if (connect_to(fd, port) && set_wait(fd, wait_ms) && fstat(fd, &made) == 0) {
-        opened = {fd, port, made.st_dev, made.st_ino};
-        return true;
+        bind_reserved(made.fd, random, port);
+    if (!connect_to(made.fd, port) || !set_wait(made.fd, wait_ms)) {
+        made.close();
+        return false;
     }
-    const int number = errno;
-    ::close(fd);
-    errno = number;
-    return false;
+    made.port = port;
+    opened = made;
+    return true;
 }
 
 uint32_t random_bits()

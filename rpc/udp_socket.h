@@ -3,8 +3,9 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <sys/stat.h>
 #include <sys/types.h>
+
+#include "rpc/descriptor.h"
 
 // Which local port a socket gets.
 enum class LocalPort : uint8_t {
@@ -12,22 +13,13 @@ enum class LocalPort : uint8_t {
     Reserved, // below 1024 where privileges allow, else any
 };
 
-// A connected socket. Whoever closes all descriptors of the process and opens
-// others may give its number to something else; `device` and `inode` tell.
-struct UdpSocket {
-    int fd = 0; // 3 or more: 0 to 2 are the host's, even while they are closed
-    uint16_t port = 0;
-    dev_t device = 0;
-    ino_t inode = 0;
+// A connected socket.
+struct UdpSocket : Descriptor {
+    uint16_t port = 0; // of the daemon
 
-    bool is_open() const { return fd > 2; }
-    // True while the descriptor is still this socket.
-    bool is_ours() const;
-    // Closes the descriptor where it is still ours.
-    void close();
     // send(2) and recv(2). Nothing is sent on anything but a UDP socket: a
     // descriptor that is a stream or file of the host's by now gives EBADF.
-    // 'flags' are recv's own.
+    // `flags` are recv's own.
     ssize_t send(const void* datagram, size_t size);
     ssize_t receive(void* datagram, size_t size, int flags) const;
 };

@@ -8,9 +8,11 @@
 -- "API: FIELD: expected X, found Y"; the codes stand in record.codes and, for
 -- calls that gave no value, in librpc.status.
 local rooms = {
-  find = "calling", encode = "calling", decode = "calling", call = "calling", carried = "calling",
-  rows = "walking",
-  change = "changing",
+  find = "tables",
+  encode = "calling", decode = "calling", call = "calling",
+  check = "wrong",
+  rows = "walking", carried = "walking",
+  get = "changing", change = "changing",
   difference = "counters",
   codes = "problems", nearest = "problems",
 }

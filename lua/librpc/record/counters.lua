@@ -13,7 +13,8 @@ function counters.difference(later, earlier)
   for sign, counter in pairs { [1] = later, [-1] = earlier } do
     local minus, digits = tostring(counter):match("^(-?)(%d+)$")
     if not digits then
-      return require("librpc.record.problems").fail("bad_number", "record.difference", "a counter's digits", require("librpc.record.problems").shown(counter))
+      local problems = require "librpc.record.problems"
+      return problems.fail("bad_number", "record.difference", "a counter's digits", problems.shown(counter))
     end
     local to = minus == "-" and -sign or sign
     high = high + to * (tonumber(digits:sub(1, -11)) or 0)

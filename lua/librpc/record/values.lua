@@ -1,6 +1,8 @@
 -- Values and the texts that stand for them: what an argument's text holds for a
 -- value, and what value a position of a reply's text is, by the position's kind.
 -- A new kind of common/schema.cpp is a function in each of the two tables here.
+local values = {}
+
 local function shown(value)
   return require("librpc.record.problems").shown(value)
 end
@@ -37,7 +39,7 @@ local function carried_text(text, longest, delimiters)
     return nil, "separator", ("a text without '%s', which separates fields"):format(found)
   end
   if #text > longest then
-    return nil, "too_long", ("at most %d characters"):format(longest), ("%d: "):format(#text) .. shown(text)
+    return nil, "too_long", require("librpc.record.problems").too_long(text, longest)
   end
   return text
 end
@@ -78,23 +80,20 @@ local mac_notations = {
   "^(%x%x)(%x%x)%.(%x%x)(%x%x)%.(%x%x)(%x%x)$",
 }
 
--- The number of a decimal text, in whichever notation the locale has.
+-- The number of a decimal text, in whichever notation the locale has; nil for
+-- infinities and for what is no number.
 local function real_number(text)
-  local special = text:lower():match("^[+-]?(%a+)$")
-  if special == "inf" or special == "infinity" then
-    return text:sub(1, 1) == "-" and -math.huge or math.huge
-  elseif special == "nan" then
-    return 0 / 0
-  end
   if not text:match("^[+-]?%d*[.,]?%d*[eE]?[+-]?%d*$") then
     return nil
   end
-  return tonumber(text) or tonumber((text:gsub("[.,]", { ["."] = ",", [","] = "." })))
+  local number = tonumber(text) or tonumber((text:gsub("[.,]", { ["."] = ",", [","] = "." })))
+  return number and math.abs(number) < math.huge and number or nil
 end
 
 -- From values to the argument's text, by the position's kind: the text, or nil,
 -- a code, what was expected and, where it is not the value itself, what was found.
 local to_text = {}
+values.to_text = to_text
 
 function to_text.int(value)
   local number, code, expected = whole_number(value, int_least, int_most)
@@ -111,11 +110,9 @@ function to_text.unsigned(value)
 end
 
 function to_text.real(value)
-  local number = value
-  if type(value) == "string" then
-    number = real_number(value)
-  end
-  if type(number) ~= "number" or number ~= number or number == math.huge or number == -math.huge then
+  local number = type(value) == "number" and math.abs(value) < math.huge and value
+    or type(value) == "string" and real_number(value)
+  if not number then
     return nil, "bad_number", "a number"
   end
   return ("%.17g"):format(number)
@@ -211,6 +208,7 @@ end
 -- From a position of the reply's text to a value: the value, or nil and what
 -- was expected.
 local to_value = {}
+values.to_value = to_value
 
 function to_value.int(text)
   local number = text:match("^-?%d+$") and tonumber(text)
@@ -257,7 +255,7 @@ end
 function to_value.list(text, position)
   local items = {}
   for item in (text .. ","):gmatch("(.-),") do
-    items[#items + 1] = to_value.int(item)
+    items[#items + 1] = whole_number(item, position.least, position.most)
   end
   if #items ~= position.size then
     return nil, ("a list of %d numbers"):format(position.size)
@@ -265,4 +263,8 @@ function to_value.list(text, position)
   return items
 end
 
-return { to_text = to_text, to_value = to_value, int_most = int_most, unsigned_values = unsigned_values }
+values.int_least, values.int_most = int_least, int_most
+values.unsigned_most, values.unsigned_values = unsigned_most, unsigned_values
+values.to_hex = to_hex
+
+return values

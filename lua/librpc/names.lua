@@ -1,0 +1,149 @@
+-- What a site or a device's maker knows about the tables: which fields are the
+-- key, what they are called, their units, the words for their numbers, which are
+-- secret. It stands in files of its own: those of LIBRPC_NAMES (paths between
+-- colons), else /etc/librpc/names/*.lua; docs/named_fields.md tells their form.
+--
+--     names.tables             all that is loaded, by table; fields by their name in the schema
+--     names.fields(table)      a table's fields in the record's order, with what is known of each
+--     names.load(path)         loads one more file, over those before it
+--     names.check(path)        true, or nil, every mistake as one text, a code, and as a list
+--
+-- Without a file this costs a look whether there is one. Where one has a mistake
+-- none is used: names.tables raises it, and librpc.record refuses to call, since a
+-- page could show what the file calls secret.
+local rooms = { load = "files", check = "files", fields = "columns" }
+
+local names = {}
+
+local folder = "/etc/librpc/names"
+local tables, problem -- what is loaded, or the mistakes
+local views = {}
+
+-- The files that are to be loaded, later ones over earlier.
+local function installed_files()
+  local paths, listed = {}, os.getenv("LIBRPC_NAMES")
+  if listed then
+    for path in listed:gmatch("[^:]+") do
+      paths[#paths + 1] = path
+    end
+    return paths
+  end
+  local there = io.open(folder)
+  if not there then
+    return paths
+  end
+  there:close()
+  local listing = assert(io.popen("LC_ALL=C ls " .. folder))
+  for name in listing:lines() do
+    if name:match("%.lua$") then
+      paths[#paths + 1] = folder .. "/" .. name
+    end
+  end
+  listing:close()
+  return paths
+end
+
+-- The tables that are loaded; nil and the mistakes where there are any.
+function names.loaded()
+  if not tables and not problem then
+    local paths = installed_files()
+    if #paths == 0 then
+      tables = {}
+    else
+      tables, problem = require("librpc.names.files").read(paths, {})
+    end
+  end
+  return tables, problem
+end
+
+-- Replaces what is loaded.
+function names.use(read)
+  tables, problem, views = read, nil, {}
+end
+
+-- How one table's rows read, each map by the field's name in the schema but
+-- `field`, which goes from a given name to it:
+--   name, field, words (word of a number), numbers (number of a word), secret, exact
+--   key       the fields that say which row, nil where nobody said
+--   ends      the results with which a walk ends, as a set, nil where nobody said
+--   res, oper the fields that carry the daemon's result and the operation
+--   plain     true where the rows read as they come
+local function view_of(entry, ends)
+  local view = { name = {}, field = {}, words = {}, numbers = {}, secret = {}, exact = {},
+    res = "res", oper = "oper", plain = true }
+  for field, facts in pairs(entry and entry.fields or {}) do
+    local name = facts.name or field
+    if name ~= field then
+      view.name[field], view.field[name] = name, field
+      view.plain = false
+    end
+    if name == "res" or name == "oper" then
+      view[name] = field
+    end
+    if facts.values then
+      view.words[field], view.numbers[field] = facts.values, {}
+      for number, word in pairs(facts.values) do
+        view.numbers[field][word] = number
+      end
+      view.plain = false
+    end
+    view.secret[field], view.exact[field] = facts.secret, facts.exact
+  end
+  view.key = entry and entry.key
+  if ends then
+    view.ends = {}
+    for _, result in ipairs(ends) do
+      view.ends[result] = true
+    end
+  end
+  -- a row answers to the schema's names too, with its numbers
+  view.row = {
+    __index = function(row, field)
+      local value = rawget(row, view.name[field])
+      local numbers = view.numbers[field]
+      return numbers and numbers[value] or value
+    end,
+    __newindex = function(row, field, value)
+      rawset(row, view.name[field] or field, value)
+    end,
+  }
+  return view
+end
+
+-- The view of a table; nil, a message and a code where the names have mistakes.
+function names.view(table_name)
+  local view = views[table_name]
+  if not view then
+    local all, mistakes = names.loaded()
+    if not all then
+      return nil, mistakes, "bad_names"
+    end
+    local entry, every = all[table_name], all["*"]
+    view = view_of(entry, entry and entry.ends or every and every.ends)
+    views[table_name] = view
+  end
+  return view
+end
+
+-- The row as its reader sees it: by the given names, with words for numbers.
+function names.present(view, row)
+  if view.plain then
+    return row
+  end
+  local presented = {}
+  for field, value in pairs(row) do
+    local words = view.words[field]
+    presented[view.name[field] or field] = words and words[value] or value
+  end
+  return setmetatable(presented, view.row)
+end
+
+return setmetatable(names, {
+  __index = function(_, name)
+    if name == "tables" then
+      return names.loaded() or error(problem, 0)
+    end
+    local room = rooms[name]
+    return room and require("librpc.names." .. room)[name]
+  end,
+})

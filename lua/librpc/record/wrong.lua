@@ -15,11 +15,12 @@ local function wrong_field(api, view, name, value)
     local _, code, expected = to_text.skip()
     return { code = code, expected = expected, value = value }
   end
-  local known = {}
+  local known, either = {}, {}
   for i, position in ipairs(api.input) do
     known[i] = view.name[position.name] or position.name
+    either[i], either[#api.input + i] = known[i], position.name
   end
-  local meant = problems.meant("one of its fields", name, known)
+  local meant = problems.meant("one of its fields", name, either)
   return { code = "unknown_field", value = name, unnamed = true,
     expected = #known == 0 and "no field, because it takes none"
       or meant == "one of its fields" and "one of " .. table.concat(known, ", ") or meant }

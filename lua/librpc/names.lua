@@ -61,54 +61,9 @@ function names.use(read)
   tables, problem, views = read, nil, {}
 end
 
--- How one table's rows read, each map by the field's name in the schema but
--- `field`, which goes from a given name to it:
---   name, field, words (word of a number), numbers (number of a word), secret, exact
---   key       the fields that say which row, nil where nobody said
---   ends      the results with which a walk ends, as a set, nil where nobody said
---   res, oper the fields that carry the daemon's result and the operation
---   plain     true where the rows read as they come
-local function view_of(entry, ends)
-  local view = { name = {}, field = {}, words = {}, numbers = {}, secret = {}, exact = {},
-    res = "res", oper = "oper", plain = true }
-  for field, facts in pairs(entry and entry.fields or {}) do
-    local name = facts.name or field
-    if name ~= field then
-      view.name[field], view.field[name] = name, field
-      view.plain = false
-    end
-    if name == "res" or name == "oper" then
-      view[name] = field
-    end
-    if facts.values then
-      view.words[field], view.numbers[field] = facts.values, {}
-      for number, word in pairs(facts.values) do
-        view.numbers[field][word] = number
-      end
-      view.plain = false
-    end
-    view.secret[field], view.exact[field] = facts.secret, facts.exact
-  end
-  view.key = entry and entry.key
-  if ends then
-    view.ends = {}
-    for _, result in ipairs(ends) do
-      view.ends[result] = true
-    end
-  end
-  -- a row answers to the schema's names too, with its numbers
-  view.row = {
-    __index = function(row, field)
-      local value = rawget(row, view.name[field])
-      local numbers = view.numbers[field]
-      return numbers and numbers[value] or value
-    end,
-    __newindex = function(row, field, value)
-      rawset(row, view.name[field] or field, value)
-    end,
-  }
-  return view
-end
+-- How the rows of a table read of which nothing is said, see names/views.lua.
+local plain = { name = {}, field = {}, words = {}, numbers = {}, secret = {}, exact = {}, res = "res", oper = "oper",
+  plain = true }
 
 -- The view of a table; nil, a message and a code where the names have mistakes.
 function names.view(table_name)
@@ -119,23 +74,15 @@ function names.view(table_name)
       return nil, mistakes, "bad_names"
     end
     local entry, every = all[table_name], all["*"]
-    view = view_of(entry, entry and entry.ends or every and every.ends)
+    view = (entry or every) and require("librpc.names.views").of(entry or { fields = {} }, every or {}) or plain
     views[table_name] = view
   end
   return view
 end
 
--- The row as its reader sees it: by the given names, with words for numbers.
+-- A row by the schema's names as its reader sees it.
 function names.present(view, row)
-  if view.plain then
-    return row
-  end
-  local presented = {}
-  for field, value in pairs(row) do
-    local words = view.words[field]
-    presented[view.name[field] or field] = words and words[value] or value
-  end
-  return setmetatable(presented, view.row)
+  return view.plain and row or view.present(row)
 end
 
 return setmetatable(names, {

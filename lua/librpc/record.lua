@@ -12,7 +12,7 @@ local rooms = {
   encode = "calling", decode = "calling", call = "calling",
   check = "wrong",
   rows = "walking", carried = "walking",
-  get = "changing", change = "changing",
+  get = "reading", change = "changing",
   difference = "counters",
   codes = "problems", nearest = "problems",
 }

@@ -48,7 +48,8 @@ for _, row in ipairs {
   { "local x = nil .. 1", "expected Lua that returns a table, found line 1: " },
   { "error { 1 }", "expected Lua that returns a table, found line 1: ", true },
   { "\27Lua", "expected Lua as text, found compiled Lua" },
-  { "return { sv = {} }", 'expected: expected the name of a table (did you mean svi?), found "sv"', true },
+  { "return { sv = {} }", 'expected the name of a table (did you mean svi?), found "sv"' },
+  { "return { [5] = {} }", "expected the name of a table, found 5" },
   { "return { svi = 5 }", "svi: expected a table of what is known of it, found 5" },
   { "return { svi = { 5 } }", "svi: expected a field of the table, or one of description, ends, key, title, found 1" },
   { "return { svi = { feild1 = {} } }", "svi: expected a field of the table, or one of description, ends, key, title "

@@ -4,6 +4,37 @@ local names = require "librpc.names"
 
 local columns = {}
 
+local sides, operations = { "output", "input" }, { "get", "getn", "set", "other" }
+
+-- The arrays of positions of a table's APIs, replies first; those that APIs share
+-- once.
+function columns.texts_of(apis)
+  local texts, last = {}, nil
+  for s = 1, #sides do
+    for o = 1, #operations do
+      local api = apis[operations[o]]
+      local positions = api and api[sides[s]]
+      if positions and positions ~= last then
+        texts[#texts + 1], last = positions, positions
+      end
+    end
+  end
+  return texts
+end
+
+-- A field as a reply has it, else as an argument has it; nil: there is none of that
+-- name.
+function columns.position_in(texts, field)
+  for t = 1, #texts do
+    local positions = texts[t]
+    for i = 1, #positions do
+      if positions[i].name == field then
+        return positions[i]
+      end
+    end
+  end
+end
+
 -- The fields of a table's rows in the record's order, then those that only an
 -- argument has. Each has `field` (its name in the schema), `name` (the given one,
 -- else the schema's), `title` (a heading), `kind` and `size` as in the schema,
@@ -31,15 +62,21 @@ function columns.fields(table_name)
       inputs[position.name] = inputs[position.name] or position.kind ~= "skip"
     end
   end
-  local list = {}
-  for _, position in ipairs(select(2, tables.fields_of(apis))) do
-    local facts = facts_of[position.name] or {}
-    local name = facts.name or position.name
-    list[#list + 1] = {
-      field = position.name, name = name, title = facts.title or name:gsub("_", " "),
-      kind = position.kind, size = position.size, key = keys[position.name], argument = inputs[position.name] or nil,
-      unit = facts.unit, description = facts.description, values = facts.values, secret = facts.secret,
-    }
+  local list, listed = {}, {}
+  for _, positions in ipairs(columns.texts_of(apis)) do
+    for _, position in ipairs(positions) do
+      local field = position.name
+      if not listed[field] then
+        local facts = facts_of[field] or {}
+        local name = facts.name or field
+        listed[field] = true
+        list[#list + 1] = {
+          field = field, name = name, title = facts.title or name:gsub("_", " "),
+          kind = position.kind, size = position.size, key = keys[field], argument = inputs[field] or nil,
+          unit = facts.unit, description = facts.description, values = facts.values, secret = facts.secret,
+        }
+      end
+    end
   end
   return list
 end

@@ -1,108 +1,25 @@
 -- Files of names: reading them, finding every mistake, putting later ones over
--- earlier. A new word of a table or a field is a row of table_words or
--- field_words; tell it in docs/named_fields.md.
-local tables = require "librpc.record.tables"
+-- earlier.
+local columns = require "librpc.names.columns"
 local names = require "librpc.names"
-local problems = require "librpc.record.problems"
+local tables = require "librpc.record.tables"
+local words = require "librpc.names.words"
 
 local files = {}
-local shown = problems.shown
+local table_words, field_words = words.of_table, words.of_field
 
--- Checks of a word's value: nil when it is right, else what was expected and,
--- where it is not the value itself, what was found.
-local function line(value)
-  if type(value) ~= "string" or value == "" or value:find("%c") then
-    return "a text of one line"
-  end
+-- Loaded with the first mistake.
+local function problems()
+  return require "librpc.record.problems"
 end
 
-local function text(value)
-  if type(value) ~= "string" or value == "" then
-    return "a text"
-  end
+local function shown(value)
+  return problems().shown(value)
 end
 
-local function truth(value)
-  if type(value) ~= "boolean" then
-    return "true or false"
-  end
+local function meant(...)
+  return problems().meant(...)
 end
-
-local function identifier(value)
-  if type(value) ~= "string" or not value:match("^[%a_][%w_]*$") then
-    return "a name of letters, digits and underscores"
-  end
-end
-
-local function numbers(value)
-  if type(value) ~= "table" or #value == 0 then
-    return "a list of numbers"
-  end
-  for _, number in ipairs(value) do
-    if type(number) ~= "number" or number ~= math.floor(number) or number == 0 then
-      return "a list of whole numbers that are not 0", shown(number)
-    end
-  end
-end
-
-local key_kinds = { int = true, unsigned = true, text = true, mac = true, hex = true }
-
--- Fields that the argument of the table's get or getn carries; {}: one row.
-local function key(value, apis)
-  if type(value) ~= "table" then
-    return "a list of fields"
-  end
-  local count, reader, seen = 0, apis.get or apis.getn or apis.set or apis.other, {}
-  for _ in pairs(value) do
-    count = count + 1
-  end
-  if count ~= #value then
-    return "a list of fields"
-  end
-  for _, field in ipairs(value) do
-    local position = tables.inputs_of(reader)[field]
-    if not position or not key_kinds[position.kind] then
-      return "fields that the argument carries", shown(field)
-    elseif seen[field] then
-      return "each field once", shown(field) .. " again"
-    end
-    seen[field] = true
-  end
-end
-
-local whole = { int = true, unsigned = true }
-
-local function values(value, position)
-  if not whole[position.kind] then
-    return "none, because the field is no whole number", "some"
-  elseif type(value) ~= "table" or next(value) == nil then
-    return "words by their numbers"
-  end
-  local seen = {}
-  for number, word in pairs(value) do
-    if type(number) ~= "number" or number ~= math.floor(number) then
-      return "whole numbers in brackets", shown(number)
-    elseif line(word) then
-      return "a text of one line for " .. number, shown(word)
-    elseif seen[word] then
-      return "words of their own", shown(word) .. " twice"
-    elseif tonumber(word) and tonumber(word) ~= number then
-      return "a word for " .. number .. " that is no other number", shown(word)
-    end
-    seen[word] = true
-  end
-end
-
-local function exact(value, position)
-  if position.kind ~= "real" then
-    return "nothing, because only a real prints less than it holds"
-  end
-  return truth(value)
-end
-
-local table_words = { title = line, description = text, key = key, ends = numbers }
-local field_words = { name = identifier, title = line, unit = line, description = text, values = values,
-  secret = truth, exact = exact }
 
 local function sorted_names(map)
   local list = {}
@@ -118,15 +35,11 @@ local File = {}
 File.__index = File
 
 function File:complain(where, expected, found)
-  local _, message = problems.fail("bad_names", table.concat({ self.path, where }, ": "), expected, found)
+  local _, message = problems().fail("bad_names", table.concat({ self.path, where }, ": "), expected, found)
   self.mistakes[#self.mistakes + 1] = message
 end
 
--- Copies a value of a file, which may hold only texts, numbers and lists of them.
 local function copy(value)
-  if type(value) ~= "table" then
-    return value
-  end
   local copied = {}
   for index, item in pairs(value) do
     copied[index] = item
@@ -134,78 +47,111 @@ local function copy(value)
   return copied
 end
 
-function File:field(where, into, field, facts, position)
-  where = where .. ": " .. field
-  if type(facts) ~= "table" then
-    return self:complain(where, "a table of what is known of the field", shown(facts))
+-- Checks one of a table's or a field's words; true where it is right.
+function File:word(where, word, value, check, about)
+  local expected, found = check(value, about)
+  if expected then
+    self:complain(where() .. ": " .. word, expected, found or shown(value))
   end
-  for word, value in pairs(facts) do
-    local check = field_words[word]
-    if not check then
-      local known = sorted_names(field_words)
-      self:complain(where, problems.meant("one of " .. table.concat(known, ", "), word, known), shown(word))
-    else
-      local expected, found = check(value, position)
-      if expected then
-        self:complain(where .. ": " .. word, expected, found or shown(value))
-      else
-        into[word] = copy(value)
-      end
-    end
-  end
+  return not expected
 end
 
--- A given name is nobody else's.
-function File:unique_names(where, fields, known)
+-- Checks what is known of a field. The same table of it may stand at many fields.
+function File:field(where, facts, position)
+  if type(facts) ~= "table" then
+    return self:complain(where(), "a table of what is known of the field", shown(facts))
+  end
+  local right = self.right[facts] ~= position.kind
+  for word, value in pairs(right and facts or {}) do
+    if field_words[word] then
+      right = self:word(where, word, value, field_words[word], position) and right
+    else
+      local known = sorted_names(field_words)
+      self:complain(where(), meant("one of " .. table.concat(known, ", "), word, known), shown(word))
+      right = false
+    end
+  end
+  self.right[facts] = right and position.kind or self.right[facts]
+end
+
+-- What is known of a field, with what an earlier file said and this one does not.
+local function over(before, facts)
+  local both = before and type(facts) == "table" and copy(before)
+  for word, value in pairs(both and facts or {}) do
+    both[word] = value
+  end
+  return both or facts
+end
+
+-- A given name is nobody else's: no field is called so in the schema, and no other
+-- by the names.
+function File:unique_names(table_name, fields, texts)
   local taken = {}
-  for _, field in ipairs(sorted_names(fields)) do
-    local name = fields[field].name
+  for field, facts in pairs(fields) do
+    local name, later = type(facts) == "table" and facts.name, field
+    local other = name and name ~= field and columns.position_in(texts, name) and name
+    if name and not other and taken[name] then
+      other = taken[name] < field and taken[name] or field
+      later = other == field and taken[name] or field
+    end
+    if other then
+      self:complain(table_name .. ": " .. later .. ": name", "a name of its own",
+        shown(name) .. ", which is " .. other .. "'s")
+    end
     if name then
-      local other = known[name] and name ~= field and name or taken[name]
-      if other then
-        self:complain(where .. ": " .. field .. ": name", "a name of its own", shown(name) .. ", which is " .. other
-          .. "'s")
-      end
       taken[name] = field
     end
   end
 end
 
+function File:unknown_field(where, word, texts)
+  local known = {}
+  for _, positions in ipairs(texts) do
+    for _, position in ipairs(positions) do
+      known[#known + 1] = position.name
+    end
+  end
+  self:complain(where, meant("a field of the table, or one of " .. table.concat(sorted_names(table_words), ", "), word,
+    known), shown(word))
+end
+
 function File:entry(all, name, entry)
-  local where = tostring(name)
+  local where_table = tostring(name)
   local apis = type(name) == "string" and tables.operations(name)
   if name == "*" then
     apis = {}
   elseif not apis then
-    return self:complain("expected", tables.meant_table(name), shown(name))
+    return self:complain(nil, problems().meant_table(name), shown(name))
   end
   if type(entry) ~= "table" then
-    return self:complain(where, "a table of what is known of it", shown(entry))
+    return self:complain(where_table, "a table of what is known of it", shown(entry))
   end
-  local known = tables.fields_of(apis)
+  local texts = columns.texts_of(apis)
   local into = all[name] or { fields = {} }
   all[name] = into
+  local field
+  local function where()
+    return field and where_table .. ": " .. field or where_table
+  end
   for word, value in pairs(entry) do
-    local check = table_words[word]
-    if check and (name ~= "*" or word == "ends") then
-      local expected, found = check(value, apis)
-      if expected then
-        self:complain(where .. ": " .. word, expected, found or shown(value))
-      else
-        into[word] = copy(value)
-      end
+    field = nil
+    if table_words[word] and (name ~= "*" or word == "ends") then
+      self:word(where, word, value, table_words[word], apis)
+      into[word] = value
     elseif name == "*" then
-      self:complain(where, "ends and nothing else", shown(word))
-    elseif not known[word] then
-      local list = sorted_names(known)
-      self:complain(where, problems.meant("a field of the table, or one of "
-        .. table.concat(sorted_names(table_words), ", "), word, list), shown(word))
+      self:complain(where(), "ends and nothing else", shown(word))
     else
-      into.fields[word] = into.fields[word] or {}
-      self:field(where, into.fields[word], word, value, known[word])
+      local position = columns.position_in(texts, word)
+      if position then
+        field = word
+        self:field(where, value, position)
+        into.fields[word] = over(into.fields[word], value)
+      else
+        self:unknown_field(where(), word, texts)
+      end
     end
   end
-  self:unique_names(where, into.fields, known)
+  self:unique_names(where_table, into.fields, texts)
 end
 
 -- What a file returns, run in an environment without anything.
@@ -243,10 +189,7 @@ local function copy_of(all)
   local copied = {}
   for name, entry in pairs(all) do
     copied[name] = copy(entry)
-    copied[name].fields = {}
-    for field, facts in pairs(entry.fields) do
-      copied[name].fields[field] = copy(facts)
-    end
+    copied[name].fields = copy(entry.fields)
   end
   return copied
 end
@@ -256,7 +199,7 @@ end
 function files.read(paths, before)
   local all, mistakes = copy_of(before), {}
   for _, path in ipairs(paths) do
-    local file = setmetatable({ path = path, mistakes = mistakes }, File)
+    local file = setmetatable({ path = path, mistakes = mistakes, right = {} }, File)
     for name, entry in pairs(file:run() or {}) do
       file:entry(all, name, entry)
     end

@@ -1,6 +1,7 @@
 -- What librpc.record says when something is wrong: the codes, the shape of a
 -- message, the suggestion for a misspelt name. Loaded when the first is wanted.
 local output = require "librpc.output"
+local schema = require "librpc.schema"
 
 local problems = {}
 
@@ -123,6 +124,51 @@ end
 function problems.meant(what, name, names)
   local nearest = problems.nearest(name, names)
   return nearest and ("%s (did you mean %s?)"):format(what, nearest) or what
+end
+
+local function unknown(what, name, known)
+  return problems.fail("unknown_api", "librpc", problems.meant("the name of " .. what, name, known),
+    problems.shown(name))
+end
+
+-- What fail gives for a name that no API has.
+function problems.unknown_api(name)
+  local known = {}
+  for i, api in ipairs(schema.apis) do
+    known[i] = api.name
+  end
+  return unknown("an API", name, known)
+end
+
+-- The names of all tables, sorted.
+local function table_names()
+  local seen, list = {}, {}
+  for _, api in ipairs(schema.apis) do
+    if not seen[api.table] then
+      seen[api.table], list[#list + 1] = true, api.table
+    end
+  end
+  table.sort(list)
+  return list
+end
+
+-- What a name that no table has should have been.
+function problems.meant_table(name)
+  return problems.meant("the name of a table", name, table_names())
+end
+
+-- What fail gives for it.
+function problems.unknown_table(name)
+  return unknown("a table", name, table_names())
+end
+
+-- What fail gives for an operation that the table's APIs do not have.
+function problems.no_operation(table_name, apis, operation)
+  local there = {}
+  for _, name in ipairs { "get", "getn", "set", "other" } do
+    there[#there + 1] = apis[name] and name
+  end
+  return problems.fail("no_operation", table_name, table.concat(there, " or "), problems.shown(operation))
 end
 
 -- Checks a table of options: true, or what fail gives.

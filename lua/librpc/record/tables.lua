@@ -12,18 +12,6 @@ function tables.fail(code, where, expected, value, found)
   return problems.fail(code, where, expected, found or problems.shown(value))
 end
 
-local function meant(...)
-  return require("librpc.record.problems").meant(...)
-end
-
-local function names_of(list)
-  local found = {}
-  for i, item in ipairs(list) do
-    found[i] = item.name
-  end
-  return found
-end
-
 -- The API of that name, or nil.
 function tables.api_named(name)
   return type(name) == "string" and schema.api(name) or nil
@@ -35,7 +23,7 @@ function tables.api_of(name)
   if api then
     return api
   end
-  return tables.fail("unknown_api", "librpc", meant("the name of an API", name, names_of(schema.apis)), name)
+  return require("librpc.record.problems").unknown_api(name)
 end
 
 -- The API of that name, and how its table's rows read.
@@ -66,27 +54,15 @@ function tables.operations(table_name)
   return index[table_name]
 end
 
--- What a wrong name of a table should have been.
-function tables.meant_table(name)
-  local known = {}
-  for table_name in pairs(index) do
-    known[#known + 1] = table_name
-  end
-  table.sort(known)
-  return meant("the name of a table", name, known)
-end
-
 -- The APIs of a table, which one of its APIs' names stands for as well.
 function tables.apis_of(name)
   local api = tables.api_named(name)
   local apis = tables.operations(api and api.table or name)
   if not apis then
-    return tables.fail("unknown_api", "librpc", tables.meant_table(name), name)
+    return require("librpc.record.problems").unknown_table(name)
   end
   return apis
 end
-
-local operations = { "get", "getn", "set", "other" }
 
 -- The API of a table's operation.
 function tables.find(table_name, operation)
@@ -96,11 +72,7 @@ function tables.find(table_name, operation)
   elseif apis[operation] then
     return apis[operation]
   end
-  local there = {}
-  for _, name in ipairs(operations) do
-    there[#there + 1] = apis[name] and name
-  end
-  return tables.fail("no_operation", table_name, table.concat(there, " or "), operation)
+  return require("librpc.record.problems").no_operation(table_name, apis, operation)
 end
 
 local input_names = setmetatable({}, { __mode = "k" })
@@ -125,22 +97,6 @@ function tables.has_output(api, name)
     end
   end
   return false
-end
-
--- The fields of a table's APIs, by name and in the record's order: as the reply
--- has them, else as an argument has them.
-function tables.fields_of(apis)
-  local by_name, list = {}, {}
-  for _, side in ipairs { "output", "input" } do
-    for _, operation in ipairs(operations) do
-      for _, position in ipairs(apis[operation] and apis[operation][side] or {}) do
-        if not by_name[position.name] then
-          by_name[position.name], list[#list + 1] = position, position
-        end
-      end
-    end
-  end
-  return by_name, list
 end
 
 -- The fields that say which row of a table: those that the names tell; else, by

@@ -1,11 +1,9 @@
 -- Values and the texts that stand for them: what an argument's text holds for a
 -- value, and what value a position of a reply's text is, by the position's kind.
--- A new kind of common/schema.cpp is a function in each of the two tables here.
+-- Numbers and texts are here, the other kinds in kinds.lua, which is loaded when the
+-- first of them comes; there a new kind of common/schema.cpp is a function in each
+-- of the two tables.
 local values = {}
-
-local function shown(value)
-  return require("librpc.record.problems").shown(value)
-end
 
 local int_least, int_most = -2147483648, 2147483647
 local unsigned_most, unsigned_values = 4294967295, 4294967296
@@ -44,55 +42,16 @@ local function carried_text(text, longest, delimiters)
   return text
 end
 
--- The bytes of a table of numbers as a text, or nil.
-local function text_of_bytes(bytes, most)
-  if #bytes > most then
-    return nil
-  end
-  local text = {}
-  for i, byte in ipairs(bytes) do
-    local number = whole_number(byte, 0, 255)
-    if not number then
-      return nil
-    end
-    text[i] = string.char(number)
-  end
-  return table.concat(text)
-end
-
-local function to_hex(bytes, format, separator)
-  local digits = {}
-  for i = 1, #bytes do
-    digits[i] = format:format(bytes:byte(i))
-  end
-  return table.concat(digits, separator)
-end
-
-local function six_pairs(separator)
-  local pair = "(%x%x)"
-  return "^" .. table.concat({ pair, pair, pair, pair, pair, pair }, separator) .. "$"
-end
-
-local mac_notations = {
-  six_pairs(""),
-  six_pairs(":"),
-  six_pairs("%-"),
-  "^(%x%x)(%x%x)%.(%x%x)(%x%x)%.(%x%x)(%x%x)$",
+local other_kinds = {
+  __index = function(of_kind, kind)
+    require("librpc.record.kinds")(values)
+    return rawget(of_kind, kind)
+  end,
 }
-
--- The number of a decimal text, in whichever notation the locale has; nil for
--- infinities and for what is no number.
-local function real_number(text)
-  if not text:match("^[+-]?%d*[.,]?%d*[eE]?[+-]?%d*$") then
-    return nil
-  end
-  local number = tonumber(text) or tonumber((text:gsub("[.,]", { ["."] = ",", [","] = "." })))
-  return number and math.abs(number) < math.huge and number or nil
-end
 
 -- From values to the argument's text, by the position's kind: the text, or nil,
 -- a code, what was expected and, where it is not the value itself, what was found.
-local to_text = {}
+local to_text = setmetatable({}, other_kinds)
 values.to_text = to_text
 
 function to_text.int(value)
@@ -109,15 +68,6 @@ function to_text.unsigned(value)
   return number and digits_of(number), code, expected
 end
 
-function to_text.real(value)
-  local number = type(value) == "number" and math.abs(value) < math.huge and value
-    or type(value) == "string" and real_number(value)
-  if not number then
-    return nil, "bad_number", "a number"
-  end
-  return ("%.17g"):format(number)
-end
-
 function to_text.text(value, position, api)
   if type(value) == "number" then
     value = tostring(value)
@@ -127,87 +77,9 @@ function to_text.text(value, position, api)
   return carried_text(value, position.size - 1, api.delimiters)
 end
 
--- Six bytes into which the text is copied as it is.
-function to_text.bytes(value, position, api)
-  if type(value) == "table" then
-    local bytes = text_of_bytes(value, position.size)
-    value = bytes and bytes:gsub("%z+$", "")
-  end
-  if type(value) ~= "string" then
-    return nil, "bad_type", ("a text, or a list of at most %d bytes"):format(position.size)
-  end
-  return carried_text(value, position.size - 1, api.delimiters)
-end
-
-function to_text.mac(value, position)
-  if type(value) == "table" then
-    local bytes = #value == position.size and text_of_bytes(value, position.size)
-    if bytes then
-      return to_hex(bytes, "%02X", "-")
-    end
-  elseif type(value) == "string" then
-    for _, notation in ipairs(mac_notations) do
-      if value:match(notation) then
-        return table.concat({ value:match(notation) }, "-"):upper()
-      end
-    end
-  end
-  return nil, "bad_mac", "a MAC address such as 00-11-22-AA-BB-CC"
-end
-
-function to_text.hex(value, position)
-  local digits
-  if type(value) == "table" then
-    local bytes = text_of_bytes(value, #value)
-    digits = bytes and to_hex(bytes, "%02x")
-  elseif type(value) == "string" then
-    digits = value:gsub("(%x%x)[:%- ]", "%1"):lower()
-    digits = #digits % 2 == 0 and digits:match("^%x*$")
-  end
-  if not digits then
-    return nil, "bad_hex", "bytes in hexadecimal digits, such as 00ff10"
-  end
-  if #digits > 2 * position.size then
-    return nil, "too_long", ("at most %d bytes"):format(position.size), ("%d bytes"):format(#digits / 2)
-  end
-  return digits
-end
-
-function to_text.list(value, position)
-  local items = value
-  if type(value) == "string" then
-    items = {}
-    for item in (value .. ","):gmatch("%s*(.-)%s*,") do
-      items[#items + 1] = item
-    end
-  end
-  if type(items) ~= "table" or #items ~= position.size then
-    local found = type(items) == "table" and ("%d items"):format(#items) or nil
-    return nil, "bad_list", ("a list of %d numbers"):format(position.size), found
-  end
-  local digits = {}
-  for i, item in ipairs(items) do
-    local number, code, expected = whole_number(item, position.least, position.most)
-    if not number then
-      return nil, code, ("%s as item %d"):format(expected, i), shown(item)
-    end
-    digits[i] = digits_of(number)
-  end
-  local text = table.concat(digits, ",")
-  if #text > position.longest then
-    return nil, "too_long", ("a list of at most %d characters"):format(position.longest),
-      ("%d characters"):format(#text)
-  end
-  return text
-end
-
-function to_text.skip()
-  return nil, "read_only", "no value, because the argument does not carry this field"
-end
-
 -- From a position of the reply's text to a value: the value, or nil and what
 -- was expected.
-local to_value = {}
+local to_value = setmetatable({}, other_kinds)
 values.to_value = to_value
 
 function to_value.int(text)
@@ -233,38 +105,15 @@ function to_value.counter(text)
   return text:match("^-?%d+$"), "a whole number"
 end
 
-function to_value.real(text)
-  return real_number(text), "a number"
-end
-
 function to_value.text(text, position)
-  return #text <= position.size and text or nil, ("at most %d characters"):format(position.size)
-end
-
-function to_value.mac(text)
-  return text:match("^%x%x%-%x%x%-%x%x%-%x%x%-%x%x%-%x%x$"), "a MAC address"
-end
-
-function to_value.hex(text, position)
-  if not text:match("^%x*$") or #text % 2 ~= 0 or #text > 2 * position.size then
-    return nil, ("at most %d bytes in hexadecimal digits"):format(position.size)
+  if #text > position.size then
+    return nil, ("at most %d characters"):format(position.size)
   end
   return text
 end
 
-function to_value.list(text, position)
-  local items = {}
-  for item in (text .. ","):gmatch("(.-),") do
-    items[#items + 1] = whole_number(item, position.least, position.most)
-  end
-  if #items ~= position.size then
-    return nil, ("a list of %d numbers"):format(position.size)
-  end
-  return items
-end
-
+values.whole_number, values.digits_of, values.carried_text = whole_number, digits_of, carried_text
 values.int_least, values.int_most = int_least, int_most
 values.unsigned_most, values.unsigned_values = unsigned_most, unsigned_values
-values.to_hex = to_hex
 
 return values

@@ -19,37 +19,52 @@ local folder = "/etc/librpc/names"
 local tables, problem -- what is loaded, or the mistakes
 local views = {}
 
+-- The files of the folder in the order of their names; nil and why they cannot be
+-- told. Where there is no folder, there are none.
+local function listed_files()
+  local there, reason, number = io.open(folder)
+  if not there and number == 2 then -- no such file
+    return {}
+  end
+  local paths, last = {}, reason or ""
+  if there then
+    there:close()
+    local listing = io.popen("LC_ALL=C ls " .. folder .. " 2>&1 && echo /") -- which is no file's name
+    for name in listing:lines() do
+      if name:match("%.lua$") then
+        paths[#paths + 1] = folder .. "/" .. name
+      end
+      last = name
+    end
+    listing:close()
+  end
+  if last ~= "/" then
+    return nil, ("%s: expected a folder that can be read, found %s"):format(folder, last)
+  end
+  return paths
+end
+
 -- The files that are to be loaded, later ones over earlier.
 local function installed_files()
-  local paths, listed = {}, os.getenv("LIBRPC_NAMES")
-  if listed then
-    for path in listed:gmatch("[^:]+") do
-      paths[#paths + 1] = path
-    end
-    return paths
+  local listed = os.getenv("LIBRPC_NAMES")
+  if not listed then
+    return listed_files()
   end
-  local there = io.open(folder)
-  if not there then
-    return paths
+  local paths = {}
+  for path in listed:gmatch("[^:]+") do
+    paths[#paths + 1] = path
   end
-  there:close()
-  local listing = assert(io.popen("LC_ALL=C ls " .. folder))
-  for name in listing:lines() do
-    if name:match("%.lua$") then
-      paths[#paths + 1] = folder .. "/" .. name
-    end
-  end
-  listing:close()
   return paths
 end
 
 -- The tables that are loaded; nil and the mistakes where there are any.
 function names.loaded()
   if not tables and not problem then
-    local paths = installed_files()
-    if #paths == 0 then
+    local paths
+    paths, problem = installed_files()
+    if paths and #paths == 0 then
       tables = {}
-    else
+    elseif paths then
       tables, problem = require("librpc.names.files").read(paths, {})
     end
   end

@@ -270,12 +270,18 @@ check.equal("a later file over a mistake", loaded("LIBRPC_NAMES=" .. first .. ":
   'select(3, n.load("' .. second .. '"))'), "bad_names")
 
 -- The folder, in a mount namespace whose /etc is ours.
+local function with_folder(commands, expression)
+  local inside = "unshare -m sh -c 'mount -t tmpfs none /etc && mkdir -p /etc/librpc/names && unset LIBRPC_NAMES && "
+    .. '%s $(command -v %s) -e "local names = require([[librpc.names]]) io.write(tostring(%s))"\' 2>&1'
+  return (shell.run(inside:format(commands, shell.interpreter, expression)))
+end
 if shell.run("id -u") == "0\n" then
-  local inside = ("unshare -m sh -c 'mount -t tmpfs none /etc && mkdir -p /etc/librpc/names && "
-    .. "cp %s /etc/librpc/names/10.lua && cp %s /etc/librpc/names/20.lua && cp %s /etc/librpc/names/30.txt && "
-    .. 'unset LIBRPC_NAMES && %s -e "io.write(require([[librpc.names]]).tables.portinfo.title)"\' 2>&1'):format(first,
-      second, path, shell.interpreter)
-  check.equal("/etc/librpc/names", (shell.run(inside)), "All ports")
+  check.equal("/etc/librpc/names", with_folder(("cp %s /etc/librpc/names/10.lua && cp %s /etc/librpc/names/20.lua && "
+    .. "cp %s /etc/librpc/names/30.txt &&"):format(first, second, path), "names.tables.portinfo.title"), "All ports")
+  check.equal("an empty folder", with_folder("", "next(names.tables)"), "nil")
+  check.equal("a folder that cannot be listed", with_folder("PATH=/nowhere",
+    "select(2, names.loaded()):match([[^.*expected a folder that can be read, found .]])"),
+    "/etc/librpc/names: expected a folder that can be read, found s")
 end
 
 shell.run("rm -r " .. folder)

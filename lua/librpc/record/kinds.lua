@@ -59,7 +59,13 @@ function to_text.real(value)
   if not number then
     return nil, "bad_number", "a number"
   end
-  return ("%.17g"):format(number)
+  local text = ("%.17g"):format(number)
+  if os.setlocale(nil, "numeric") ~= "C" then
+    -- the library reads the locale's point, LuaJIT writes its own: none, then
+    local whole, fraction, exponent = text:match("^(-?%d+)[.,](%d+)e?(.*)$")
+    text = whole and ("%s%se%d"):format(whole, fraction, (tonumber(exponent) or 0) - #fraction) or text
+  end
+  return text
 end
 
 -- Six bytes into which the text is copied as it is.

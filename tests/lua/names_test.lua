@@ -75,6 +75,8 @@ for _, row in ipairs {
     'svi: field1: name: expected a name of letters, digits and underscores, found "a b"' },
   { "return { svi = { field1 = { name = 1 } } }",
     "svi: field1: name: expected a name of letters, digits and underscores, found 1" },
+  { "return { svi = { field1 = { name = 0 / 0 } } }",
+    "svi: field1: name: expected a name of letters, digits and underscores, found " },
   { "return { svi = { field1 = { name = 'name' } } }",
     'svi: field1: name: expected a name of its own, found "name", which is name\'s' },
   { "return { svi = { field1 = { name = 'a' }, field3 = { name = 'a' } } }",

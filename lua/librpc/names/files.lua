@@ -88,7 +88,7 @@ end
 function File:unique_names(table_name, fields, texts)
   local taken = {}
   for field, facts in pairs(fields) do
-    local name, later = type(facts) == "table" and facts.name, field
+    local name, later = type(facts) == "table" and type(facts.name) == "string" and facts.name, field
     local other = name and name ~= field and columns.position_in(texts, name) and name
     if name and not other and taken[name] then
       other = taken[name] < field and taken[name] or field

@@ -42,13 +42,13 @@ void write_fields(std::ostream& out, const std::vector<const Api*>& apis)
     std::set<std::string_view> written;
     for (const Side side : {Side::Output, Side::Input})
         for (const Api* api : apis) {
-            const TextForm* form = side == Side::Output ? api->output : api->request ? api->input : nullptr;
+            const TextForm* form = side == Side::Output ? api->output() : api->request ? api->input() : nullptr;
             if (!form || (side == Side::Output && !api->reply))
                 continue;
             for (const NotedPosition& position : positions_of(*form, side)) {
                 if (!written.insert(position.name).second)
                     continue;
-                out << "    " << key_of(position.name) << " = {}, -- " << position.kind;
+                out << "    " << key_of(position.name) << " = {}, -- " << position.kind->name;
                 if (position.size)
                     out << " of " << position.size;
                 out << '\n';

@@ -40,18 +40,17 @@ function tables.open(name)
   return api, view
 end
 
-local index -- by table: { get = api, getn = api, set = api, other = api }
+local operations_of = {} -- by table: false, or { get = api, getn = api, set = api, other = api }
 
 -- A table's APIs by operation, or nil.
 function tables.operations(table_name)
-  if not index then
-    index = {}
-    for _, api in ipairs(schema.apis) do
-      index[api.table] = index[api.table] or {}
-      index[api.table][api.operation] = api
-    end
+  if type(table_name) ~= "string" then
+    return nil
   end
-  return index[table_name]
+  if operations_of[table_name] == nil then
+    operations_of[table_name] = schema.table(table_name) or false
+  end
+  return operations_of[table_name] or nil
 end
 
 -- The APIs of a table, which one of its APIs' names stands for as well.

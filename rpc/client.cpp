@@ -80,6 +80,8 @@ Client* find_client(ClientPool& pool)
 // Waits a little for a client to come back. With clients_mutex held.
 void wait_for_client(ClientPool& pool)
 {
+    if (!clients_mutex.is_held) // one thread: nobody will give one back
+        return void(poll(nullptr, 0, patience_ms));
     timespec until;
     clock_gettime(CLOCK_REALTIME, &until);
     until.tv_nsec += patience_ms * 1000000;

@@ -78,13 +78,13 @@ Client* find_client(ClientPool& pool)
 }
 
 // Waits a little for a client to come back. With clients_mutex held.
-void wait_for_client(ClientPool& pool)
+void wait_for_client(ClientPool& pool, Deadline deadline)
 {
     if (!clients_mutex.is_held) // one thread: nobody will give one back
         return void(poll(nullptr, 0, patience_ms));
     timespec until;
     clock_gettime(CLOCK_REALTIME, &until);
-    until.tv_nsec += patience_ms * 1000000;
+    until.tv_nsec += deadline.or_sooner(Deadline::after(patience_ms)).left_for_poll() * 1000000;
     until.tv_sec += until.tv_nsec / 1000000000;
     until.tv_nsec %= 1000000000;
     pool.waiting++;
@@ -151,7 +151,7 @@ Client* lend_client(const ServiceClient& service, Deadline deadline, const Calle
             fail(failure, RPC_TIMEDOUT, EBUSY);
             return nullptr;
         }
-        wait_for_client(pool);
+        wait_for_client(pool, deadline);
     }
     const bool is_new = client->state == Client::State::None;
     client->state = Client::State::Lent;

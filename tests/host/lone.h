@@ -38,6 +38,7 @@ class Lone : public testing::Test
     {
         mapper.reset();
         mapper = std::make_unique<FakePortMapper>(answer);
+        serving = mapper.get();
     }
     // A port mapper that speaks version 2 and tells that port.
     void map_to(uint32_t port)
@@ -109,5 +110,6 @@ class Lone : public testing::Test
 
     std::unique_ptr<RpcServer> daemon;
     std::unique_ptr<FakePortMapper> mapper;
+    std::atomic<FakePortMapper*> serving = nullptr; // the same, for its answers
     std::unique_ptr<LuaState> lua;
 };

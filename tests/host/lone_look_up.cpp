@@ -260,9 +260,9 @@ TEST_F(LookUp, answers_to_other_queries_are_passed_over)
         for (const uint32_t away : {1U, 2U, 0xFFFFFFFFU, 0x80000000U}) {
             RpcCall other = query;
             other.xid += away;
-            mapper->send(query.from, RpcServer::accepted(other, {9}));
+            serving.load()->send(query.from, RpcServer::accepted(other, {9}));
         }
-        mapper->send(query.from, {});
+        serving.load()->send(query.from, {});
         return RpcServer::accepted(query, {daemon->port()});
     });
     expect_success();
@@ -275,8 +275,8 @@ TEST_F(LookUp, late_answer_in_version_2_is_not_that_in_version_4)
         if (query.version == 2)
             return RpcServer::accepted(query, {4, 4}, version_mismatch);
         RpcCall first = query;
-        first.xid = mapper->queries()[0].xid;
-        mapper->send(query.from, RpcServer::accepted(first, {9}));
+        first.xid = serving.load()->queries()[0].xid;
+        serving.load()->send(query.from, RpcServer::accepted(first, {9}));
         return RpcServer::accepted(query, text_units(universal("127.0.0.1", daemon->port())));
     });
     expect_success();
@@ -286,8 +286,8 @@ TEST_F(LookUp, query_is_repeated_as_it_was_when_it_or_its_answer_is_lost)
 {
     for (const size_t lost : {1U, 2U}) {
         forget_clients();
-        map([=, port = daemon->port()](const RpcCall& query) -> std::optional<Units> {
-            if (mapper->queries().size() <= lost)
+        map([this, lost, port = daemon->port()](const RpcCall& query) -> std::optional<Units> {
+            if (serving.load()->queries().size() <= lost)
                 return {};
             return RpcServer::accepted(query, {port});
         });

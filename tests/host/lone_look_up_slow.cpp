@@ -11,7 +11,7 @@ class SlowLookUp : public Lone
 TEST_F(SlowLookUp, query_is_sent_four_times)
 {
     map([this](const RpcCall& query) -> std::optional<RpcServer::Units> {
-        if (mapper->queries().size() <= 3)
+        if (serving.load()->queries().size() <= 3)
             return {};
         return RpcServer::accepted(query, {daemon->port()});
     });

@@ -7,6 +7,7 @@
 #include <sys/random.h>
 #include <sys/socket.h>
 #include <sys/time.h>
+#include <sys/uio.h>
 #include <unistd.h>
 
 #include "rpc/clock.h"
@@ -90,18 +91,32 @@ bool tells_of_another(int number)
 }
 } // namespace
 
-// The address, which a connected stream refuses, and MSG_FASTOPEN, which a TCP
-// connection refuses, are the cheapest way to never write into a stream that has
-// the socket's number by now. UDP takes both.
+// The cheapest way to never write into what has the socket's number by now: the
+// address, which a connected stream refuses; MSG_FASTOPEN, which a TCP connection
+// refuses; and a control message, which every socket of the local domain refuses,
+// also one of packets, which ignores addresses. UDP takes all three: the message
+// asks for no time stamps.
 ssize_t UdpSocket::send(const void* datagram, size_t size)
 {
-    const sockaddr_in server = loopback(port);
-    const auto* to = reinterpret_cast<const sockaddr*>(&server);
-    const ssize_t sent = sendto(fd, datagram, size, MSG_NOSIGNAL | MSG_FASTOPEN, to, sizeof server);
+    sockaddr_in server = loopback(port);
+    iovec part = {const_cast<void*>(datagram), size};
+    alignas(cmsghdr) char control[CMSG_SPACE(sizeof(int))] = {};
+    msghdr message = {};
+    message.msg_name = &server;
+    message.msg_namelen = sizeof server;
+    message.msg_iov = &part;
+    message.msg_iovlen = 1;
+    message.msg_control = control;
+    message.msg_controllen = sizeof control;
+    cmsghdr* stamps = CMSG_FIRSTHDR(&message);
+    stamps->cmsg_level = SOL_SOCKET;
+    stamps->cmsg_type = SO_TIMESTAMPING;
+    stamps->cmsg_len = CMSG_LEN(sizeof(int));
+    const ssize_t sent = sendmsg(fd, &message, MSG_NOSIGNAL | MSG_FASTOPEN);
     if (sent >= 0 || !tells_of_another(errno))
         return sent;
-    if (inode == 0 || is_ours()) // a system that does not know the flag
-        return sendto(fd, datagram, size, MSG_NOSIGNAL, to, sizeof server);
+    if (inode == 0 || is_ours()) // a system that does not know the flag or the message
+        return sendto(fd, datagram, size, MSG_NOSIGNAL, reinterpret_cast<const sockaddr*>(&server), sizeof server);
     errno = EBADF;
     return -1;
 }

@@ -139,7 +139,7 @@ int check_items(lua_State* L, int list)
 void collect(lua_State* L, ApiCalls& calls, Deadline deadline, int places, int texts)
 {
     const Caller caller = caller_of(L);
-    const Deadline last_look = {deadline.at + ms_of_second}; // by when every call has ended by its own deadline
+    const Deadline last_look = deadline.and_then(ms_of_second); // by when every call has ended by its own deadline
     while (calls.is_open() || calls.first_finished()) {
         calls.wait(last_look, caller);
         while (const ApiCall* call = calls.first_finished()) {
@@ -214,7 +214,7 @@ int services(lua_State* L)
     }
     const Caller caller = caller_of(L);
     while (calls.is_open() || calls.first_finished()) {
-        calls.wait({deadline.at + ms_of_second}, caller);
+        calls.wait(deadline.and_then(ms_of_second), caller);
         while (const ApiCall* call = calls.first_finished()) {
             for (place = 1; all_services[static_cast<size_t>(place) - 1] != call->owner;)
                 place++;

@@ -104,7 +104,7 @@ bool CallGroup::add(GroupCall& call)
     Lane* lane = lane_of(*call.service);
     if (!lane)
         return false;
-    call.started = milliseconds_now();
+    call.started = microseconds_now();
     open_calls++;
     lane->wait_last(call);
     advance(*lane);
@@ -302,7 +302,7 @@ void CallGroup::process()
         if (lane->sent)
             receive(*lane); // once more before a deadline ends it: the process may have been stopped
     }
-    const int64_t now = milliseconds_now();
+    const int64_t now = microseconds_now();
     for (Lane* lane = lanes; lane; lane = lane->next) {
         expire(*lane, now);
         advance(*lane);

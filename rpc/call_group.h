@@ -38,7 +38,7 @@ struct GroupCall {
     GroupCall* next = nullptr;
     const ServiceClient* service = nullptr;
     Deadline deadline = {0};
-    int64_t started = 0; // of milliseconds_now
+    int64_t started = 0; // of microseconds_now
     size_t weight = 0;   // bytes of the request or of the reply, whichever are more
     uint32_t xid = 0;
 };

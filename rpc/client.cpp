@@ -17,6 +17,10 @@ pthread_t handle_thread;
 // wait first.
 constexpr int64_t enough_ms = ms_of_second * TIMEOUT.tv_sec - ms_of_second / 2;
 
+// Two calls that begin within this time leave the host none to close descriptors
+// and open others.
+constexpr int64_t just_now_us = 50;
+
 constexpr int patience_ms = 100; // between looks at who still wants to wait
 
 Mutex clients_mutex; // guards every pool
@@ -156,6 +160,9 @@ Client* lend_client(const ServiceClient& service, Deadline deadline, const Calle
     const bool is_new = client->state == Client::State::None;
     client->state = Client::State::Lent;
     client->time = time;
+    const int64_t since_latest = deadline.at - client->latest.at; // calls of one length, as nearly all are
+    client->socket.was_just_used = since_latest >= 0 && since_latest < just_now_us;
+    client->latest = deadline;
     if (is_new) {
         list(pool);
         client->generation = pool.generation;
@@ -204,6 +211,7 @@ Client* lend_idle_client(const ServiceClient& service)
     if (!client || client->state != Client::State::Idle)
         return nullptr;
     client->state = Client::State::Lent;
+    client->socket.was_just_used = false;
     return client;
 }
 

@@ -29,6 +29,7 @@ struct Client {
     TimeLeft time = TimeLeft::Some; // of the call that it is lent to
     unsigned generation = 0;        // of the service's clients when it was made
     uint32_t xid = 0;               // of the latest call
+    Deadline latest = {0};          // of it
     UdpSocket socket;
 };
 

@@ -91,14 +91,15 @@ bool tells_of_another(int number)
 }
 } // namespace
 
-// The cheapest way to never write into what has the socket's number by now: the
-// address, which a connected stream refuses; MSG_FASTOPEN, which a TCP connection
-// refuses; and a control message, which every socket of the local domain refuses,
-// also one of packets, which ignores addresses. UDP takes all three: the message
-// asks for no time stamps.
-ssize_t UdpSocket::send(const void* datagram, size_t size)
+namespace
 {
-    sockaddr_in server = loopback(port);
+// Sends so that whatever has the socket's number by now refuses it: a connected
+// stream because of the address, a TCP connection because of MSG_FASTOPEN, every
+// socket of the local domain because of the control message, also one of
+// packets, which ignores addresses. UDP takes all three, and looks its route up
+// once more; the message asks for no time stamps.
+ssize_t send_guarded(int fd, const void* datagram, size_t size, sockaddr_in& server)
+{
     iovec part = {const_cast<void*>(datagram), size};
     alignas(cmsghdr) char control[CMSG_SPACE(sizeof(int))] = {};
     msghdr message = {};
@@ -112,11 +113,19 @@ ssize_t UdpSocket::send(const void* datagram, size_t size)
     stamps->cmsg_level = SOL_SOCKET;
     stamps->cmsg_type = SO_TIMESTAMPING;
     stamps->cmsg_len = CMSG_LEN(sizeof(int));
-    const ssize_t sent = sendmsg(fd, &message, MSG_NOSIGNAL | MSG_FASTOPEN);
+    return sendmsg(fd, &message, MSG_NOSIGNAL | MSG_FASTOPEN);
+}
+} // namespace
+
+ssize_t UdpSocket::send(const void* datagram, size_t size)
+{
+    sockaddr_in server = loopback(port);
+    const ssize_t sent = was_just_used ? ::send(fd, datagram, size, MSG_NOSIGNAL | MSG_FASTOPEN)
+                                       : send_guarded(fd, datagram, size, server);
     if (sent >= 0 || !tells_of_another(errno))
         return sent;
     if (inode == 0 || is_ours()) // a system that does not know the flag or the message
-        return sendto(fd, datagram, size, MSG_NOSIGNAL, reinterpret_cast<const sockaddr*>(&server), sizeof server);
+        return ::send(fd, datagram, size, MSG_NOSIGNAL);
     errno = EBADF;
     return -1;
 }
@@ -150,7 +159,7 @@ RandomBits random_bits()
     RandomBits bits;
     if (getrandom(&bits, sizeof bits, GRND_NONBLOCK) == sizeof bits)
         return bits;
-    const uint32_t seed = static_cast<uint32_t>(milliseconds_now()) * 2654435761U ^ static_cast<uint32_t>(getpid())
+    const uint32_t seed = static_cast<uint32_t>(microseconds_now()) * 2654435761U ^ static_cast<uint32_t>(getpid())
                                                                                         << 16;
     return {seed, seed >> 7, seed * 2246822519U};
 }

@@ -16,9 +16,13 @@ enum class LocalPort : uint8_t {
 // A connected socket.
 struct UdpSocket : Descriptor {
     uint16_t port = 0; // of the daemon
+    // Set by who has just used the socket: the host can hardly have closed it
+    // since, so that send looks less closely, which is cheaper.
+    bool was_just_used = false;
 
     // send(2) and recv(2). Nothing is sent on anything but a UDP socket: a
-    // descriptor that is a stream or file of the host's by now gives EBADF.
+    // descriptor that is a stream or file of the host's by now gives EBADF. Of
+    // one that was_just_used, only files and TCP connections are told apart.
     // `flags` are recv's own.
     ssize_t send(const void* datagram, size_t size);
     ssize_t receive(void* datagram, size_t size, int flags) const;

@@ -84,15 +84,16 @@ Client* find_client(ClientPool& pool)
 // Waits a little for a client to come back. With clients_mutex held.
 void wait_for_client(ClientPool& pool, Deadline deadline)
 {
+    const int wait_ms = deadline.or_sooner(Deadline::after(patience_ms)).left_for_poll();
     if (!clients_mutex.is_held) // one thread: nobody will give one back
-        return void(poll(nullptr, 0, patience_ms));
+        return void(poll(nullptr, 0, wait_ms));
     timespec until;
     clock_gettime(CLOCK_REALTIME, &until);
-    until.tv_nsec += deadline.or_sooner(Deadline::after(patience_ms)).left_for_poll() * 1000000;
+    until.tv_nsec += wait_ms * 1000000;
     until.tv_sec += until.tv_nsec / 1000000000;
     until.tv_nsec %= 1000000000;
     pool.waiting++;
-    pthread_cond_timedwait(&pool.came_back, &clients_mutex.mutex, &until);
+    clients_mutex.wait(pool.came_back, &until);
     pool.waiting--;
 }
 

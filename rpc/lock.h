@@ -32,6 +32,19 @@ struct Mutex {
         is_held = false;
         pthread_mutex_unlock(&mutex);
     }
+    // Lets go until `came` is signalled, or `until` by CLOCK_REALTIME. With the
+    // mutex held; at once where there is nobody who could signal.
+    void wait(pthread_cond_t& came, const timespec* until = nullptr)
+    {
+        if (!is_held)
+            return;
+        is_held = false;
+        if (until)
+            pthread_cond_timedwait(&came, &mutex, until);
+        else
+            pthread_cond_wait(&came, &mutex);
+        is_held = true;
+    }
     static bool has_one_thread()
     {
 #ifdef LIBRPC_KNOWS_ONE_THREAD
@@ -66,7 +79,7 @@ class Turn
         watch_forks();
         if (depth == 0 || !pthread_equal(owner, pthread_self())) {
             while (depth > 0 && mutex.is_held)
-                pthread_cond_wait(&free, &mutex.mutex);
+                mutex.wait(free);
             owner = pthread_self();
         }
         depth++;

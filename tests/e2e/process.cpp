@@ -102,6 +102,13 @@ int do_give_back_descriptors(lua_State*)
     return 0;
 }
 
+// sleep(ms)
+int do_sleep(lua_State* L)
+{
+    usleep(static_cast<useconds_t>(luaL_checkinteger(L, 1)) * 1000);
+    return 0;
+}
+
 // now(): seconds that only ever grow.
 int do_now(lua_State* L)
 {
@@ -121,6 +128,7 @@ const luaL_Reg functions[] = {
     {"alarms", do_alarms},
     {"use_up_descriptors", do_use_up_descriptors},
     {"give_back_descriptors", do_give_back_descriptors},
+    {"sleep", do_sleep},
     {"now", do_now},
     {nullptr, nullptr},
 };

@@ -1,0 +1,157 @@
+// Calls at their deadline of 25 seconds. What is asserted here is a time.
+#include <chrono>
+#include <csignal>
+#include <sys/wait.h>
+
+#include "common/service.h"
+#include "tests/host/lone.h"
+
+namespace
+{
+// The first API of the service whose reply is a status.
+const char* set_of(const Service& service)
+{
+    for (const Api& api : service)
+        if (api.registered() && !api.reply && !api.output())
+            return api.name;
+    return nullptr;
+}
+
+class SlowDeadlines : public Lone
+{
+  protected:
+    // The daemon answers at once, or after that many milliseconds, or never.
+    std::atomic<int> delay_ms = 0;
+    static constexpr int never = -1;
+
+    void SetUp() override
+    {
+        Lone::SetUp();
+        if (IsSkipped())
+            return;
+        daemon = std::make_unique<RpcServer>(0, [this](const RpcCall& call) -> std::optional<RpcServer::Units> {
+            if (delay_ms == never)
+                return {};
+            usleep(static_cast<useconds_t>(delay_ms) * 1000);
+            return RpcServer::accepted(call, {7});
+        });
+        map_to(daemon->port());
+    }
+
+    // Runs a call, which ends 25.00 to 25.05 seconds later. A busy machine may
+    // wake everybody late: as late as a thread that only sleeps so long.
+    template <class Body> static void expect_25_seconds(Body body)
+    {
+        const int64_t started = milliseconds_now();
+        int64_t slept = 0;
+        std::thread sleeper([&] {
+            std::this_thread::sleep_for(std::chrono::seconds(25));
+            slept = milliseconds_now() - started;
+        });
+        body();
+        const int64_t took = milliseconds_now() - started;
+        sleeper.join();
+        EXPECT_GE(took, 25000);
+        EXPECT_LE(took, 25050 + slept - 25000);
+    }
+};
+} // namespace
+
+// Fifteen with a client that was there, whose socket waits first, and one more
+// with a new one.
+TEST_F(SlowDeadlines, sixteen_silent_calls_each_end_25_seconds_after_their_own_start)
+{
+    std::vector<std::string> sets;
+    for (const Service* service : all_services)
+        if (const char* name = set_of(*service))
+            sets.emplace_back(name);
+    ASSERT_GE(sets.size(), 8U);
+    for (const std::string& set : sets)
+        ASSERT_EQ(lua->call(set, "1"), "7") << set;
+    delay_ms = never;
+    std::vector<std::thread> threads;
+    for (size_t i = 0; i < 16; i++) {
+        threads.emplace_back([&, i] {
+            LuaState own;
+            expect_25_seconds([&] { EXPECT_FALSE(own.call(sets[i % sets.size()], "1")); });
+            EXPECT_EQ(own.code(), "timed_out");
+        });
+        usleep(150000);
+    }
+    for (std::thread& thread : threads)
+        thread.join();
+    EXPECT_EQ(daemon->queries().size(), sets.size() + 16) << "each call is one datagram";
+}
+
+TEST_F(SlowDeadlines, reply_after_25_seconds_and_a_bit_is_not_taken)
+{
+    delay_ms = 25200;
+    Outcome outcome;
+    expect_25_seconds([&] { outcome = call(); });
+    EXPECT_FALSE(outcome.value);
+    EXPECT_EQ(outcome.code, "timed_out");
+    EXPECT_EQ(outcome.sentence,
+              "oltmib_sysloginfo_set_1 (service hostpdinfo, program 50006): the daemon did not answer "
+              "in time; it may still carry the call out [RPC: Timed out]");
+    EXPECT_EQ(outcome.printed, "");
+    delay_ms = 0;
+    expect_success("the next call");
+}
+
+// Two processes: one whose client is new, one whose client was there.
+TEST_F(SlowDeadlines, reply_that_came_while_the_process_was_stopped_beyond_the_deadline_is_taken)
+{
+    std::vector<pid_t> children;
+    for (const bool has_client : {false, true}) {
+        delay_ms = 0;
+        const size_t before = daemon->queries().size();
+        int ready[2];
+        ASSERT_EQ(pipe(ready), 0);
+        children.push_back(fork());
+        ASSERT_GE(children.back(), 0);
+        if (children.back() == 0) {
+            char byte = has_client && lua->call(api, "1&6") != "7";
+            if (byte || read(ready[0], &byte, 1) != 1)
+                _exit(2);
+            _exit(lua->call(api, "1&6") == "7" ? 0 : 1);
+        }
+        while (daemon->queries().size() < before + has_client)
+            usleep(1000);
+        usleep(100000); // until the answer is out
+        delay_ms = 1000;
+        ASSERT_EQ(write(ready[1], "x", 1), 1);
+        close(ready[0]), close(ready[1]);
+        while (daemon->queries().size() < before + has_client + 1)
+            usleep(1000);
+        kill(children.back(), SIGSTOP);
+    }
+    sleep(26);
+    for (const pid_t child : children)
+        kill(child, SIGCONT);
+    for (const pid_t child : children) {
+        int status = -1;
+        EXPECT_EQ(waitpid(child, &status, 0), child);
+        EXPECT_EQ(status, 0);
+    }
+}
+
+// Eight calls have all clients; eight more get one when those give up, and have
+// a second left; the last eight get none, or one whose daemon they cannot even
+// look up in the time that is left.
+TEST_F(SlowDeadlines, callers_that_wait_for_a_client_give_up_at_their_own)
+{
+    delay_ms = never;
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 24; i++) {
+        threads.emplace_back([&] {
+            LuaState own;
+            expect_25_seconds([&] { EXPECT_FALSE(own.call(api, "1&6")); });
+        });
+        if (i == 7)
+            sleep(1);
+    }
+    for (std::thread& thread : threads)
+        thread.join();
+    EXPECT_GE(daemon->queries().size(), 16U);
+    EXPECT_LE(daemon->queries().size(), 24U);
+}

@@ -5,7 +5,7 @@
 #include <dirent.h>
 #include <gtest/gtest.h>
 #include <memory>
-#include <sys/stat.h>
+#include <sys/socket.h>
 #include <unistd.h>
 #include <vector>
 

@@ -1,0 +1,94 @@
+// Lua states of one process: they share the clients, which go with the last one.
+
+#include "tests/host/device.h"
+
+namespace
+{
+class States : public BesideDevice
+{
+  protected:
+    static constexpr char collect[] = "for i = 1, 50 do collectgarbage() end";
+
+    static int open_descriptors()
+    {
+        int count = 0;
+        DIR* folder = opendir("/proc/self/fd");
+        while (folder && readdir(folder))
+            count++;
+        closedir(folder);
+        return count;
+    }
+};
+} // namespace
+
+TEST_F(States, closing_one_of_two_keeps_the_others_sockets)
+{
+    const int before = open_descriptors();
+    LuaState kept;
+    auto closed = std::make_unique<LuaState>();
+    EXPECT_EQ(kept.call(vlan, "10"), vlan10);
+    EXPECT_TRUE(closed->call("oltmib_devinfo_get_1", ""));
+    EXPECT_EQ(internet_sockets(), 2);
+    closed.reset();
+    EXPECT_EQ(internet_sockets(), 2);
+    tell("unregister nsminfo"); // whoever looks it up again fails
+    tell("unregister devinfo");
+    EXPECT_EQ(kept.call(vlan, "10"), vlan10);
+    EXPECT_TRUE(kept.call("oltmib_devinfo_get_1", ""));
+    EXPECT_EQ(open_descriptors(), before + 2);
+}
+
+TEST_F(States, collections_drop_no_client)
+{
+    LuaState lua, other;
+    EXPECT_EQ(lua.call(vlan, "10"), vlan10);
+    EXPECT_TRUE(other.call("oltmib_devinfo_get_1", ""));
+    tell("unregister nsminfo");
+    tell("unregister devinfo");
+    // also where nothing in Lua refers to the module any more
+    other.run("librpc = nil status = nil package.loaded.librpc = nil package.loaded['librpc.status'] = nil");
+    for (int i = 0; i < 5; i++) {
+        other.run(collect);
+        lua.run(collect);
+        EXPECT_EQ(internet_sockets(), 2);
+        EXPECT_EQ(lua.call(vlan, "10"), vlan10);
+        EXPECT_TRUE(lua.call("oltmib_devinfo_get_1", ""));
+    }
+}
+
+TEST_F(States, after_the_last_one_no_descriptor_stays_and_the_next_one_works)
+{
+    const int before = open_descriptors();
+    for (int round = 0; round < 5; round++) {
+        {
+            LuaState one, two;
+            EXPECT_EQ(one.call(vlan, "10"), vlan10);
+            EXPECT_TRUE(two.call("oltmib_devinfo_get_1", ""));
+            EXPECT_FALSE(two.call("oltmib_nothing_get_1", ""));
+            tell("fault oltmib_vlaninfo_get_1 count=1 error system_err");
+            EXPECT_FALSE(two.call(vlan, "10"));
+            one.run("require 'librpc' package.loaded.librpc = nil require 'librpc'");
+        }
+        EXPECT_EQ(open_descriptors(), before);
+        EXPECT_EQ(internet_sockets(), 0);
+    }
+}
+
+// A finalizer of the closing state comes after the library's own.
+TEST_F(States, call_while_the_last_one_closes_leaves_no_descriptor)
+{
+    const int before = open_descriptors();
+    {
+        LuaState lua;
+        lua.run("local object if newproxy then object = newproxy(true) else object = setmetatable({}, {}) end "
+                "local call = librpc.callapi "
+                "getmetatable(object).__gc = function() answer = call('oltmib_vlaninfo_get_1', '10') end "
+                "if not newproxy then setmetatable(object, getmetatable(object)) end "
+                "kept = object");
+        lua.run("for i = 1, 3 do package.loaded.librpc = nil require 'librpc' end");
+    }
+    EXPECT_EQ(open_descriptors(), before);
+    EXPECT_EQ(calls(vlan), 1);
+    LuaState next;
+    EXPECT_EQ(next.call(vlan, "10"), vlan10);
+}

@@ -13,7 +13,7 @@ fail() {
 }
 
 build="build-package"
-cmake -S . -B $build -G Ninja -DCMAKE_BUILD_TYPE=Release -DCMAKE_INSTALL_PREFIX=/usr -DLIBRPC_TESTS=OFF >/dev/null
+cmake -S . -B $build -DCMAKE_BUILD_TYPE=Release -DCMAKE_INSTALL_PREFIX=/usr -DLIBRPC_TESTS=OFF >/dev/null
 cmake --build $build
 rm -f $build/*.deb
 (cd $build && cpack -G DEB >cpack.log) || fail cpack "a package" "$(tail -n 3 $build/cpack.log)"

@@ -78,4 +78,7 @@ trap 'umount "$root/proc" "$root/dev/pts"' EXIT
 chroot $root sh /check.sh
 tools/with_device.sh build -- chroot $root sh -c 'rpcctl get devinfo && rpcctl rows portinfo --fields ifx,name'
 chroot $root sh /remove.sh
+umount $root/proc $root/dev/pts
+trap - EXIT
+rm -rf $root
 echo "package: installs, runs and leaves nothing behind"

@@ -13,8 +13,8 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include "common/service.h"
 #include "rpc/client.h"
-#include "services/service.h"
 
 namespace
 {

@@ -17,7 +17,7 @@
 #include <unistd.h>
 
 #include "common/registry.h"
-#include "services/service.h"
+#include "common/service.h"
 
 extern "C" __attribute__((visibility("default"))) int luaopen_bench(lua_State* L);
 
@@ -105,7 +105,7 @@ const Api& check_api(lua_State* L, int index)
     return *found;
 }
 
-void add_value(luaL_Buffer* to, const Field& field)
+void add_value(luaL_Buffer* to, const Position& field)
 {
     switch (field.text) {
     case Text::Mac:
@@ -133,11 +133,11 @@ int argument(lua_State* L)
     luaL_Buffer text;
     luaL_buffinit(L, &text);
     bool first = true;
-    for (const Field& field : *api.input) {
+    for (const Position field : *api.input()) {
         if (field.use == Use::OutputOnly)
             continue;
         if (!first)
-            luaL_addstring(&text, api.input->delimiters[0] ? api.input->delimiters : "&");
+            luaL_addstring(&text, api.input()->delimiters[0] ? api.input()->delimiters : "&");
         first = false;
         add_value(&text, field);
     }

@@ -35,7 +35,7 @@ int lua_callapi(lua_State* L)
         note_no_memory(name);
         return 0;
     }
-    const ApiNode* api = lua_getapibyname(name);
+    const ApiNode* api = find_api(name);
     if (!api) {
         note_unknown_api(name);
         TRACE(165, "api %s not found", name);

@@ -4,9 +4,9 @@
 
 #include "common/dispatch.h"
 #include "common/registry.h"
+#include "common/service.h"
 #include "common/trace.h"
 #include "rpc/client.h"
-#include "services/service.h"
 
 // showapi(): lists the registry on standard output, whatever rpclib_dbg says.
 EXPORT int lua_showapi(lua_State* L);

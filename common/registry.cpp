@@ -1,16 +1,16 @@
-// The registry's list, and an index of it by name.
+// The registry's list, and hints that find a name in it without walking.
 //
-// The list is the truth: what it holds is registered, in its order. The index
-// finds a name in it without walking: a tree of four branches a level, chosen
-// by the bits of the name's hash, whose nodes are the registered nodes
-// themselves. It needs no memory of its own and never a rebuild, and costs the
-// same for 304 names as for 30,000 (a walk of 304 costs 0.6 us of a call's 4).
+// The list is the truth: what it holds is registered, in its order, however it
+// came there. A hint says which node a name was last registered with. It is
+// believed while that node is linked, still has the name and is the list's
+// first of it; otherwise the list is walked.
 #include "common/registry.h"
 
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <iterator>
 
 ListLinks apinode_head = {&apinode_head, &apinode_head};
 
@@ -19,44 +19,93 @@ namespace
 ListLinks* const poisoned_next = reinterpret_cast<ListLinks*>(0x100100);
 ListLinks* const poisoned_prev = reinterpret_cast<ListLinks*>(0x200200);
 
-// The first node that had a name is also the name's place in the index. No node
-// is ever freed, so no place is either.
-struct PlacedNode : ApiNode {
-    PlacedNode* branch[4];
-    uint64_t hash;
-    ApiNode* latest; // the latest node of that name
+// Only nodes that lua_addapi made stand here. They are never freed, so a stale
+// hint may be looked at.
+struct Hint {
+    ApiNode* node;
+    uint32_t hash; // of the name that the node was registered with
+    bool is_first; // of its name, when the list was last read
 };
 
-PlacedNode* index_root;
+// Open addressing: a name's hint is the first from its hash on that has the
+// name or no node.
+Hint first_hints[512]; // holds the library's own names
+Hint* hints = first_hints;
+size_t hint_count = std::size(first_hints); // a power of two
+size_t hints_used;
 
-// The list's tail as the registry left it. When it is another one, somebody
-// changed the list by the primitives alone, and the index may not know all:
-// lookups then walk, as long as that tail stands.
-ListLinks* known_tail = &apinode_head;
+// What a host can do behind lua_addapi and lua_delapi: it changed the list by
+// the primitives since the list was last read, and there may be names without a
+// hint, because it linked or renamed a node of its own.
+bool list_is_unread;
+bool names_without_hint;
 
-bool index_is_complete() { return apinode_head.prev == known_tail; }
-
-uint64_t hash_of(const char* name) // FNV-1a
+uint32_t hash_of(const char* name) // FNV-1a
 {
-    uint64_t hash = 0xcbf29ce484222325U;
+    uint32_t hash = 0x811c9dc5U;
     for (; *name; name++)
-        hash = (hash ^ static_cast<unsigned char>(*name)) * 0x100000001b3U;
+        hash = (hash ^ static_cast<unsigned char>(*name)) * 0x01000193U;
     return hash;
 }
 
-// The link that leads to the name's place, or that would.
-PlacedNode** place_of(const char* name, uint64_t hash)
+Hint& hint_of(const char* name, uint32_t hash)
 {
-    PlacedNode** link = &index_root;
-    for (uint64_t bits = hash * 0x9e3779b97f4a7c15U; *link; bits <<= 2) {
-        if ((*link)->hash == hash && strcmp((*link)->name, name) == 0)
-            break;
-        link = &(*link)->branch[bits >> 62];
-    }
-    return link;
+    size_t at = hash & (hint_count - 1);
+    while (hints[at].node && (hints[at].hash != hash || strcmp(hints[at].node->name, name) != 0))
+        at = (at + 1) & (hint_count - 1);
+    return hints[at];
 }
 
-bool is_linked(const ApiNode* node) { return node && node->next != poisoned_next; }
+// Twice the room, before it is so full that hints stand far from their hash.
+// Without memory names beyond three quarters go without.
+bool make_room()
+{
+    if (hints_used < hint_count / 4 * 3)
+        return true;
+    auto* more = static_cast<Hint*>(calloc(2 * hint_count, sizeof(Hint)));
+    if (!more)
+        return false;
+    Hint* const old = hints;
+    const size_t old_count = hint_count;
+    hints = more;
+    hint_count *= 2;
+    for (size_t i = 0; i < old_count; i++)
+        if (old[i].node) {
+            size_t at = old[i].hash & (hint_count - 1);
+            while (hints[at].node)
+                at = (at + 1) & (hint_count - 1);
+            hints[at] = old[i];
+        }
+    if (old != first_hints)
+        free(old);
+    return true;
+}
+
+void remember(const Hint& hint)
+{
+    Hint& known = hint_of(hint.node->name, hint.hash);
+    if (known.node) {
+        known = hint;
+    } else if (make_room()) {
+        hint_of(hint.node->name, hint.hash) = hint;
+        hints_used++;
+    } else {
+        names_without_hint = true;
+    }
+}
+
+// Finds out which hints name the first node of their name.
+void read_list()
+{
+    for (size_t i = 0; i < hint_count; i++)
+        hints[i].is_first = false;
+    for (ListLinks* at = apinode_head.prev; at != &apinode_head; at = at->prev) {
+        auto* node = static_cast<ApiNode*>(at);
+        Hint& hint = hint_of(node->name, hash_of(node->name));
+        hint.is_first = hint.node == node;
+    }
+    list_is_unread = false;
+}
 
 ApiNode* walk_to(const char* name)
 {
@@ -65,14 +114,40 @@ ApiNode* walk_to(const char* name)
             return static_cast<ApiNode*>(at);
     return nullptr;
 }
-} // namespace
 
-void __list_add(ListLinks* added, ListLinks* prev, ListLinks* next)
+bool is_linked(const ApiNode* node) { return node->next != poisoned_next && node->next->prev == node; }
+
+ApiNode* believed(const char* name, uint32_t hash)
+{
+    if (list_is_unread)
+        read_list();
+    const Hint& hint = hint_of(name, hash);
+    return hint.node && hint.is_first && is_linked(hint.node) ? hint.node : nullptr;
+}
+
+void link(ListLinks* added, ListLinks* prev, ListLinks* next)
 {
     next->prev = added;
     added->next = next;
     added->prev = prev;
     prev->next = added;
+}
+
+void unlink(ListLinks* entry)
+{
+    entry->next->prev = entry->prev;
+    entry->prev->next = entry->next;
+    entry->next = poisoned_next;
+    entry->prev = poisoned_prev;
+}
+
+void note_edit() { list_is_unread = names_without_hint = true; }
+} // namespace
+
+void __list_add(ListLinks* added, ListLinks* prev, ListLinks* next)
+{
+    link(added, prev, next);
+    note_edit();
 }
 
 void list_add_tail(ListLinks* added, ListLinks* head) { __list_add(added, head->prev, head); }
@@ -81,59 +156,52 @@ void __list_del(ListLinks* prev, ListLinks* next)
 {
     next->prev = prev;
     prev->next = next;
+    note_edit();
 }
 
 void list_del(ListLinks* entry)
 {
-    __list_del(entry->prev, entry->next);
-    entry->next = poisoned_next;
-    entry->prev = poisoned_prev;
+    unlink(entry);
+    note_edit();
 }
 
 int lua_addapi(const ApiNode* api)
 {
-    const uint64_t hash = hash_of(api->name);
-    PlacedNode** link = place_of(api->name, hash);
-    const bool is_new = !*link;
-    auto* node = static_cast<ApiNode*>(malloc(is_new ? sizeof(PlacedNode) : sizeof(ApiNode)));
+    auto* node = static_cast<ApiNode*>(malloc(sizeof(ApiNode)));
     if (!node)
         return 0;
-    if (!is_new || !index_is_complete()) // else there is no node of that name
-        lua_delapi(api->name);
-    const bool was_complete = index_is_complete();
+    const uint32_t hash = hash_of(api->name);
+    ApiNode* replaced = believed(api->name, hash);
+    if (!replaced && names_without_hint)
+        replaced = walk_to(api->name);
+    if (replaced)
+        unlink(replaced);
+    const bool is_first = !replaced || !names_without_hint || !walk_to(api->name);
     *node = *api;
-    node->next = node->prev = node;
-    list_add_tail(node, &apinode_head);
-    if (is_new) {
-        auto* place = static_cast<PlacedNode*>(node);
-        memset(place->branch, 0, sizeof place->branch);
-        place->hash = hash;
-        *link = place;
-    }
-    (*link)->latest = node;
-    if (was_complete)
-        known_tail = node;
+    link(node, apinode_head.prev, &apinode_head);
+    remember({node, hash, is_first});
     return 1;
 }
 
 int lua_delapi(const char* name)
 {
-    ApiNode* node = lua_getapibyname(name);
+    ApiNode* node = find_api(name);
     if (!node)
         return 0;
-    const bool was_complete = index_is_complete();
-    list_del(node);
-    if (was_complete)
-        known_tail = apinode_head.prev;
+    unlink(node);
     return 1;
+}
+
+ApiNode* find_api(const char* name)
+{
+    ApiNode* node = believed(name, hash_of(name));
+    return node ? node : walk_to(name);
 }
 
 ApiNode* lua_getapibyname(const char* name)
 {
-    if (!index_is_complete())
-        return walk_to(name);
-    const PlacedNode* place = *place_of(name, hash_of(name));
-    return place && is_linked(place->latest) ? place->latest : nullptr;
+    names_without_hint = true; // who holds a node can rename it
+    return find_api(name);
 }
 
 void print_api(const ApiNode& api)

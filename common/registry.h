@@ -49,8 +49,13 @@ EXPORT int lua_addapi(const ApiNode* api);
 // Unlinks the node of that name. 1, or 0 when there is none.
 EXPORT int lua_delapi(const char* name);
 
-// The node of exactly that name, or null.
+// The first node of exactly that name, or null. A look-up finds what the list
+// holds, also where a host edited it by the primitives above or renamed a node
+// in place.
 EXPORT ApiNode* lua_getapibyname(const char* name);
+
+// lua_getapibyname for callers that leave the node as it is.
+ApiNode* find_api(const char* name);
 
 // Prints a node's name and its five function addresses to standard output, as
 // showapi and the dispatch's trace show them; no line end.

@@ -2,23 +2,12 @@
 #include "common/schema.h"
 
 #include <cstring>
+#include <iterator>
 
 namespace
 {
 constexpr std::string_view name_prefix = "oltmib_";
 constexpr std::string_view name_suffix = "_1";
-
-// The item of that index in a list such as "ifx, name, class_".
-std::string_view item(const char* list, unsigned index)
-{
-    for (; index > 0; index--)
-        list = strchr(list, ',') + 1;
-    list += strspn(list, " ");
-    size_t length = strcspn(list, ", ");
-    if (list[length - 1] == '_')
-        length--;
-    return {list, length};
-}
 
 bool cut_end(std::string_view& text, std::string_view end)
 {
@@ -28,56 +17,108 @@ bool cut_end(std::string_view& text, std::string_view end)
     return true;
 }
 
-const char* plain_kind(const Field& field)
+// The kinds of text. A row more wants a name below it, and its case in kind_of.
+constexpr TextKind kinds[] = {
+    {"int", "a decimal number, as C's `int`", "integer", "", nullptr, "1", nullptr, nullptr},
+    {"unsigned", "a decimal number, as C's `unsigned`", "integer", "", nullptr, "1", nullptr, nullptr},
+    {"text", "characters, at most size - 1 of them: the rest is cut off", "string", "", nullptr, nullptr, nullptr,
+     nullptr},
+    {"mac",
+     "in an argument `00:11:22:33:44:55`, `00-11-22-33-44-55`, `0011.2233.4455` or `001122334455`; a reply prints "
+     "`00-11-22-33-44-55`",
+     "string", "MAC address", nullptr, "00:11:22:33:44:55", nullptr, "mac"},
+    {"bytes", "characters that are copied into the bytes as they are", "string", "MAC address",
+     "copied into the bytes as it is", "ABCDE", nullptr, "mac"},
+    {"hex", "two hexadecimal digits a byte", "string", "bytes", " bytes, two digits each", "0#", "", "hex"},
+    {"list", "decimal numbers between commas", "integer[]", "numbers", " numbers between commas", "#", ",", "ints"},
+    {"real", "a decimal number, printed with two decimals", "number", "", nullptr, "1.50", nullptr, nullptr},
+    {"counter", "a 64-bit decimal number", "integer|string", "", nullptr, "1", nullptr, nullptr},
+    {"skip", "nothing is read from it", nullptr, "", "not read", "0", nullptr, nullptr},
+};
+enum KindRow : unsigned {
+    int_kind,
+    unsigned_kind,
+    text_kind,
+    mac_kind,
+    bytes_kind,
+    hex_kind,
+    list_kind,
+    real_kind,
+    counter_kind,
+    skip_kind,
+    kind_rows
+};
+static_assert(std::size(kinds) == kind_rows, "a name for each row of the kinds");
+
+KindRow plain_kind(const Position& position)
 {
-    switch (field.kind) {
+    switch (position.kind) {
     case Kind::Char:
-        return "text";
+        return text_kind;
     case Kind::Int:
-        return field.text == Text::Unsigned ? "unsigned" : "int";
+        return position.text == Text::Unsigned ? unsigned_kind : int_kind;
     case Kind::UInt:
-        return "unsigned";
+        return unsigned_kind;
     case Kind::Double:
-        return "real";
+        return real_kind;
     case Kind::Int64:
     case Kind::UInt64:
         break;
     }
-    return "counter";
+    return counter_kind;
 }
 
-const char* kind_of(const Field& field, Side side)
+KindRow row_of(const Position& position, Side side)
 {
-    if (side == Side::Input && field.use == Use::Unread)
-        return "skip";
-    switch (field.text) {
+    if (side == Side::Input && position.use == Use::Unread)
+        return skip_kind;
+    switch (position.text) {
     case Text::Plain:
     case Text::Unsigned:
         break;
     case Text::Mac:
-        return "mac";
+        return mac_kind;
     case Text::RawMac:
-        return side == Side::Input ? "bytes" : "mac";
+        return side == Side::Input ? bytes_kind : mac_kind;
     case Text::Hex:
     case Text::CountedHex:
-        return "hex";
+        return hex_kind;
     case Text::List:
-        return "list";
+        return list_kind;
     }
-    return plain_kind(field);
+    return plain_kind(position);
 }
 } // namespace
 
+const TextKind* TextKinds::begin() const { return std::begin(kinds); }
+const TextKind* TextKinds::end() const { return std::end(kinds); }
+
+const TextKind& kind_of(const Position& position, Side side) { return kinds[row_of(position, side)]; }
+
+std::string_view member_name(const Record& record, unsigned index)
+{
+    const char* list = record.members;
+    for (; index > 0; index--)
+        list = strchr(list, ',') + 1;
+    list += strspn(list, " ");
+    return {list, strcspn(list, ", ")};
+}
+
 std::string_view field_name(const Record& record, const Field& field)
 {
+    const Record* of = &record;
     unsigned holder = 0;
     for (unsigned i = 0; i < record.count && record.fields[i].offset <= field.offset; i++)
         holder = i;
     const Field& found = record.fields[holder];
-    if (found.count == field.count || !record.block)
-        return item(record.members, holder);
-    const unsigned within = field.offset - found.offset;
-    return item(record.block->members, within / size_of(field.kind));
+    if (record.block && found.count != field.count) {
+        of = record.block;
+        holder = (field.offset - found.offset) / size_of(field.kind);
+    }
+    std::string_view name = member_name(*of, holder);
+    if (name.back() == '_')
+        name.remove_suffix(1);
+    return name;
 }
 
 const char* name_of(Operation operation)
@@ -100,23 +141,23 @@ ApiName split_name(const Api& api)
     return {rest, Operation::Other};
 }
 
-bool has_position(const Field& field, Side side)
+bool has_position(const Position& position, Side side)
 {
-    return field.use != (side == Side::Input ? Use::OutputOnly : Use::InputOnly);
+    return position.use != (side == Side::Input ? Use::OutputOnly : Use::InputOnly);
 }
 
-Position describe_position(const TextForm& form, const Field& field, Side side)
+PositionText describe_position(const TextForm& form, const Position& position, Side side)
 {
-    Position position = {field_name(*form.record, field), kind_of(field, side), 0};
-    if (field.kind == Kind::Char || field.count > 1)
-        position.size = field.count;
-    return position;
+    PositionText text = {field_name(*form.record, position), &kind_of(position, side), 0};
+    if (position.kind == Kind::Char || position.count > 1)
+        text.size = position.count;
+    return text;
 }
 
 bool same_on_both_sides(const TextForm& form)
 {
-    for (const Field& field : form)
-        if (field.use != Use::Both || field.text == Text::RawMac)
+    for (const Position position : form)
+        if (position.use != Use::Both || position.text == Text::RawMac)
             return false;
     return true;
 }

@@ -28,18 +28,18 @@ void set_text(lua_State* L, const char* key, std::string_view text)
     lua_setfield(L, -2, key);
 }
 
-void push_position(lua_State* L, const Position& position, const Field& field)
+void push_position(lua_State* L, const PositionText& described, const Position& position)
 {
-    const bool is_list = field.text == Text::List;
-    lua_createtable(L, 0, is_list ? 6 : position.size > 0 ? 3 : 2);
-    set_text(L, "name", position.name);
-    set_text(L, "kind", position.kind);
-    if (position.size > 0)
-        set_number(L, "size", position.size);
+    const bool is_list = position.text == Text::List;
+    lua_createtable(L, 0, is_list ? 6 : described.size > 0 ? 3 : 2);
+    set_text(L, "name", described.name);
+    set_text(L, "kind", described.kind->name);
+    if (described.size > 0)
+        set_number(L, "size", described.size);
     if (is_list) { // the limits of others follow from kind and size
         set_number(L, "longest", list_size - 1);
-        set_number(L, "least", field.kind == Kind::Char ? CHAR_MIN : INT_MIN);
-        set_number(L, "most", field.kind == Kind::Char ? CHAR_MAX : INT_MAX);
+        set_number(L, "least", position.kind == Kind::Char ? CHAR_MIN : INT_MIN);
+        set_number(L, "most", position.kind == Kind::Char ? CHAR_MAX : INT_MAX);
     }
 }
 
@@ -54,10 +54,10 @@ void push_positions(lua_State* L, int cache, const TextForm& form, Side side)
     lua_pop(L, 1);
     lua_createtable(L, form.count, 0);
     int count = 0;
-    for (const Field& field : form) {
-        if (!has_position(field, side))
+    for (const Position position : form) {
+        if (!has_position(position, side))
             continue;
-        push_position(L, describe_position(form, field, side), field);
+        push_position(L, describe_position(form, position, side), position);
         lua_rawseti(L, -2, ++count);
     }
     lua_pushlightuserdata(L, const_cast<TextForm*>(&form));
@@ -71,7 +71,7 @@ void push_status(lua_State* L, const TextForm& form)
 {
     constexpr bool low_byte_first = __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__;
     lua_createtable(L, 0, 2);
-    set_text(L, "kind", form.positions[0].kind != Kind::Char ? "int" : low_byte_first ? "little" : "big");
+    set_text(L, "kind", form[0].kind != Kind::Char ? "int" : low_byte_first ? "little" : "big");
     void* record = lua_newuserdata(L, form.record->size);
     memset(record, 0, form.record->size);
     auto* text = static_cast<char*>(lua_newuserdata(L, form.buffer));
@@ -96,19 +96,19 @@ void push_api(lua_State* L, int inputs, int outputs, const Service& service, con
     set_text(L, "table", name.table);
     set_text(L, "request", name_or(api.request, "void"));
     set_text(L, "reply", name_or(api.reply, "int"));
-    set_text(L, "delimiters", api.input->delimiters[0] ? api.input->delimiters : "&");
+    set_text(L, "delimiters", api.input()->delimiters[0] ? api.input()->delimiters : "&");
     if (api.request)
-        push_positions(L, inputs, *api.input, Side::Input);
+        push_positions(L, inputs, *api.input(), Side::Input);
     else
         lua_newtable(L); // its argument goes nowhere
     lua_setfield(L, -2, "input");
     if (api.reply) {
-        set_text(L, "separator", api.output->separator);
-        set_number(L, "longest", api.output->buffer - 1);
-        push_positions(L, same_on_both_sides(*api.output) ? inputs : outputs, *api.output, Side::Output);
+        set_text(L, "separator", api.output()->separator);
+        set_number(L, "longest", api.output()->buffer - 1);
+        push_positions(L, same_on_both_sides(*api.output()) ? inputs : outputs, *api.output(), Side::Output);
         lua_setfield(L, -2, "output");
-    } else if (api.output) {
-        push_status(L, *api.output);
+    } else if (api.output()) {
+        push_status(L, *api.output());
         lua_setfield(L, -2, "status");
     }
 }
@@ -129,7 +129,7 @@ int luaopen_librpc_schema(lua_State* L)
     luaL_checkstack(L, 20, nullptr);
     constexpr int schema = 1, services = 2, apis = 3, by_name = 4, inputs = 5, outputs = 6;
     lua_createtable(L, 0, 3);
-    lua_createtable(L, service_count, 0);
+    lua_createtable(L, static_cast<int>(all_services.size()), 0);
     for (int i = apis; i <= outputs; i++)
         lua_newtable(L);
     int number = 0, api_number = 0;

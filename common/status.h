@@ -3,7 +3,7 @@
 #pragma once
 
 #include "common/registry.h"
-#include "services/service.h"
+#include "common/service.h"
 
 enum class CallCode : uint8_t {
     Success,

@@ -6,8 +6,7 @@
 
 #include "common/digits.h"
 #include "common/text.h"
-
-int rpclib_dbg;
+#include "rpc/bytes.h"
 
 namespace
 {
@@ -33,15 +32,6 @@ void read_text(char* to, size_t size, const char* text)
     const size_t length = strnlen(text, size - 1);
     memcpy(to, text, length);
     to[length] = '\0';
-}
-
-template <class T> void store(char* to, T value) { memcpy(to, &value, sizeof value); }
-
-template <class T> T load(const char* from)
-{
-    T value;
-    memcpy(&value, from, sizeof value);
-    return value;
 }
 
 void read_list(const Field& field, char* to, const char* text)
@@ -74,7 +64,7 @@ void read_plain(const Field& field, char* to, const char* text)
     }
 }
 
-void read_field(const Field& field, char* to, const char* text)
+void read_position(const Position& field, char* to, const char* text)
 {
     switch (field.text) {
     case Text::Plain:
@@ -146,7 +136,7 @@ void write_list(Writer& to, const Field& field, const char* from)
     }
 }
 
-void write_plain(Writer& to, const Field& field, const char* from)
+void write_plain(Writer& to, const Position& field, const char* from)
 {
     const bool as_unsigned = field.text == Text::Unsigned;
     switch (field.kind) {
@@ -167,7 +157,7 @@ void write_plain(Writer& to, const Field& field, const char* from)
     }
 }
 
-void write_field(Writer& to, const Field& field, const char* from)
+void write_position(Writer& to, const Position& field, const char* from)
 {
     switch (field.text) {
     case Text::Plain:
@@ -201,11 +191,11 @@ void* parse_record(const TextForm& form, void* record, char* text)
     else
         strsplit(text, delimiter, parts, form.count);
     char** part = parts;
-    for (const Field& field : form) {
+    for (const Position field : form) {
         if (field.use == Use::OutputOnly)
             continue;
         if (field.use != Use::Unread)
-            read_field(field, static_cast<char*>(record) + field.offset, *part);
+            read_position(field, static_cast<char*>(record) + field.offset, *part);
         part++;
     }
     return record;
@@ -215,13 +205,13 @@ char* format_record(const TextForm& form, const void* record, char* text)
 {
     Writer to(text, form.buffer);
     bool first = true;
-    for (const Field& field : form) {
+    for (const Position field : form) {
         if (field.use == Use::InputOnly)
             continue;
         if (!first)
             to.separator(form.separator);
         first = false;
-        write_field(to, field, static_cast<const char*>(record) + field.offset);
+        write_position(to, field, static_cast<const char*>(record) + field.offset);
     }
     to.end();
     return text;

@@ -15,7 +15,12 @@
 // A converter that prints a trace line names it:
 //     TRACED_PARSER(example, 58, "ifx %d, oper %d", row.ifx, row.oper)
 //     TRACED_FORMATTER(example, 66, "str: %s", str)
-// What no attribute says is a function of its own, see portinfo's parser.
+// What no attribute says is a body of its own behind OWN_PARSER or
+// OWN_FORMATTER, see portinfo's parser.
+//
+// To add a way of writing a field: a value of Text, its two conversions in
+// text_form.cpp, its notation here, and what people are told of it in
+// schema.cpp's table of kinds.
 //
 // These macros define functions: a converters.h is included by its service.cpp
 // alone.
@@ -33,17 +38,58 @@ constexpr unsigned hex_size = 20;     // of a hex text, its NUL included
 constexpr int counted_hex_size = 100; // of a counted hex text, its NUL included
 constexpr unsigned most_positions = 40;
 
+// How a field is written as text where its kind alone does not tell.
+enum class Text : uint8_t {
+    Plain,      // ints "%d", texts "%s", doubles "%.2f", 64-bit values "%lld" or "%llu"
+    Unsigned,   // an int or 64-bit value printed unsigned
+    Mac,        // six bytes, str2mac and mac2str
+    RawMac,     // six bytes: the text is copied in as it is, printed by mac2str
+    Hex,        // bytes, str2hex and hex2str
+    CountedHex, // as Hex; the int just before the bytes says how many count
+    List,       // an array as numbers between commas
+};
+
+// Which of the two texts has a position for the field.
+enum class Use : uint8_t {
+    Both,
+    Unread,     // the argument has the position, but nothing is read from it
+    OutputOnly, // only the reply's text has the position
+    InputOnly,  // only the argument has the position
+};
+
+// One position of a text: the field that stands there, and how.
+struct Position : Field {
+    Text text : 4;
+    Use use : 4;
+
+    constexpr Position() : Position(Field{0, 0, Kind::Int}) {}
+    constexpr Position(Field field, Text text = Text::Plain, Use use = Use::Both) : Field(field), text(text), use(use)
+    {
+    }
+};
+static_assert(sizeof(Position) == sizeof(Field), "a position takes no more room than its field");
+
 // One table's text. Its positions are joined by '&'; there is no escaping.
 struct TextForm {
     const Record* record;
-    const Field* positions;
+    const Position* listed; // null: every field of the record, plainly, in wire order
     uint16_t count;
     uint16_t buffer = text_size; // of the reply's text
     char delimiters[4] = "";     // when set, an argument's parts end as for strtok
     char separator[4] = "&";     // between the parts of a reply
 
-    const Field* begin() const { return positions; }
-    const Field* end() const { return positions + count; }
+    constexpr Position operator[](unsigned i) const { return listed ? listed[i] : Position(record->fields[i]); }
+
+    // Goes through the positions, by value.
+    struct Iterator {
+        const TextForm* form;
+        unsigned at;
+        Position operator*() const { return (*form)[at]; }
+        Iterator& operator++() { return at++, *this; }
+        bool operator!=(const Iterator& other) const { return at != other.at; }
+    };
+    Iterator begin() const { return {this, 0}; }
+    Iterator end() const { return {this, count}; }
 
     // The same form with another splitting, joining or buffer.
     constexpr TextForm split_on(const char (&set)[3]) const
@@ -79,23 +125,46 @@ char* format_record(const TextForm& form, const void* record, char* text);
 // parser cut it at.
 void unsplit(char* text, size_t length);
 
-// The text forms of a service's tables, and their converters' storage: one
-// static request record a parser, one static text a formatter, valid until the
-// next call of the same function.
+// A converter as calls use it: on storage of the caller's, see parse_record and
+// format_record. The exported one of the same name has static storage, which
+// holds until the next call of the same function.
+typedef void* (*RecordParser)(void* record, char* text);
+typedef char* (*RecordFormatter)(const void* record, char* text);
+
+// The text forms of a service's tables.
 namespace tables
 {
 }
 
-template <class Table> typename Table::Entry& parse(char* text)
+// Those of their converters that do more than walk the table's form.
+namespace own_converters
 {
-    static typename Table::Entry arg;
-    return *static_cast<typename Table::Entry*>(parse_record(Table::form, &arg, text));
 }
 
-template <class Table> char* format(const void* reply)
+template <class Table> typename Table::Entry& parse(void* record, char* text)
+{
+    return *static_cast<typename Table::Entry*>(parse_record(Table::form, record, text));
+}
+
+template <class Table> char* format(const void* record, char* text) { return format_record(Table::form, record, text); }
+
+// What the exported converters do: the work on storage of their own.
+template <class Table, RecordParser own> void* parse_to_own(char* text)
+{
+    static typename Table::Entry arg;
+    if constexpr (own != nullptr)
+        return own(&arg, text);
+    else
+        return &parse<Table>(&arg, text);
+}
+
+template <class Table, RecordFormatter own> char* format_to_own(const void* reply)
 {
     static char str[Table::form.buffer];
-    return format_record(Table::form, reply, str);
+    if constexpr (own != nullptr)
+        return own(reply, str);
+    else
+        return format<Table>(reply, str);
 }
 
 // The table that a converter belongs to, so that an API row that names
@@ -104,55 +173,78 @@ template <auto converter> struct TableOf {
     using Table = void;
 };
 
+// A table's converter: the exported function, and its work on the caller's
+// storage.
+struct Parser {
+    void* (*str2arg)(char* text);
+    const TextForm* form;
+    RecordParser own; // null: walks the form
+};
+struct Formatter {
+    char* (*ret2str)(void* reply);
+    const TextForm* form; // null: an int
+    RecordFormatter own;  // null: walks the form
+};
+
+// The Parser or Formatter of an exported converter.
+template <auto converter> struct WorkOf {
+    static constexpr bool is_defined = false;
+};
+
 // Every field of T in wire order, where `changed` says otherwise with the
 // conversion that it gives.
-template <class T, size_t N> constexpr auto wire_order(const std::array<Field, N>& changed)
+template <class T, size_t N> constexpr auto wire_order(const std::array<Position, N>& changed)
 {
-    std::array<Field, field_count<T>> positions = {};
+    std::array<Position, field_count<T>> positions = {};
     for (size_t i = 0; i < positions.size(); i++) {
         positions[i] = Description<T>::fields[i];
-        for (const Field& field : changed)
-            if (field.offset == positions[i].offset)
-                positions[i] = field;
+        for (const Position& position : changed)
+            if (position.offset == positions[i].offset)
+                positions[i] = position;
     }
     return positions;
 }
 
-template <class... Fields> constexpr std::array<Field, sizeof...(Fields)> positions_of(Fields... fields)
+template <class... Positions> constexpr std::array<Position, sizeof...(Positions)> positions_of(Positions... positions)
 {
-    return {fields...};
+    return {positions...};
 }
 
-constexpr bool reads_counters(const Field* positions, size_t count)
+constexpr bool reads_wide(const Position& position)
 {
-    for (size_t i = 0; i < count; i++)
-        if (positions[i].use != Use::Unread && positions[i].use != Use::OutputOnly &&
-            (positions[i].kind == Kind::Int64 || positions[i].kind == Kind::UInt64))
+    return position.use != Use::Unread && position.use != Use::OutputOnly &&
+           (position.kind == Kind::Int64 || position.kind == Kind::UInt64);
+}
+
+constexpr bool reads_counters(const TextForm& form)
+{
+    for (unsigned i = 0; i < form.count; i++)
+        if (reads_wide(form[i]))
             return true;
     return false;
 }
 
-template <class T, size_t N> constexpr TextForm make_form(const std::array<Field, N>& positions)
+template <class T, size_t N> constexpr TextForm make_form(const std::array<Position, N>& positions)
 {
     static_assert(N <= most_positions, "raise most_positions: an argument is split into no more");
     return {&record_of<T>, positions.data(), static_cast<uint16_t>(N)};
 }
 
-// A table whose fields all convert plainly shares its record's own list.
+// A table whose fields all convert plainly needs no list but its record's.
 template <class T> constexpr TextForm make_form()
 {
     static_assert(field_count<T> <= most_positions, "raise most_positions: an argument is split into no more");
-    return {&record_of<T>, Description<T>::fields, field_count<T>};
+    return {&record_of<T>, nullptr, field_count<T>};
 }
 
 // The notation of positions, inside a table's macro. COUNTER and RATE are 64-bit
 // values that only come back: the argument has their position, nothing reads it.
-#define POSITION(member, ...) make_field<decltype(Entry::member)>(offsetof(Entry, member), __VA_ARGS__)
+#define POSITION(member, ...) Position(make_field<decltype(Entry::member)>(offsetof(Entry, member)), __VA_ARGS__)
 #define AT(member) POSITION(member, Text::Plain)
-#define MAC(member) mac_field<sizeof(Entry::member)>(POSITION(member, Text::Mac))
-#define RAW_MAC(member) mac_field<sizeof(Entry::member)>(POSITION(member, Text::RawMac))
-#define HEX(member) hex_field<sizeof(Entry::member)>(POSITION(member, Text::Hex))
-#define LIST(member) list_field<std::extent_v<decltype(Entry::member)>>(POSITION(member, Text::List))
+#define MAC(member) mac_position<sizeof(Entry::member)>(POSITION(member, Text::Mac))
+#define RAW_MAC(member) mac_position<sizeof(Entry::member)>(POSITION(member, Text::RawMac))
+#define HEX(member) hex_position<sizeof(Entry::member)>(POSITION(member, Text::Hex))
+#define LIST(member) list_position<std::extent_v<decltype(Entry::member)>>(POSITION(member, Text::List))
 #define UNSIGNED(member) POSITION(member, Text::Unsigned)
 #define COUNTER(member) POSITION(member, Text::Unsigned, Use::Unread)
 #define RATE(member) POSITION(member, Text::Plain, Use::Unread)
@@ -161,31 +253,33 @@ template <class T> constexpr TextForm make_form()
 // Bytes whose number stands in the int `length` just before them. A reply's
 // number may say more than there are; the digits then go on into what follows.
 #define COUNTED_HEX(length, member)                                                                                    \
-    counted_hex_field<offsetof(Entry, length) + sizeof(Entry::length) == offsetof(Entry, member) &&                    \
-                          std::is_same_v<decltype(Entry::length), int>,                                                \
-                      offsetof(Entry, member) + counted_hex_size / 2 <= sizeof(Entry)>(                                \
+    counted_hex_position<sizeof(Entry::member),                                                                        \
+                         offsetof(Entry, length) + sizeof(Entry::length) == offsetof(Entry, member) &&                 \
+                             std::is_same_v<decltype(Entry::length), int>,                                             \
+                         offsetof(Entry, member) + counted_hex_size / 2 <= sizeof(Entry)>(                             \
         POSITION(member, Text::CountedHex))
 
-template <size_t size> constexpr Field mac_field(Field field)
+template <size_t size> constexpr Position mac_position(Position position)
 {
     static_assert(size == 6, "a MAC address is six bytes");
-    return field;
+    return position;
 }
 
-template <size_t size> constexpr Field hex_field(Field field)
+template <size_t size> constexpr Position hex_position(Position position)
 {
     static_assert(2 * size < hex_size, "raise hex_size: the bytes' digits and their NUL fit it");
-    return field;
+    return position;
 }
 
-template <size_t items> constexpr Field list_field(Field field)
+template <size_t items> constexpr Position list_position(Position position)
 {
     static_assert(items > 0 && items <= most_items, "raise most_items: a list is split into no more");
-    return field;
+    return position;
 }
 
-template <bool follows, bool fits> constexpr Field counted_hex_field(Field bytes)
+template <size_t size, bool follows, bool fits> constexpr Position counted_hex_position(Position bytes)
 {
+    static_assert(2 * size < counted_hex_size, "raise counted_hex_size: the bytes' digits and their NUL fit it");
     static_assert(follows, "COUNTED_HEX takes an int and the bytes right behind it");
     static_assert(fits, "the most digits that a reply's number can ask for stand for bytes of the record");
     return bytes;
@@ -209,8 +303,7 @@ template <bool follows, bool fits> constexpr Field counted_hex_field(Field bytes
         using Entry = Type;                                                                                            \
         positions_of_table;                                                                                            \
         static constexpr TextForm form = form_of_table;                                                                \
-        static_assert(!reads_counters(form.positions, form.count),                                                     \
-                      "64-bit values only come back: use COUNTER or RATE");                                            \
+        static_assert(!reads_counters(form), "64-bit values only come back: use COUNTER or RATE");                     \
     };                                                                                                                 \
     }                                                                                                                  \
     DECLARE_CONVERTERS(table)
@@ -230,22 +323,52 @@ template <bool follows, bool fits> constexpr Field counted_hex_field(Field bytes
 #define TABLE_OF(table, Type, ...)                                                                                     \
     DEFINE_TABLE(table, Type, static constexpr auto positions = positions_of(__VA_ARGS__), make_form<Entry>(positions))
 
-#define PARSER(table)                                                                                                  \
-    void* str2arg_##table(char* text) { return &parse<tables::table>(text); }
-#define FORMATTER(table)                                                                                               \
-    char* arg2str_##table(void* reply) { return format<tables::table>(reply); }
+// The exported function over a converter that works on the caller's storage.
+#define EXPORTED_PARSER(table, work)                                                                                   \
+    template <> struct WorkOf<str2arg_##table> {                                                                       \
+        static constexpr bool is_defined = true;                                                                       \
+        static constexpr Parser value = {str2arg_##table, &tables::table::form, work};                                 \
+    };                                                                                                                 \
+    void* str2arg_##table(char* text) { return parse_to_own<tables::table, work>(text); }
+#define EXPORTED_FORMATTER(table, work)                                                                                \
+    template <> struct WorkOf<arg2str_##table> {                                                                       \
+        static constexpr bool is_defined = true;                                                                       \
+        static constexpr Formatter value = {arg2str_##table, &tables::table::form, work};                              \
+    };                                                                                                                 \
+    char* arg2str_##table(void* reply) { return format_to_own<tables::table, work>(reply); }
+
+#define PARSER(table) EXPORTED_PARSER(table, nullptr)
+#define FORMATTER(table) EXPORTED_FORMATTER(table, nullptr)
 #define CONVERTERS(table)                                                                                              \
     PARSER(table)                                                                                                      \
     FORMATTER(table)
 
+// The head of a converter with a body of its own, which stands behind it: a
+// RecordParser or RecordFormatter that begins with parse<tables::TABLE> or ends
+// with format<tables::TABLE>.
+#define OWN_PARSER(table)                                                                                              \
+    namespace own_converters                                                                                           \
+    {                                                                                                                  \
+    static void* str2arg_##table(void* record, char* text);                                                            \
+    }                                                                                                                  \
+    EXPORTED_PARSER(table, own_converters::str2arg_##table)                                                            \
+    void* own_converters::str2arg_##table(void* record, char* text)
+#define OWN_FORMATTER(table)                                                                                           \
+    namespace own_converters                                                                                           \
+    {                                                                                                                  \
+    static char* arg2str_##table(const void* record, char* str);                                                       \
+    }                                                                                                                  \
+    EXPORTED_FORMATTER(table, own_converters::arg2str_##table)                                                         \
+    char* own_converters::arg2str_##table(const void* record, char* str)
+
 // A parser that prints a trace line; its values are members of `row`, the
 // request, or the whole argument `text`.
 #define TRACED_PARSER(table, line, ...)                                                                                \
-    void* str2arg_##table(char* text)                                                                                  \
+    OWN_PARSER(table)                                                                                                  \
     {                                                                                                                  \
         static_assert(!tables::table::form.delimiters[0], "unsplit() knows '&' only");                                 \
         const size_t length = rpclib_dbg ? strlen(text) : 0;                                                           \
-        auto& row = parse<tables::table>(text);                                                                        \
+        auto& row = parse<tables::table>(record, text);                                                                \
         if (rpclib_dbg)                                                                                                \
             unsplit(text, length);                                                                                     \
         TRACE(line, __VA_ARGS__);                                                                                      \
@@ -255,10 +378,10 @@ template <bool follows, bool fits> constexpr Field counted_hex_field(Field bytes
 // A formatter that prints a trace line; its values are members of `row`, the
 // reply, or its text `str`.
 #define TRACED_FORMATTER(table, line, ...)                                                                             \
-    char* arg2str_##table(void* reply)                                                                                 \
+    OWN_FORMATTER(table)                                                                                               \
     {                                                                                                                  \
-        [[maybe_unused]] auto& row = *static_cast<tables::table::Entry*>(reply);                                       \
-        char* str = format<tables::table>(reply);                                                                      \
+        [[maybe_unused]] auto& row = *static_cast<const tables::table::Entry*>(record);                                \
+        format<tables::table>(record, str);                                                                            \
         TRACE(line, __VA_ARGS__);                                                                                      \
         return str;                                                                                                    \
     }

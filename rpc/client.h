@@ -9,7 +9,6 @@
 
 constexpr char server_host[] = "127.0.0.1";
 constexpr char server_transport[] = "udp";
-constexpr rpcvers_t server_version = 1;
 constexpr timeval TIMEOUT = {25, 0}; // of a whole call
 
 // What a service keeps of its client. `clnt` is null until the first call of

@@ -11,8 +11,6 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
-#include "rpc/client.h"
-
 bool (*call_is_unwanted)();
 
 namespace

@@ -11,6 +11,8 @@
 #include <cstdint>
 #include <rpc/rpc.h>
 
+constexpr rpcvers_t server_version = 1; // of every service's program
+
 // What one handle's calls need. `ops` is the handle's operation table, which is
 // how a call operation finds its Exchange.
 struct Exchange {

@@ -37,41 +37,16 @@ enum class Kind : uint8_t {
     UInt64, // two units, the low word first
 };
 
-// How a field is written as text where its kind alone does not tell.
-enum class Text : uint8_t {
-    Plain,      // ints "%d", texts "%s", doubles "%.2f", 64-bit values "%lld" or "%llu"
-    Unsigned,   // an int or 64-bit value printed unsigned
-    Mac,        // six bytes, str2mac and mac2str
-    RawMac,     // six bytes: the text is copied in as it is, printed by mac2str
-    Hex,        // bytes, str2hex and hex2str
-    CountedHex, // as Hex; the int just before the bytes says how many count
-    List,       // an array as numbers between commas
-};
-
-// Which of the two texts has a position for the field.
-enum class Use : uint8_t {
-    Both,
-    Unread,     // the argument has the position, but nothing is read from it
-    OutputOnly, // only the reply's text has the position
-    InputOnly,  // only the argument has the position
-};
-
 // One field of a record: `count` values of one kind, `offset` bytes into the
-// struct. `text` and `use` matter in text forms only (common/text_form.h).
+// struct.
 struct Field {
-    uint16_t offset = 0;
-    uint16_t count = 0;
-    Kind kind : 3;
-    Text text : 3;
-    Use use : 2;
+    uint16_t offset;
+    uint16_t count;
+    Kind kind;
 
-    constexpr Field() : kind(Kind::Int), text(Text::Plain), use(Use::Both) {}
-    constexpr Field(uint16_t offset, uint16_t count, Kind kind, Text text, Use use)
-        : offset(offset), count(count), kind(kind), text(text), use(use)
-    {
-    }
+    constexpr Field(uint16_t offset, uint16_t count, Kind kind) : offset(offset), count(count), kind(kind) {}
 };
-static_assert(sizeof(Field) == 6, "a field stays small: the library holds 1,400 of them");
+static_assert(sizeof(Field) == 6, "a field stays small: the library holds one for every member of every record");
 
 constexpr unsigned units_of(Kind kind)
 {
@@ -177,17 +152,17 @@ template <class Element> constexpr Kind kind_of()
 }
 
 // The field that a member of type Member is, `offset` bytes into its struct.
-template <class Member> constexpr Field make_field(size_t offset, Text text = Text::Plain, Use use = Use::Both)
+template <class Member> constexpr Field make_field(size_t offset)
 {
     static_assert(std::rank_v<Member> <= 1, "a record's array has one dimension");
     using Element = std::remove_extent_t<Member>;
     const auto at = static_cast<uint16_t>(offset);
     if constexpr (std::is_class_v<Element>) {
         static_assert(record_checks::one_kind<Element>(), "a nested record is a block of single values of one kind");
-        return {at, field_count<Element>, Description<Element>::fields[0].kind, text, use};
+        return {at, field_count<Element>, Description<Element>::fields[0].kind};
     } else {
         constexpr auto count = static_cast<uint16_t>(std::is_array_v<Member> ? std::extent_v<Member> : 1);
-        return {at, count, kind_of<Element>(), text, use};
+        return {at, count, kind_of<Element>()};
     }
 }
 

@@ -1,9 +1,9 @@
 // The walkers that code a record: straight stores into a block of the stream's
 // buffer where the stream has one, one XDR routine a field where it has not.
-#include <cstring>
-
+#include "rpc/bytes.h"
 #include "rpc/int64.h"
 #include "rpc/record.h"
+#include "rpc/xdr_routine.h"
 
 namespace
 {
@@ -29,13 +29,6 @@ inline char char_of_unit(uint32_t unit)
 #else
     return static_cast<char>(unit);
 #endif
-}
-
-template <class T> T load(const void* from)
-{
-    T value;
-    memcpy(&value, from, sizeof value);
-    return value;
 }
 
 inline uint32_t* put_words(uint32_t* unit, uint32_t first, uint32_t second)
@@ -91,10 +84,8 @@ const uint32_t* get(const uint32_t* unit, const Field& field, char* to)
         return unit + field.count;
     case Kind::Int:
     case Kind::UInt:
-        for (unsigned i = 0; i < field.count; i++) {
-            const uint32_t value = ntohl(*unit++);
-            memcpy(to + sizeof value * i, &value, sizeof value);
-        }
+        for (unsigned i = 0; i < field.count; i++)
+            store(to + sizeof(uint32_t) * i, ntohl(*unit++));
         return unit;
     case Kind::Double:
     case Kind::Int64:
@@ -102,7 +93,7 @@ const uint32_t* get(const uint32_t* unit, const Field& field, char* to)
         for (unsigned i = 0; i < field.count; i++, unit += 2) {
             const uint64_t first = ntohl(unit[0]), second = ntohl(unit[1]);
             const uint64_t bits = field.kind == Kind::Double ? first << 32 | second : second << 32 | first;
-            memcpy(to + sizeof bits * i, &bits, sizeof bits);
+            store(to + sizeof bits * i, bits);
         }
         return unit;
     }
@@ -112,14 +103,12 @@ const uint32_t* get(const uint32_t* unit, const Field& field, char* to)
 // The two words of a 64-bit value, through the stream's own routine for each.
 bool_t code_words(XDR* xdrs, Kind kind, void* value)
 {
-    auto bits = load<uint64_t>(value);
+    const auto bits = load<uint64_t>(value);
     uint32_t words[2] = {static_cast<uint32_t>(bits), static_cast<uint32_t>(bits >> 32)};
-    const auto routine = reinterpret_cast<xdrproc_t>(kind == Kind::Int64 ? reinterpret_cast<void*>(xdr_int)
-                                                                         : reinterpret_cast<void*>(xdr_u_int));
+    const xdrproc_t routine = kind == Kind::Int64 ? as_xdrproc(xdr_int) : as_xdrproc(xdr_u_int);
     if (!xdr_vector(xdrs, reinterpret_cast<char*>(words), 2, sizeof words[0], routine))
         return FALSE;
-    bits = static_cast<uint64_t>(words[1]) << 32 | words[0];
-    memcpy(value, &bits, sizeof bits);
+    store(value, static_cast<uint64_t>(words[1]) << 32 | words[0]);
     return TRUE;
 }
 
@@ -172,7 +161,7 @@ bool_t code(XDR* xdrs, const Field* fields, unsigned count, unsigned units, void
 
 bool_t code_one(XDR* xdrs, Kind kind, void* value)
 {
-    const Field field = {0, 1, kind, Text::Plain, Use::Both};
+    const Field field = {0, 1, kind};
     return code(xdrs, &field, 1, units_of(kind), value);
 }
 } // namespace

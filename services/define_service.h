@@ -21,10 +21,16 @@
 //     STUB(stub, procedure, request, reply)
 //         a procedure that Lua cannot call
 #include "common/registry.h"
+#include "common/service.h"
 #include "common/text.h"
 #include "common/text_form.h"
 #include "rpc/client.h"
-#include "services/service.h"
+
+// An int reply's text is the text helpers' own.
+template <> struct WorkOf<int2str> {
+    static constexpr bool is_defined = true;
+    static constexpr Formatter value = {int2str, nullptr, nullptr};
+};
 
 namespace
 {
@@ -48,14 +54,6 @@ template <class T> constexpr const Record* record_or_null()
         return nullptr;
 }
 
-template <auto converter> constexpr const TextForm* form_or_null()
-{
-    if constexpr (std::is_void_v<typename TableOf<converter>::Table>)
-        return nullptr;
-    else
-        return &TableOf<converter>::Table::form;
-}
-
 // The record that a converter's table is of; void for int2str.
 template <class Table> struct EntryOf {
     using Entry = typename Table::Entry;
@@ -64,6 +62,15 @@ template <> struct EntryOf<void> {
     using Entry = void;
 };
 template <auto converter> using entry_of = typename EntryOf<typename TableOf<converter>::Table>::Entry;
+
+// The Parser or Formatter of a converter; null where CHECK_ROW has complained.
+template <auto converter> constexpr auto work_of()
+{
+    if constexpr (WorkOf<converter>::is_defined)
+        return &WorkOf<converter>::value;
+    else
+        return nullptr;
+}
 
 constexpr bool same_name(const char* a, const char* b)
 {
@@ -86,17 +93,19 @@ EXPORT CLIENT* SERVICE_CLNT_INIT() { return get_client(service_client); }
 EXPORT void SERVICE_CLNT_DESTROY() { destroy_client(service_client); }
 
 // What the compiler can check of a row.
-#define CHECK_ROW(stub, Request, parser)                                                                               \
+#define CHECK_ROW(stub, Request, parser, formatter)                                                                    \
+    static_assert(WorkOf<parser>::is_defined && WorkOf<formatter>::is_defined,                                         \
+                  "an API's converters are defined: name the table in CONVERTERS, PARSER or FORMATTER");               \
     static_assert(sizeof #stub <= sizeof ApiNode::name, "an API's name fits char[40] with its NUL");                   \
     static_assert(std::is_void_v<Request> || std::is_same_v<Request, entry_of<parser>>,                                \
                   "an API's parser fills the API's request record: name the table of that record");
 #define API(stub, procedure, Request, Reply, parser, formatter)                                                        \
-    CHECK_ROW(stub, Request, parser)                                                                                   \
+    CHECK_ROW(stub, Request, parser, formatter)                                                                        \
     static_assert(std::is_same_v<Reply, entry_of<formatter>> ||                                                        \
                       (std::is_same_v<Reply, int> && std::is_void_v<entry_of<formatter>>),                             \
                   "an API's formatter takes the API's reply: a record's own arg2str, or int2str for an int");
 #define API_RECORD_TEXT(stub, procedure, Request, Reply, parser, formatter)                                            \
-    CHECK_ROW(stub, Request, parser)                                                                                   \
+    CHECK_ROW(stub, Request, parser, formatter)                                                                        \
     static_assert(std::is_same_v<Reply, int> && !std::is_void_v<entry_of<formatter>>,                                  \
                   "API_RECORD_TEXT is for an int that a record's formatter formats: use API");
 #define STUB(stub, procedure, Request, Reply)
@@ -125,11 +134,11 @@ enum Row : unsigned {
 
 constexpr Api service_apis[] = {
 #define API(stub, procedure, Request, Reply, parser, formatter)                                                        \
-    {#stub,  procedure, record_or_null<Request>(), record_or_null<Reply>(),  stub,                                     \
-     parser, formatter, form_or_null<parser>(),    form_or_null<formatter>()},
+    {#stub, procedure,         record_or_null<Request>(), record_or_null<Reply>(),                                     \
+     stub,  work_of<parser>(), work_of<formatter>()},
 #define API_RECORD_TEXT API
 #define STUB(stub, procedure, Request, Reply)                                                                          \
-    {#stub, procedure, record_or_null<Request>(), record_or_null<Reply>(), stub, nullptr, nullptr, nullptr, nullptr},
+    {#stub, procedure, record_or_null<Request>(), record_or_null<Reply>(), stub},
 #include SERVICE_APIS
 #undef API
 #undef API_RECORD_TEXT

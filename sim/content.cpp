@@ -30,8 +30,9 @@ const std::vector<Key> special_keys = {
 };
 
 const std::vector<Alias> aliases = {
+    {"dyinggasp_support", "dyinggasp"},
     {"fdb_dynamic", "fdb"},
-    {"mstp_reset_if", "mstp_ifstate"},
+    {"mstp_reset_if_detect", "mstp_ifstate"},
 };
 
 const std::vector<Content> initial_content = {

@@ -20,7 +20,7 @@ struct Key {
 
 // An API that works on another table's rows.
 struct Alias {
-    const char* name; // the API's, without "oltmib_" and the verb
+    const char* name; // the API's, as split_name gives its table
     const char* table;
 };
 

@@ -14,6 +14,7 @@
 #include <unistd.h>
 
 #include "rpc/client.h"
+#include "rpc/xdr_routine.h"
 #include "sim/fail.h"
 
 const char commands_help[] = "  count TARGET    how many calls came in since the start\n"
@@ -54,11 +55,6 @@ struct Coded {
 };
 
 bool_t xdr_coded(XDR* xdrs, Coded* coded) { return xdr_record(xdrs, *coded->record, coded->row); }
-
-template <class Routine> xdrproc_t as_xdrproc(Routine* routine)
-{
-    return reinterpret_cast<xdrproc_t>(reinterpret_cast<void (*)()>(routine));
-}
 
 sockaddr_in loopback(uint16_t port)
 {

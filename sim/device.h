@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-#include "services/service.h"
+#include "common/service.h"
 #include "sim/faults.h"
 #include "sim/tables.h"
 

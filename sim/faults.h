@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "services/service.h"
+#include "common/service.h"
 
 extern const char faults_help[];
 

@@ -3,7 +3,11 @@
 
 #include <algorithm>
 #include <cstring>
+#include <iterator>
+#include <sstream>
 
+#include "common/schema.h"
+#include "rpc/bytes.h"
 #include "sim/content.h"
 #include "sim/fail.h"
 
@@ -11,81 +15,46 @@ namespace
 {
 constexpr int no_such_row = 1; // what `res` says then
 
-// A name between "oltmib_" and "_1", cut at its last '_': the table and the verb.
-std::pair<std::string, std::string> split_name(const Api& api)
-{
-    std::string name = api.name;
-    const std::string prefix = "oltmib_", version = "_1";
-    if (name.compare(0, prefix.size(), prefix) == 0)
-        name.erase(0, prefix.size());
-    if (name.size() > version.size() && name.compare(name.size() - version.size(), version.size(), version) == 0)
-        name.erase(name.size() - version.size());
-    const size_t last = name.rfind('_');
-    return last == std::string::npos ? std::make_pair(name, std::string())
-                                     : std::make_pair(name.substr(0, last), name.substr(last + 1));
-}
-
 const Record& record_of_table(const Api& api) { return *(api.request ? api.request : api.reply); }
 
-template <class T> T load(const Row& row, const Field& field, size_t index = 0)
-{
-    T value;
-    memcpy(&value, row.data() + field.offset + sizeof value * index, sizeof value);
-    return value;
-}
-
-template <class T> void store_value(Row& row, const Field& field, T value)
-{
-    memcpy(row.data() + field.offset, &value, sizeof value);
-}
+template <class T> T value_of(const Row& row, const Field& field) { return load<T>(row.data() + field.offset); }
 
 template <class T> int order(T a, T b) { return a < b ? -1 : a > b; }
 
-bool is_bytes(const Field& field)
-{
-    return field.text == Text::Mac || field.text == Text::RawMac || field.text == Text::Hex ||
-           field.text == Text::CountedHex;
-}
+bool is_bytes(const Position& position) { return position.kind == Kind::Char && position.text != Text::Plain; }
 
-int compare_field(const Field& field, const Row& a, const Row& b)
+int compare_field(const Position& field, const Row& a, const Row& b)
 {
     const char* first = a.data() + field.offset;
     const char* second = b.data() + field.offset;
     switch (field.kind) {
     case Kind::Int:
-        return order(load<int>(a, field), load<int>(b, field));
+        return order(value_of<int>(a, field), value_of<int>(b, field));
     case Kind::UInt:
-        return order(load<unsigned>(a, field), load<unsigned>(b, field));
+        return order(value_of<unsigned>(a, field), value_of<unsigned>(b, field));
     case Kind::Double:
-        return order(load<double>(a, field), load<double>(b, field));
+        return order(value_of<double>(a, field), value_of<double>(b, field));
     case Kind::Int64:
-        return order(load<int64_t>(a, field), load<int64_t>(b, field));
+        return order(value_of<int64_t>(a, field), value_of<int64_t>(b, field));
     case Kind::UInt64:
-        return order(load<uint64_t>(a, field), load<uint64_t>(b, field));
+        return order(value_of<uint64_t>(a, field), value_of<uint64_t>(b, field));
     case Kind::Char:
         return is_bytes(field) ? memcmp(first, second, field.count) : strncmp(first, second, field.count);
     }
     return 0;
 }
 
-// "ifx, name, res" as its parts.
+// "ifx name" as its parts.
 std::vector<std::string> words(const std::string& list)
 {
-    std::vector<std::string> found;
-    std::string word;
-    for (const char c : list + " ") {
-        if (c != ',' && c != ' ')
-            word += c;
-        else if (!word.empty())
-            found.push_back(std::move(word)), word.clear();
-    }
-    return found;
+    std::istringstream parts(list);
+    return {std::istream_iterator<std::string>(parts), std::istream_iterator<std::string>()};
 }
 
 bool is_wide(const Field& field) { return field.kind == Kind::Int64 || field.kind == Kind::UInt64; }
 
 // Text of a field whose content nobody wrote down.
-std::string generated(const Field& field, const std::string& member, size_t number, size_t position)
+std::string generated(const Position& field, const std::string& member, size_t number, size_t position)
 {
     const std::string digits = std::to_string(number);
     switch (field.text) {
@@ -115,24 +84,23 @@ std::string generated(const Field& field, const std::string& member, size_t numb
 
 Field field_named(const Record& record, const std::string& name)
 {
-    const std::vector<std::string> members = words(record.members);
-    for (size_t i = 0; i < members.size() && i < record.count; i++)
-        if (members[i] == name)
+    for (unsigned i = 0; i < record.count; i++)
+        if (member_name(record, i) == name)
             return record.fields[i];
     fail(record.name, std::string("a member among ") + record.members, name);
 }
 
 Verb verb_of(const Api& api)
 {
-    const std::string verb = split_name(api).second;
+    const Operation operation = split_name(api).operation;
     if (api.reply)
-        return verb == "getn" ? Verb::Next : Verb::Get;
-    return verb == "set" ? Verb::Set : Verb::Act;
+        return operation == Operation::Getn ? Verb::Next : Verb::Get;
+    return operation == Operation::Set ? Verb::Set : Verb::Act;
 }
 
 std::string table_name(const Api& api)
 {
-    std::string name = split_name(api).first;
+    const std::string name(split_name(api).table);
     for (const Alias& alias : aliases)
         if (name == alias.name)
             return alias.table;
@@ -142,7 +110,7 @@ std::string table_name(const Api& api)
 ArgumentForm::ArgumentForm(const Record& record, const TextForm* input)
 {
     if (input)
-        for (const Field& field : *input) {
+        for (const Position field : *input) {
             if (field.use == Use::OutputOnly)
                 continue;
             positions.push_back(field);
@@ -163,7 +131,7 @@ ArgumentForm::ArgumentForm(const Record& record, const TextForm* input)
 Row ArgumentForm::parse(const std::string& text) const
 {
     TextForm own = form;
-    own.positions = positions.data();
+    own.listed = positions.data();
     Row row(own.record->size);
     std::string writable = text;
     parse_record(own, row.data(), writable.data());
@@ -177,23 +145,23 @@ size_t ArgumentForm::parts(const std::string& text) const
 
 std::string ArgumentForm::format(const Row& row) const
 {
-    std::vector<Field> shown = positions;
-    for (Field& field : shown)
-        field.use = Use::Both;
+    std::vector<Position> shown = positions;
+    for (Position& position : shown)
+        position.use = Use::Both;
     TextForm own = form;
-    own.positions = shown.data();
+    own.listed = shown.data();
     std::vector<char> text(own.buffer);
     return format_record(own, row.data(), text.data());
 }
 
 Table::Table(std::string name, const Api& api, bool walked)
-    : own_name(std::move(name)), own_record(record_of_table(api)), argument(own_record, api.input), one_row(!walked)
+    : own_name(std::move(name)), own_record(record_of_table(api)), argument(own_record, api.input()), one_row(!walked)
 {
     for (const Field& field : own_record)
         if (is_wide(field))
             kept.push_back(field);
-    if (api.input)
-        for (const Field& field : *api.input) {
+    if (api.input())
+        for (const Position field : *api.input()) {
             if (field.text == Text::RawMac)
                 kept.push_back(field);
             if (is_wide(field))
@@ -209,8 +177,8 @@ Table::Table(std::string name, const Api& api, bool walked)
             break;
         key.clear();
         for (const std::string& member : members) {
-            Field field = field_named(own_record, member);
-            for (const Field& position : argument.fields())
+            Position field = field_named(own_record, member);
+            for (const Position& position : argument.fields())
                 if (position.offset == field.offset)
                     field = position;
             key.push_back(field);
@@ -220,7 +188,7 @@ Table::Table(std::string name, const Api& api, bool walked)
 
 int Table::compare(const Row& a, const Row& b) const
 {
-    for (const Field& field : key)
+    for (const Position& field : key)
         if (const int result = compare_field(field, a, b))
             return result;
     return 0;
@@ -245,12 +213,12 @@ Row* Table::next(const Row& request)
 void Table::move_counters(Row& row)
 {
     for (const Field& field : counters) {
-        const auto value = load<uint64_t>(row, field);
-        store_value(row, field, value + value % 97 + 1);
+        const auto value = value_of<uint64_t>(row, field);
+        ::store(row.data() + field.offset, value + value % 97 + 1);
     }
     for (const Field& field : rates) {
-        const auto value = load<int64_t>(row, field);
-        store_value(row, field, value % 2 ? value - value % 31 - 1 : value + value % 29 + 1);
+        const auto value = value_of<int64_t>(row, field);
+        ::store(row.data() + field.offset, value % 2 ? value - value % 31 - 1 : value + value % 29 + 1);
     }
 }
 
@@ -264,7 +232,7 @@ Row Table::answer(Verb verb, const Row& request)
     Row none = request;
     const Field& last = own_record.end()[-1];
     if (last.kind == Kind::Int)
-        store_value(none, last, no_such_row);
+        ::store(none.data() + last.offset, no_such_row);
     return none;
 }
 
@@ -293,7 +261,7 @@ void Table::add(const std::string& text)
     uint64_t seed = 7001 + 1009 * rows.size();
     for (const std::vector<Field>* wide : {&counters, &rates})
         for (const Field& field : *wide)
-            store_value(row, field, seed = seed * 31 % 10000019);
+            ::store(row.data() + field.offset, seed = seed * 31 % 10000019);
     if (find(row))
         fail("content of " + own_name, "rows with keys of their own", "'" + text + "' twice");
     store(row);
@@ -302,16 +270,16 @@ void Table::add(const std::string& text)
 // A row, or one for each port, made up from the fields' kinds.
 void generate_rows(Table& table)
 {
-    const std::vector<std::string> members = words(table.own_record.members);
-    const size_t count = table.one_row ? 1 : members[0] == "ifx" ? 8 : 2;
+    const Record& record = table.own_record;
+    const size_t count = table.one_row ? 1 : member_name(record, 0) == "ifx" ? 8 : 2;
     for (size_t number = 1; number <= count; number++) {
         std::string text;
         for (size_t i = 0; i < table.argument.count(); i++) {
-            const Field& field = table.argument.fields()[i];
+            const Position& field = table.argument.fields()[i];
             std::string member;
-            for (size_t m = 0; m < members.size(); m++)
-                if (table.own_record.fields[m].offset == field.offset)
-                    member = members[m];
+            for (unsigned m = 0; m < record.count; m++)
+                if (record.fields[m].offset == field.offset)
+                    member = member_name(record, m);
             text += (i ? std::string(1, table.argument.separator()) : "") + generated(field, member, number, i);
         }
         table.add(text);

@@ -1,14 +1,14 @@
 // The rows that the simulated device keeps, one Table for all APIs of a service
 // that name the same thing: oltmib_portinfo_get_1, _getn_1 and _set_1 are
 // "portinfo". Tables, their keys and their texts all come from the library's
-// own descriptions (services/service.h); content.h has what they start with.
+// own descriptions (common/service.h); content.h has what they start with.
 #pragma once
 
 #include <map>
 #include <string>
 #include <vector>
 
-#include "services/service.h"
+#include "common/service.h"
 
 using Row = std::vector<char>; // one record in memory
 
@@ -38,11 +38,11 @@ class ArgumentForm
     std::string format(const Row& row) const;
     size_t count() const { return positions.size(); }
     size_t parts(const std::string& text) const; // that the text is cut into
-    const std::vector<Field>& fields() const { return positions; }
+    const std::vector<Position>& fields() const { return positions; }
     char separator() const { return form.delimiters[0] ? '$' : '&'; }
 
   private:
-    std::vector<Field> positions;
+    std::vector<Position> positions;
     TextForm form = {};
 };
 
@@ -77,7 +77,7 @@ class Table
     std::string own_name;
     const Record& own_record;
     ArgumentForm argument;
-    std::vector<Field> key;
+    std::vector<Position> key;
     bool one_row;
     std::vector<Field> kept;     // not carried by an argument
     std::vector<Field> counters; // only ever grow

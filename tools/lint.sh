@@ -30,6 +30,7 @@ build() { # PRESET FOLDER
   return 1
 }
 
+check floors tools/check_floors.sh
 check shellcheck shellcheck "${shell_files[@]}"
 check luacheck luacheck -q "${lua_files[@]}"
 check clang-format clang-format --dry-run -Werror "${cpp_files[@]}"

@@ -20,6 +20,8 @@ CONVERTERS(one)
 TABLE(two, test_twoEntry)
 CONVERTERS(two)
 
+TABLE(three, test_twoEntry) // its converters are nowhere
+
 #define SERVICE service_test
 #define SERVICE_NAME "test"
 #define SERVICE_TITLE "test"

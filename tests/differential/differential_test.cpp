@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-#include "services/service.h"
+#include "common/schema.h"
 #include "tests/differential/layout.h"
 
 namespace
@@ -30,16 +30,11 @@ const plain_service& plain_service_of(const Service& service)
     return *static_cast<const plain_service*>(dlsym(object, "plain_code"));
 }
 
-// The library's names and places of a record's values, written out here: a
-// member's name, its field, and how many values of its kind it has.
 std::vector<std::string> member_names(const Record& record)
 {
-    std::vector<std::string> names(1);
-    for (const char* c = record.members; *c; c++)
-        if (*c == ',')
-            names.emplace_back();
-        else if (*c != ' ')
-            names.back() += *c;
+    std::vector<std::string> names;
+    for (unsigned i = 0; i < record.count; i++)
+        names.emplace_back(member_name(record, i));
     return names;
 }
 
@@ -248,6 +243,6 @@ TEST_P(Differential, both_refuse_bytes_that_end_early)
         }
 }
 
-INSTANTIATE_TEST_SUITE_P(Services, Differential, testing::ValuesIn(all_services),
+INSTANTIATE_TEST_SUITE_P(Services, Differential, testing::ValuesIn(all_services.begin(), all_services.end()),
                          [](const auto& info) { return std::string(info.param->name); });
 } // namespace

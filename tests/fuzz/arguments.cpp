@@ -30,12 +30,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     set_debug(input.byte() & 1);
     const std::string given = input.rest();
     const auto text = exact(given);
-    void* request = api.str2arg(text.get());
+    void* request = api.parser->str2arg(text.get());
     EXPECT(request, "a request record", "null from %s", api.name);
     if (!api.request)
         return 0;
     const std::string record(static_cast<char*>(request), api.request->size);
-    std::string expected = naive::parse(*api.input, given.c_str());
+    std::string expected = naive::parse(*api.input(), given.c_str());
     if (api.request == &record_of<oltmib_PortInfoEntry>) { // one value read fills two fields
         auto& row = *reinterpret_cast<oltmib_PortInfoEntry*>(&expected[0]);
         row.field9 = row.field8;

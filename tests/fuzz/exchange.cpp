@@ -196,7 +196,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     const Outcome expected = outcome_of(heard[first], api);
 
     std::string no_text;
-    const void* reply = api.func(api.str2arg(&no_text[0]), all.clnt);
+    const void* reply = api.func(api.parser->str2arg(&no_text[0]), all.clnt);
     EXPECT(!reply == !expected.success, expected.success ? "a reply" : "no reply", "%s from datagram %zu of %s",
            reply ? "one" : "none", first, api.name);
     EXPECT(!reply || memcmp(reply, expected.reply.data(), expected.reply.size()) == 0, "the reply's record",

@@ -15,7 +15,7 @@
 #include <string>
 #include <vector>
 
-#include "services/service.h"
+#include "common/service.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size);
 

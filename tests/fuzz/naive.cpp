@@ -94,7 +94,7 @@ template <class T> void put(std::string& record, size_t at, T value) { memcpy(&r
 
 std::string cut(const std::string& text, size_t size) { return text.substr(0, size - 1); }
 
-void read_field(const Field& field, std::string& record, const std::string& text)
+void read_field(const Position& field, std::string& record, const std::string& text)
 {
     switch (field.text) {
     case Text::Mac:
@@ -132,7 +132,7 @@ void read_field(const Field& field, std::string& record, const std::string& text
         put(record, field.offset, atoi(text.c_str()));
 }
 
-std::string list_text(const Field& field, const char* at)
+std::string list_text(const Position& field, const char* at)
 {
     std::string text;
     for (unsigned i = 0; i < field.count; i++)
@@ -140,7 +140,7 @@ std::string list_text(const Field& field, const char* at)
     return text;
 }
 
-std::string field_text(const Field& field, const char* at)
+std::string field_text(const Position& field, const char* at)
 {
     const auto* bytes = reinterpret_cast<const unsigned char*>(at);
     const bool is_signed = field.text != Text::Unsigned;
@@ -176,7 +176,7 @@ std::string parse(const TextForm& form, const char* text)
     auto parts = form.delimiters[0] ? split_runs(text, form.delimiters, form.count) : split(text, '&', form.count);
     parts.resize(form.count);
     size_t part = 0;
-    for (const Field& field : form) {
+    for (const Position field : form) {
         if (field.use == Use::OutputOnly)
             continue;
         if (field.use != Use::Unread)
@@ -190,7 +190,7 @@ std::string format(const TextForm& form, const char* record)
 {
     std::string text;
     bool first = true;
-    for (const Field& field : form) {
+    for (const Position field : form) {
         if (field.use == Use::InputOnly)
             continue;
         text += (first ? "" : form.separator) + field_text(field, record + field.offset);

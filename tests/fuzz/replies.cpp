@@ -28,16 +28,16 @@ enum clnt_stat answer(CLIENT*, rpcproc_t, xdrproc_t, void*, xdrproc_t decode, vo
 void check_record(const Api& api, void* reply)
 {
     const auto record = exact(reply, api.reply->size);
-    const std::string text = api.ret2str(record.get());
-    EXPECT(text.size() < api.output->buffer, "a text that fits its buffer", "%zu characters", text.size());
-    EXPECT(text == naive::format(*api.output, record.get()), "the text of the plain writing", "\"%s\" of %s",
+    const std::string text = api.formatter->ret2str(record.get());
+    EXPECT(text.size() < api.output()->buffer, "a text that fits its buffer", "%zu characters", text.size());
+    EXPECT(text == naive::format(*api.output(), record.get()), "the text of the plain writing", "\"%s\" of %s",
            text.c_str(), api.name);
 }
 
 void check_status(const Api& api, void* reply)
 {
-    const std::string text = api.ret2str(reply);
-    if (!api.output)
+    const std::string text = api.formatter->ret2str(reply);
+    if (!api.output())
         EXPECT(text == naive::print("%d", *static_cast<int*>(reply)), "the status in decimal", "\"%s\"", text.c_str());
 }
 } // namespace
@@ -57,7 +57,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     reply_bytes = input.rest();
 
     std::string no_text;
-    void* reply = api.func(api.str2arg(&no_text[0]), &client);
+    void* reply = api.func(api.parser->str2arg(&no_text[0]), &client);
     const size_t needed = BYTES_PER_XDR_UNIT * (api.reply ? api.reply->units : 1);
     EXPECT(!reply == (reply_bytes.size() < needed), "a reply of all its units, or none", "%s of %zu bytes",
            reply ? "one" : "none", reply_bytes.size());

@@ -23,8 +23,8 @@ std::string through_the_wire(const Record& record, const void* object)
 std::string pass(const Api& api, const std::string& text)
 {
     const auto argument = exact(text);
-    std::string record = through_the_wire(*api.request, api.str2arg(argument.get()));
-    return api.ret2str(&record[0]);
+    std::string record = through_the_wire(*api.request, api.parser->str2arg(argument.get()));
+    return api.formatter->ret2str(&record[0]);
 }
 
 // Tables whose text loses something on purpose.
@@ -32,7 +32,7 @@ bool gives_itself(const TextForm& form, const std::string& record, const std::st
 {
     if (text.size() + 1 >= form.buffer || form.delimiters[0]) // cut; runs of delimiters collapse
         return false;
-    for (const Field& field : form) {
+    for (const Position field : form) {
         const char* at = &record[field.offset];
         if (field.text == Text::RawMac || field.use == Use::InputOnly || field.use == Use::OutputOnly)
             return false; // another text in than out, or other positions
@@ -57,13 +57,13 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     Input input(data, size);
     const Api& api = choose_api(input);
     rpclib_dbg = 0;
-    if (!api.request || api.reply != api.request || !api.output || api.output->record != api.request)
+    if (!api.request || api.reply != api.request || !api.output() || api.output()->record != api.request)
         return 0;
     const auto argument = exact(input.rest());
-    const std::string record = through_the_wire(*api.request, api.str2arg(argument.get()));
+    const std::string record = through_the_wire(*api.request, api.parser->str2arg(argument.get()));
     std::string copy = record;
-    const std::string text = api.ret2str(&copy[0]);
-    if (!gives_itself(*api.output, record, text))
+    const std::string text = api.formatter->ret2str(&copy[0]);
+    if (!gives_itself(*api.output(), record, text))
         return 0;
     const std::string again = pass(api, text);
     EXPECT(again == text, "a text that gives itself", "\"%s\" from \"%s\" of %s", again.c_str(), text.c_str(),

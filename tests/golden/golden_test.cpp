@@ -70,12 +70,12 @@ struct EveryApi : testing::TestWithParam<Row> {
         Outcome outcome = {};
         std::string argument = as_this_host_reads(vector.argument);
         void* request = nullptr;
-        outcome.parser_lines = traced([&] { request = api.str2arg(argument.data()); });
+        outcome.parser_lines = traced([&] { request = api.parser->str2arg(argument.data()); });
         client.reply = ::units(vector.reply);
         void* reply = api.func(request, client.get());
         outcome.replied = reply != nullptr;
         if (reply)
-            outcome.formatter_lines = traced([&] { outcome.text = api.ret2str(reply); });
+            outcome.formatter_lines = traced([&] { outcome.text = api.formatter->ret2str(reply); });
         return outcome;
     }
 
@@ -125,7 +125,7 @@ TEST_P(EveryApi, makes_its_text_of_a_reply)
         const int status = static_cast<int>(vector.reply.at(0));
         char bytes[sizeof status + 1] = "";
         memcpy(bytes, &status, sizeof status);
-        const bool is_text = api.output->positions[0].kind == Kind::Char;
+        const bool is_text = (*api.output())[0].kind == Kind::Char;
         const std::string first = is_text ? bytes : std::to_string(status);
         ASSERT_EQ(outcome.text.substr(0, first.size() + 1), first + "&");
         for (const std::string& part : parts_of(outcome.text.substr(first.size() + 1)))
@@ -169,8 +169,8 @@ TEST(golden, each_converter_has_one_address_and_each_address_one_converter)
             EXPECT_EQ(addresses.emplace(name, address).first->second, address) << name;
             distinct.insert(address);
         };
-        expect_one(entries[i][5], reinterpret_cast<const void*>(rows[i].api->str2arg));
-        expect_one(entries[i][6], reinterpret_cast<const void*>(rows[i].api->ret2str));
+        expect_one(entries[i][5], reinterpret_cast<const void*>(rows[i].api->parser->str2arg));
+        expect_one(entries[i][6], reinterpret_cast<const void*>(rows[i].api->formatter->ret2str));
     }
     EXPECT_EQ(distinct.size(), addresses.size());
 }

@@ -98,7 +98,7 @@ TEST(Erpsinfo, NoApiGetsAState)
 // out of the stub's storage, so AddressSanitizer sees that it is all there.
 TEST(Erpsinfo, StateSetAnswersThroughTheRecordsFormatter)
 {
-    EXPECT_EQ(api_named("oltmib_erpsstate_set_1").ret2str, arg2str_erpsstate);
+    EXPECT_EQ(api_named("oltmib_erpsstate_set_1").formatter->ret2str, arg2str_erpsstate);
     const std::string rest = "&0&0&0&0&0&00-00-00-00-00-00&0&0&0&00-00-00-00-00-00&0&0&0&&0&0";
     EXPECT_REPLY("oltmib_erpsstate_set_1", rest, 0);
     EXPECT_REPLY("oltmib_erpsstate_set_1", "AAAA" + rest, 0x41414141);
@@ -112,7 +112,7 @@ TEST(Erpsinfo, StateSetThatFailsGivesNothing)
     FakeDaemon daemon;
     daemon.status = RPC_TIMEDOUT;
     const auto argument = exact_copy("ring");
-    EXPECT_EQ(api.func(api.str2arg(argument.get()), daemon.client()), nullptr);
+    EXPECT_EQ(api.func(api.parser->str2arg(argument.get()), daemon.client()), nullptr);
 }
 
 // LLDP.
@@ -196,8 +196,8 @@ TEST(Erpsinfo, NeighbourReplyIsFarLongerThanOtherReplies)
                  "-2147483648&$00-11-22-33-44-55&$" + p63 + "&$" + x1999 + "&$" + t31 + "&$-2147483648&$-2147483648",
                  ints(0x80000000U), chars(6, mac_00_to_55), chars(64, p63), chars(2000, x1999), chars(32, t31),
                  ints(0x80000000U, 0x80000000U));
-    EXPECT_EQ(api_named("oltmib_lldpifnei_get_1").output->buffer, 4000U);
-    EXPECT_EQ(api_named("oltmib_lldpcfg_get_1").output->buffer, 1024U);
+    EXPECT_EQ(api_named("oltmib_lldpifnei_get_1").output()->buffer, 4000U);
+    EXPECT_EQ(api_named("oltmib_lldpcfg_get_1").output()->buffer, 1024U);
 }
 
 TEST(Erpsinfo, NeighbourReplyKeepsSeparatorsWithinItsTexts)

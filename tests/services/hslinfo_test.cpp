@@ -67,7 +67,7 @@ TEST(Hslinfo, GatewayOf25CharactersIsSentAndTracedAsItsFirst19)
 // AddressSanitizer sees that it is all there.
 TEST(Hslinfo, ManagementSetAnswersThroughTheRecordsFormatter)
 {
-    EXPECT_EQ(api_named("oltmib_mgmtvlan_set_1").ret2str, arg2str_hslinfo);
+    EXPECT_EQ(api_named("oltmib_mgmtvlan_set_1").formatter->ret2str, arg2str_hslinfo);
     EXPECT_REPLY("oltmib_mgmtvlan_set_1", "-5&0&&&0&&&&0&0", -5);
     EXPECT_REPLY("oltmib_mgmtvlan_set_1", "0&0&&&0&&&&0&0", 0);
 }
@@ -84,7 +84,7 @@ TEST(Hslinfo, DyingGaspSupportGetsLikeAGet)
 
 TEST(Hslinfo, DyingGaspSetAnswersWithItsResultAndFourMoreFields)
 {
-    EXPECT_EQ(api_named("oltmib_dyinggasp_set_1").ret2str, arg2str_dyinggasp);
+    EXPECT_EQ(api_named("oltmib_dyinggasp_set_1").formatter->ret2str, arg2str_dyinggasp);
     EXPECT_REPLY("oltmib_dyinggasp_set_1", "0&0&&0&0", 0);
     EXPECT_REPLY("oltmib_dyinggasp_set_1", "-2147483648&0&&0&0", ints(0x80000000U));
     EXPECT_REPLY("oltmib_dyinggasp_set_1", "7&0&&0&0", 7);

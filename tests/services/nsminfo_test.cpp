@@ -441,7 +441,8 @@ TEST(NsminfoVlans, TableGetsSendNothing)
 TEST(NsminfoVlans, TableGetsParseTheirArgumentAllTheSame)
 {
     char text[] = "0101&text&1&2";
-    const auto* arg = static_cast<oltmib_vlanbitmapEntry*>(api_named("oltmib_p2p_svlan_table_get_1").str2arg(text));
+    const auto* arg =
+        static_cast<oltmib_vlanbitmapEntry*>(api_named("oltmib_p2p_svlan_table_get_1").parser->str2arg(text));
     EXPECT_STREQ(arg->bit, "0101");
     EXPECT_STREQ(arg->text, "text");
     EXPECT_EQ(arg->oper, 1);

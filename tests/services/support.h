@@ -17,8 +17,8 @@
 #include <string>
 #include <vector>
 
+#include "common/service.h"
 #include "common/trace.h"
-#include "services/service.h"
 
 namespace support
 {
@@ -168,8 +168,8 @@ inline std::unique_ptr<char[]> exact_copy(const std::string& text) { return exac
 // The text that the API's formatter makes of a reply record.
 inline std::string format(const Api& api, const void* reply)
 {
-    const auto copy = exact_copy(reply, api.output ? api.output->record->size : sizeof(int));
-    return api.ret2str(copy.get());
+    const auto copy = exact_copy(reply, api.output() ? api.output()->record->size : sizeof(int));
+    return api.formatter->ret2str(copy.get());
 }
 
 // What the API sends for an argument.
@@ -179,7 +179,7 @@ inline Units request_of(const char* name, const std::string& argument)
     FakeDaemon daemon;
     daemon.status = RPC_TIMEDOUT;
     const auto copy = exact_copy(argument);
-    EXPECT_EQ(api.func(api.str2arg(copy.get()), daemon.client()), nullptr);
+    EXPECT_EQ(api.func(api.parser->str2arg(copy.get()), daemon.client()), nullptr);
     EXPECT_EQ(daemon.calls, 1);
     EXPECT_EQ(daemon.procedure, api.procedure);
     return daemon.request;
@@ -192,7 +192,7 @@ inline std::string text_of(const char* name, const Units& reply)
     FakeDaemon daemon;
     daemon.reply = reply;
     const auto copy = exact_copy("");
-    void* record = api.func(api.str2arg(copy.get()), daemon.client());
+    void* record = api.func(api.parser->str2arg(copy.get()), daemon.client());
     if (!record) {
         ADD_FAILURE() << name << ": the reply of " << reply.size() << " units does not decode";
         return "";
@@ -215,7 +215,7 @@ template <class Body> std::string printed_by(Body body)
 inline std::string parser_trace(const char* name, const std::string& argument)
 {
     const auto copy = exact_copy(argument);
-    return printed_by([&] { api_named(name).str2arg(copy.get()); });
+    return printed_by([&] { api_named(name).parser->str2arg(copy.get()); });
 }
 
 inline std::string formatter_trace(const char* name, const Units& reply)
@@ -224,7 +224,7 @@ inline std::string formatter_trace(const char* name, const Units& reply)
     FakeDaemon daemon;
     daemon.reply = reply;
     const auto copy = exact_copy("");
-    void* record = api.func(api.str2arg(copy.get()), daemon.client());
+    void* record = api.func(api.parser->str2arg(copy.get()), daemon.client());
     if (!record) {
         ADD_FAILURE() << name << ": the reply of " << reply.size() << " units does not decode";
         return "";
@@ -253,7 +253,9 @@ inline std::vector<std::string> registered_rows(const Service& service)
         if (node.clntinit != service.clnt_init)
             continue;
         const Api& api = api_named(node.name);
-        EXPECT_TRUE(node.func == api.func && node.str2arg == api.str2arg && node.ret2str == api.ret2str) << api.name;
+        EXPECT_TRUE(node.func == api.func && node.str2arg == api.parser->str2arg &&
+                    node.ret2str == api.formatter->ret2str)
+            << api.name;
         EXPECT_TRUE(node.clntdestroy == service.clnt_destroy) << api.name;
         const std::string name = api.name;
         EXPECT_EQ(name.substr(0, 7) + name.substr(name.size() - 2), "oltmib__1");
@@ -291,8 +293,8 @@ inline std::vector<std::string> tracing_functions(const Service& service)
     for (const Api& api : service)
         if (api.registered()) {
             const auto argument = exact_copy("");
-            const Units record(api.output ? api.output->record->size : sizeof(int));
-            note(printed_by([&] { api.str2arg(argument.get()); }));
+            const Units record(api.output() ? api.output()->record->size : sizeof(int));
+            note(printed_by([&] { api.parser->str2arg(argument.get()); }));
             note(printed_by([&] { format(api, record.data()); }));
         }
     return functions;

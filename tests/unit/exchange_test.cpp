@@ -11,6 +11,7 @@
 #include <sys/time.h>
 
 #include "rpc/client.h"
+#include "rpc/xdr_routine.h"
 #include "tests/unit/support.h"
 
 namespace
@@ -80,12 +81,6 @@ class Socket
   private:
     int fd;
 };
-
-// XDR routines are called through xdrproc_t, whatever their own type.
-template <class Routine> xdrproc_t as_xdrproc(Routine* routine)
-{
-    return reinterpret_cast<xdrproc_t>(reinterpret_cast<void (*)()>(routine));
-}
 
 // One unit more than a call has room for.
 bool_t encode_too_much(XDR* xdrs, void*)

@@ -84,10 +84,10 @@ TEST(record, every_record_fits_a_datagram_and_its_fields_fit_the_record)
 TEST(record, positions_of_every_text_lie_inside_its_record)
 {
     for_each_api([](const Service&, const Api& api) {
-        for (const TextForm* form : {api.input, api.output}) {
+        for (const TextForm* form : {api.input(), api.output()}) {
             if (!form)
                 continue;
-            for (const Field& position : *form)
+            for (const Position position : *form)
                 EXPECT_LE(position.offset + position.count * size_of(position.kind), form->record->size) << api.name;
         }
     });

@@ -284,6 +284,87 @@ TEST_F(Registry, lookup_misses_nodes_that_were_unlinked_by_the_primitives)
     EXPECT_EQ(lua_getapibyname("c")->func, func_two);
 }
 
+TEST_F(Registry, node_renamed_in_place_is_found_by_its_new_name_alone)
+{
+    add("a", func_one);
+    add("b", func_two);
+    strcpy(static_cast<ApiNode*>(apinode_head.next)->name, "z");
+    EXPECT_EQ(lua_getapibyname("a"), nullptr);
+    ASSERT_NE(lua_getapibyname("z"), nullptr);
+    EXPECT_EQ(lua_getapibyname("z")->func, func_one);
+    add("a", func_two);
+    EXPECT_EQ(names(), (Names{"z", "b", "a"}));
+    EXPECT_EQ(lua_delapi("z"), 1);
+    EXPECT_EQ(names(), (Names{"b", "a"}));
+}
+
+TEST_F(Registry, registration_replaces_a_node_that_was_renamed_to_its_name)
+{
+    add("a", func_one);
+    add("b", func_one);
+    strcpy(lua_getapibyname("a")->name, "c");
+    add("c", func_two);
+    EXPECT_EQ(names(), (Names{"b", "c"}));
+    EXPECT_EQ(lua_getapibyname("c")->func, func_two);
+}
+
+TEST_F(Registry, nodes_linked_and_unlinked_in_the_middle_are_seen)
+{
+    for (const char* name : {"a", "b", "c"})
+        add(name, func_one);
+    ApiNode middle = make("m", func_two), before = make("c", func_two);
+    ListLinks* b = lua_getapibyname("b");
+    __list_add(&middle, b, b->next);
+    EXPECT_EQ(lua_getapibyname("m"), &middle);
+    __list_add(&before, &apinode_head, apinode_head.next); // stands before the registry's own "c"
+    EXPECT_EQ(lua_getapibyname("c"), &before);
+    EXPECT_EQ(names(), (Names{"c", "a", "b", "m", "c"}));
+    list_del(&before);
+    EXPECT_EQ(lua_getapibyname("c")->func, func_one);
+    list_del(b);
+    EXPECT_EQ(lua_getapibyname("b"), nullptr);
+    __list_del(middle.prev, middle.next); // leaves the node's own links
+    EXPECT_EQ(lua_getapibyname("m"), nullptr);
+    EXPECT_EQ(names(), (Names{"a", "c"}));
+}
+
+TEST_F(Registry, registration_replaces_only_the_first_of_two_nodes_of_its_name)
+{
+    ApiNode first = make("same", func_one), second = make("same", func_one);
+    list_add_tail(&first, &apinode_head);
+    list_add_tail(&second, &apinode_head);
+    add("same", func_two);
+    EXPECT_EQ(names(), (Names{"same", "same"}));
+    EXPECT_EQ(lua_getapibyname("same"), &second);
+    list_del(&second);
+    EXPECT_EQ(lua_getapibyname("same")->func, func_two);
+}
+
+TEST_F(Registry, node_moved_to_a_list_of_the_hosts_own_is_not_registered)
+{
+    ListLinks own = {&own, &own};
+    add("a");
+    ApiNode* moved = lua_getapibyname("a");
+    list_del(moved);
+    list_add_tail(moved, &own);
+    EXPECT_EQ(lua_getapibyname("a"), nullptr);
+}
+
+TEST_F(Registry, thousands_of_names_are_found_and_so_are_those_that_got_no_hint)
+{
+    for (int i = 0; i < 3000; i++)
+        add("early" + std::to_string(i), func_one);
+    const ApiNode last = make("late", func_two);
+    EXPECT_EQ(lua_addapi(&last), 1);
+    for (int i = 0; i < 3000; i++) {
+        const std::string name = "early" + std::to_string(i);
+        ASSERT_NE(lua_getapibyname(name.c_str()), nullptr) << name;
+        EXPECT_EQ(lua_getapibyname(name.c_str())->name, name);
+    }
+    EXPECT_EQ(lua_getapibyname("late")->func, func_two);
+    EXPECT_EQ(lua_getapibyname("early3000"), nullptr);
+}
+
 // Against a plain list of names, with every way of changing the registry.
 TEST_F(Registry, equals_a_plain_list_after_any_sequence)
 {
@@ -296,7 +377,7 @@ TEST_F(Registry, equals_a_plain_list_after_any_sequence)
         const std::string name = "api" + std::to_string(between(random, 0, 30));
         const ApiFunc func = between(random, 0, 1) ? func_one : func_two;
         const auto at = place(name);
-        switch (between(random, 0, 4)) {
+        switch (between(random, 0, 5)) {
         case 0:
         case 1:
             ASSERT_EQ(add(name, func), 1);
@@ -313,6 +394,15 @@ TEST_F(Registry, equals_a_plain_list_after_any_sequence)
             if (at != model.end()) {
                 list_del(lua_getapibyname(name.c_str()));
                 model.erase(at);
+            }
+            break;
+        case 4: // renamed in place to a name that is free
+            if (const std::string free_name = "new" + std::to_string(i); at != model.end()) {
+                for (ListLinks* node = apinode_head.next; node != &apinode_head; node = node->next)
+                    if (static_cast<ApiNode*>(node)->name == name)
+                        strcpy(static_cast<ApiNode*>(node)->name, free_name.c_str());
+                at->first = free_name;
+                ASSERT_NE(lua_getapibyname(free_name.c_str()), nullptr);
             }
             break;
         default:
@@ -348,8 +438,8 @@ TEST_F(Registry, service_registers_its_apis_in_order_and_not_its_bare_stubs)
         const ApiNode* node = lua_getapibyname(api.name);
         ASSERT_NE(node, nullptr) << api.name;
         EXPECT_EQ(node->func, api.func);
-        EXPECT_EQ(node->str2arg, api.str2arg);
-        EXPECT_EQ(node->ret2str, api.ret2str);
+        EXPECT_EQ(node->str2arg, api.parser->str2arg);
+        EXPECT_EQ(node->ret2str, api.formatter->ret2str);
         EXPECT_EQ(node->clntinit, service.clnt_init);
         EXPECT_EQ(node->clntdestroy, service.clnt_destroy);
     });

@@ -18,7 +18,7 @@ struct EveryStub : testing::TestWithParam<const Api*> {
     // What a reply of the stub occupies in memory.
     size_t storage() const
     {
-        const Record* record = api.reply ? api.reply : api.output ? api.output->record : nullptr;
+        const Record* record = api.reply ? api.reply : api.output() ? api.output()->record : nullptr;
         return record ? record->size : sizeof(int);
     }
 };

@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
+#include "common/service.h"
 #include "common/trace.h"
-#include "services/service.h"
 #include "tests/unit/captured_output.h"
 
 using Bytes = std::vector<unsigned char>;

@@ -61,10 +61,15 @@ template <class Table> typename Table::Entry& read(const std::string& text)
 {
     static std::string copy;
     copy = text;
-    return parse<Table>(copy.data());
+    static typename Table::Entry record;
+    return parse<Table>(&record, copy.data());
 }
 
-template <class Table> std::string written(const typename Table::Entry& entry) { return format<Table>(&entry); }
+template <class Table> std::string written(const typename Table::Entry& entry)
+{
+    char text[Table::form.buffer];
+    return format<Table>(&entry, text);
+}
 
 struct IntText {
     const char* text;
@@ -263,13 +268,13 @@ TEST(text_form, counted_hex_reads_nothing_beyond_its_record)
 {
     Random random(11);
     for_each_api([&](const Service&, const Api& api) {
-        if (!api.output)
+        if (!api.output())
             return;
-        for (const Field& position : *api.output)
+        for (const Position position : *api.output())
             if (position.text == Text::CountedHex)
                 for (const int length : {33, 49, 50, 51, 1000, INT_MAX}) {
-                    Object exact(*api.output->record);
-                    fill_randomly(random, *api.output->record, exact.data());
+                    Object exact(*api.output()->record);
+                    fill_randomly(random, *api.output()->record, exact.data());
                     memcpy(exact.data() + position.offset - sizeof length, &length, sizeof length);
                     std::string bytes;
                     for (int i = 0; i < std::min(length, 50); i++) {
@@ -278,7 +283,7 @@ TEST(text_form, counted_hex_reads_nothing_beyond_its_record)
                                  static_cast<unsigned char>(exact.data()[position.offset + i]));
                         bytes += digits;
                     }
-                    const std::string text = api.ret2str(exact.data());
+                    const std::string text = api.formatter->ret2str(exact.data());
                     EXPECT_NE(text.find('&' + bytes.substr(0, 99) + '&'), text.npos) << text;
                 }
     });
@@ -363,7 +368,8 @@ TEST(text_form, other_delimiters_collapse_and_another_separator_joins)
 TEST(text_form, unsplit_puts_the_delimiters_back)
 {
     char text[] = "a&&b&";
-    parse<tables::plain>(text);
+    PlainEntry record;
+    parse<tables::plain>(&record, text);
     EXPECT_STREQ(text, "a");
     unsplit(text, 5);
     EXPECT_STREQ(text, "a&&b&");
@@ -375,8 +381,8 @@ TEST(converters, empty_argument_gives_a_request_of_zeroes)
         if (!api.registered())
             return;
         char empty[] = "";
-        const auto* request = static_cast<const char*>(api.str2arg(empty));
-        const size_t size = api.input->record->size;
+        const auto* request = static_cast<const char*>(api.parser->str2arg(empty));
+        const size_t size = api.input()->record->size;
         EXPECT_EQ(std::count(request, request + size, '\0'), static_cast<ptrdiff_t>(size)) << api.name;
     });
 }
@@ -389,12 +395,12 @@ TEST(converters, print_nothing_while_debugging_is_off)
         if (!api.registered())
             return;
         char text[] = "1&two&3,4&5&6&7";
-        api.str2arg(text);
-        if (!api.output)
+        api.parser->str2arg(text);
+        if (!api.output())
             return;
-        Object reply(*api.output->record);
-        fill_randomly(random, *api.output->record, reply.data());
-        api.ret2str(reply.data());
+        Object reply(*api.output()->record);
+        fill_randomly(random, *api.output()->record, reply.data());
+        api.formatter->ret2str(reply.data());
     });
     EXPECT_EQ(output.text(), "");
 }
@@ -407,15 +413,15 @@ TEST(converters, hostile_replies_give_a_text_that_fits)
     Random random(13);
     const std::string lines = traced([&] {
         for_each_api([&](const Service&, const Api& api) {
-            if (!api.output)
+            if (!api.output())
                 return;
             for (const int filler : {-1, 0xFF, 0x41}) {
-                Object reply(*api.output->record);
+                Object reply(*api.output()->record);
                 if (filler < 0)
-                    fill_randomly(random, *api.output->record, reply.data());
+                    fill_randomly(random, *api.output()->record, reply.data());
                 else
-                    memset(reply.data(), filler, api.output->record->size);
-                EXPECT_LT(strlen(api.ret2str(reply.data())), api.output->buffer) << api.name;
+                    memset(reply.data(), filler, api.output()->record->size);
+                EXPECT_LT(strlen(api.formatter->ret2str(reply.data())), api.output()->buffer) << api.name;
             }
         });
     });
@@ -432,7 +438,7 @@ TEST(converters, hostile_arguments_fill_nothing_but_the_request)
                 return;
             for (int i = 0; i < 10; i++) {
                 std::string text = random_text(random, any, 0, 6000);
-                EXPECT_NE(api.str2arg(text.data()), nullptr) << api.name;
+                EXPECT_NE(api.parser->str2arg(text.data()), nullptr) << api.name;
             }
         });
     });

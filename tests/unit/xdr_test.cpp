@@ -156,7 +156,7 @@ TEST(xdr, accesslog_record_byte_for_byte)
 TEST(xdr, char_40_field_occupies_160_bytes)
 {
     char text[40] = "x";
-    const Field field = {0, sizeof text, Kind::Char, Text::Plain, Use::Both};
+    const Field field = {0, sizeof text, Kind::Char};
     const Record record = {"text", "text", &field, nullptr, nullptr, 1, sizeof text, sizeof text};
     EXPECT_EQ(encoded(200, Stream::Blocks, [&](XDR* xdrs) { return xdr_record(xdrs, record, text); }).size(), 160U);
 }
@@ -164,7 +164,7 @@ TEST(xdr, char_40_field_occupies_160_bytes)
 TEST(xdr, double_travels_high_word_first)
 {
     double real = 1.0;
-    const Field field = {0, 1, Kind::Double, Text::Plain, Use::Both};
+    const Field field = {0, 1, Kind::Double};
     const Record record = {"real", "real", &field, nullptr, nullptr, 1, sizeof real, 2};
     EXPECT_EQ(encoded(8, Stream::Blocks, [&](XDR* xdrs) { return xdr_record(xdrs, record, &real); }),
               units({0x3FF00000, 0}));

@@ -18,56 +18,30 @@ std::string joined(const std::vector<NotedPosition>& positions, const char* sepa
 
 std::string signature_of(const Api& api)
 {
-    const std::string in = api.request ? joined(positions_of(*api.input, Side::Input), "&") : "";
+    const std::string in = api.request ? joined(positions_of(*api.input(), Side::Input), "&") : "";
     const std::string out =
-        api.output ? joined(positions_of(*api.output, Side::Output), api.output->separator) : "status";
+        api.output() ? joined(positions_of(*api.output(), Side::Output), api.output()->separator) : "status";
     return (in.empty() ? "nothing" : in) + " -> " + out;
 }
 
-// What a field is as a value of Lua, where a caller names fields.
-const char* lua_type(const Field& field)
-{
-    switch (field.text) {
-    case Text::Mac:
-    case Text::RawMac:
-    case Text::Hex:
-    case Text::CountedHex:
-        return "string";
-    case Text::List:
-        return "integer[]";
-    case Text::Plain:
-    case Text::Unsigned:
-        break;
-    }
-    switch (field.kind) {
-    case Kind::Char:
-        return "string";
-    case Kind::Int:
-    case Kind::UInt:
-        return "integer";
-    case Kind::Double:
-        return "number";
-    case Kind::Int64:
-    case Kind::UInt64:
-        return "integer|string";
-    }
-    return "any";
-}
+// What a field is as a value of Lua, where a caller names fields: as its
+// reply's text has it.
+const char* lua_type(const Position& position) { return kind_of(position, Side::Output).lua_type; }
 
 // One class a table: the fields of the row that its texts hold.
 void write_row(std::ostream& out, const Api& api)
 {
     out << "\n---A row of " << table_of(api) << ".\n---@class librpc.row." << table_of(api) << '\n';
     std::set<std::string> written;
-    for (const TextForm* form : {api.input, api.output}) {
+    for (const TextForm* form : {api.input(), api.output()}) {
         if (!form)
             continue;
-        for (const NotedPosition& position : positions_of(*form, form == api.input ? Side::Input : Side::Output)) {
+        for (const NotedPosition& position : positions_of(*form, form == api.input() ? Side::Input : Side::Output)) {
             if (!written.insert(std::string(position.name)).second)
                 continue;
-            out << "---@field " << position.name << "? " << lua_type(*position.field);
+            out << "---@field " << position.name << "? " << lua_type(position.position);
             if (position.size)
-                out << " " << position.kind << " of " << position.size;
+                out << " " << position.kind->name << " of " << position.size;
             if (!position.notes.empty())
                 out << (position.size ? ", " : " ") << position.notes;
             out << '\n';
@@ -112,7 +86,8 @@ function librpc.disabledebug() end
     for (const Service* service : all_services)
         for (const bool with_output : {true, false}) // a row with both texts before one without
             for (const Api& api : *service)
-                if (api.registered() && (api.output != nullptr) == with_output && written.insert(table_of(api)).second)
+                if (api.registered() && (api.output() != nullptr) == with_output &&
+                    written.insert(table_of(api)).second)
                     write_row(out, api);
     out << "\nreturn librpc\n";
 }

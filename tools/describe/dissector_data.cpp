@@ -15,27 +15,22 @@ std::string short_name(const Record& record)
 }
 
 // What the plug-in shows a value as.
-const char* shown_as(const Record& record, const Value& value)
+const char* shown_as(const Record& record, const Field& value)
 {
-    const Text text = text_of(record, value.offset);
-    if (text == Text::Mac || text == Text::RawMac)
-        return "mac";
-    if (text == Text::Hex || text == Text::CountedHex)
-        return "hex";
-    if (text == Text::List) // a number a unit
-        return "ints";
+    const Position position = position_of(record, value);
+    if (const char* dissection = kind_of(position, Side::Output).dissection)
+        return dissection;
+    const bool is_unsigned = position.text == Text::Unsigned;
     switch (value.kind) {
     case Kind::Char:
         return "text";
     case Kind::Int:
-    case Kind::UInt: {
-        const bool is_unsigned = value.kind == Kind::UInt || text == Text::Unsigned;
-        return value.count > 1 ? "ints" : is_unsigned ? "uint" : "int";
-    }
+    case Kind::UInt:
+        return value.count > 1 ? "ints" : is_unsigned || value.kind == Kind::UInt ? "uint" : "int";
     case Kind::Double:
         return "double";
     case Kind::Int64:
-        return text == Text::Unsigned ? "uint64" : "int64";
+        return is_unsigned ? "uint64" : "int64";
     case Kind::UInt64:
         return "uint64";
     }
@@ -46,8 +41,8 @@ void write_record(std::ostream& out, const Record& record)
 {
     out << "    " << short_name(record) << " = {\n";
     for (const Value& value : values_of(record))
-        out << "        { \"" << value.name << "\", \"" << shown_as(record, value) << "\", "
-            << value.count * units_of(value.kind) << " },\n";
+        out << "        { \"" << value.name << "\", \"" << shown_as(record, value.field) << "\", "
+            << value.field.count * units_of(value.field.kind) << " },\n";
     out << "    },\n";
 }
 

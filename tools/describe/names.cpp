@@ -5,48 +5,23 @@
 
 namespace
 {
-// "a, b, c" as its items.
-std::vector<std::string> items_of(const char* list)
-{
-    std::vector<std::string> items(1);
-    for (; *list; list++)
-        if (*list == ',')
-            items.emplace_back();
-        else if (*list != ' ')
-            items.back() += *list;
-    return items;
-}
-
 bool is_block(const Record& record, const Field& field)
 {
     return record.block && field.count == record.block->count && field.kind == record.block->fields[0].kind;
 }
 
-std::string notes_of(const Record& record, const Field& field, Side side)
+std::string notes_of(const Record& record, const Position& position, const TextKind& kind)
 {
-    if (side == Side::Input && field.use == Use::Unread)
-        return "not read";
-    switch (field.text) {
-    case Text::Plain:
-        return field.kind == Kind::UInt ? "from 2147483648 on it is printed negative" : "";
-    case Text::Unsigned:
-    case Text::Mac:
-        break;
-    case Text::RawMac:
-        return side == Side::Input ? "copied into the bytes as it is" : "";
-    case Text::Hex:
-        return std::to_string(field.count) + " bytes, two digits each";
-    case Text::CountedHex: {
-        Field length = field;
-        length.offset = static_cast<uint16_t>(field.offset - sizeof(int));
-        length.count = 1;
-        return "two digits a byte; `" + std::string(field_name(record, length)) +
+    if (position.text == Text::CountedHex) {
+        const auto before = static_cast<uint16_t>(position.offset - sizeof(int));
+        return "two digits a byte; `" + std::string(field_name(record, Field(before, 1, Kind::Int))) +
                "` is their number and has no position of its own";
     }
-    case Text::List:
-        return std::to_string(field.count) + " numbers between commas";
-    }
-    return "";
+    if (position.kind == Kind::UInt && position.text == Text::Plain && position.use != Use::Unread)
+        return "from 2147483648 on it is printed negative";
+    if (!kind.note)
+        return "";
+    return (kind.note[0] == ' ' ? std::to_string(position.count) : "") + kind.note;
 }
 
 void add_once(std::vector<const Record*>& records, const Record* record)
@@ -61,10 +36,10 @@ void add_once(std::vector<const Record*>& records, const Record* record)
 std::vector<Member> members_of(const Record& record)
 {
     std::vector<Member> members;
-    const Field* field = record.begin();
-    for (const std::string& name : items_of(record.members)) {
-        members.push_back({name, field, is_block(record, *field) ? record.block : nullptr});
-        field++;
+    for (unsigned i = 0; i < record.count; i++) {
+        const Field& field = record.fields[i];
+        members.push_back(
+            {std::string(member_name(record, i)), &field, is_block(record, field) ? record.block : nullptr});
     }
     return members;
 }
@@ -75,11 +50,13 @@ std::vector<Value> values_of(const Record& record)
     for (const Member& member : members_of(record)) {
         const Field& field = *member.field;
         if (!member.block) {
-            values.push_back({std::string(field_name(record, field)), field.offset, field.kind, field.count});
+            values.push_back({std::string(field_name(record, field)), field});
             continue;
         }
-        for (const Value& inner : values_of(*member.block))
-            values.push_back({inner.name, field.offset + inner.offset, inner.kind, inner.count});
+        for (const Value& inner : values_of(*member.block)) {
+            const auto offset = static_cast<uint16_t>(field.offset + inner.field.offset);
+            values.push_back({inner.name, Field(offset, inner.field.count, inner.field.kind)});
+        }
     }
     return values;
 }
@@ -87,24 +64,26 @@ std::vector<Value> values_of(const Record& record)
 std::vector<NotedPosition> positions_of(const TextForm& form, Side side)
 {
     std::vector<NotedPosition> positions;
-    for (const Field& field : form)
-        if (has_position(field, side))
-            positions.push_back({describe_position(form, field, side), notes_of(*form.record, field, side), &field});
+    for (const Position position : form)
+        if (has_position(position, side)) {
+            const PositionText text = describe_position(form, position, side);
+            positions.push_back({text, notes_of(*form.record, position, *text.kind), position});
+        }
     return positions;
 }
 
 std::string table_of(const Api& api) { return std::string(split_name(api).table); }
 
-Text text_of(const Record& record, unsigned offset)
+Position position_of(const Record& record, const Field& field)
 {
     for (const Service* service : all_services)
         for (const Api& api : *service)
-            for (const TextForm* form : {api.output, api.input})
+            for (const TextForm* form : {api.output(), api.input()})
                 if (form && form->record == &record)
-                    for (const Field& field : *form)
-                        if (field.offset == offset)
-                            return field.text;
-    return Text::Plain;
+                    for (const Position position : *form)
+                        if (position.offset == field.offset)
+                            return position;
+    return field;
 }
 
 std::vector<const Record*> records_of(const Service& service)

@@ -18,16 +18,14 @@ struct Member {
 // One single value of a record: a member, or one value of a block.
 struct Value {
     std::string name; // for people
-    unsigned offset;  // into the struct
-    Kind kind;
-    unsigned count; // of an array's elements; 1 for a value of its own
+    Field field;      // into the struct
 };
 
 // One position of an API's text, with what a reader of the reference wants to
 // know besides.
-struct NotedPosition : Position {
+struct NotedPosition : PositionText {
     std::string notes; // may be empty
-    const Field* field;
+    Position position;
 };
 
 std::vector<Member> members_of(const Record& record);
@@ -38,8 +36,8 @@ std::vector<NotedPosition> positions_of(const TextForm& form, Side side);
 
 std::string table_of(const Api& api);
 
-// How the text of any of the record's APIs shows the field at `offset`.
-Text text_of(const Record& record, unsigned offset);
+// How the text of any of the record's APIs shows one of its fields.
+Position position_of(const Record& record, const Field& field);
 
 // Every record that the service's procedures carry, each once, a block's
 // record before the record that holds it.

@@ -5,7 +5,7 @@
 
 #include <ostream>
 
-#include "services/service.h"
+#include "common/service.h"
 
 // RPC language of one service, for rpcgen: protocol/SERVICE.x.
 void write_protocol(std::ostream& out, const Service& service);

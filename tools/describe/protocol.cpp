@@ -44,23 +44,15 @@ const char* type_of(Kind kind)
     return "";
 }
 
-const char* remark_on(const Record& record, const Field& field)
+std::string remark_on(const Record& record, const Field& field)
 {
-    switch (text_of(record, field.offset)) {
-    case Text::Mac:
-    case Text::RawMac:
-        return " /* MAC address */";
-    case Text::Hex:
-        return " /* bytes */";
-    case Text::CountedHex:
-        return " /* bytes, as many as the int before says */";
-    case Text::List:
-        return field.kind == Kind::Char ? " /* numbers */" : "";
-    case Text::Plain:
-    case Text::Unsigned:
-        return "";
-    }
-    return "";
+    const Position position = position_of(record, field);
+    std::string remark = kind_of(position, Side::Output).remark;
+    if (position.text == Text::CountedHex)
+        remark += ", as many as the int before says";
+    else if (position.text == Text::List && field.kind != Kind::Char)
+        remark = ""; // the type says it
+    return remark.empty() ? "" : " /* " + remark + " */";
 }
 
 bool uses(const std::vector<const Record*>& records, Kind kind)

@@ -23,10 +23,10 @@ std::vector<Table> tables_of(const Service& service)
             continue;
         Table* found = nullptr;
         for (Table& table : tables)
-            if (table.form == api.input)
+            if (table.form == api.input())
                 found = &table;
         if (!found)
-            found = &tables.emplace_back(Table{api.input, {}});
+            found = &tables.emplace_back(Table{api.input(), {}});
         found->apis.push_back(&api);
     }
     return tables;
@@ -35,8 +35,8 @@ std::vector<Table> tables_of(const Service& service)
 const TextForm* output_of(const Table& table)
 {
     for (const Api* api : table.apis)
-        if (api->output)
-            return api->output;
+        if (api->output())
+            return api->output();
     return nullptr;
 }
 
@@ -59,32 +59,23 @@ std::string in_code(const std::string& text) { return "`" + text + "`"; }
 // A value that the position takes.
 std::string example_value(const NotedPosition& position)
 {
-    const Field& field = *position.field;
-    const std::string_view kind = position.kind;
-    if (kind == "skip")
+    const std::string name(position.name);
+    if (name == "oper" || name == "res")
         return "0";
-    if (kind == "mac")
-        return "00:11:22:33:44:55";
-    if (kind == "real")
-        return "1.50";
-    if (kind == "hex" || kind == "list") {
-        std::string text;
-        for (unsigned i = 0; i < field.count; i++) {
-            const unsigned digit = i % 8;
-            if (kind == "hex")
-                text += "0" + std::to_string(digit);
-            else
-                text += (i ? "," : "") + std::to_string(digit);
-        }
-        return text;
-    }
-    if (kind == "text" || kind == "bytes") {
-        const std::string name(position.name);
+    const TextKind& kind = *position.kind;
+    if (!kind.example) {
         const bool address = name == "ip" || name == "dip" || name == "gateway";
-        const std::string text = address ? "192.0.2.1" : name;
-        return kind == "bytes" ? "ABCDE" : text.substr(0, position.size - 1);
+        return address ? "192.0.2.1" : name.substr(0, position.size - 1);
     }
-    return position.name == "oper" || position.name == "res" ? "0" : "1";
+    if (!kind.joint)
+        return kind.example;
+    std::string text;
+    for (unsigned i = 0; i < position.position.count; i++) {
+        std::string element = kind.example;
+        element.replace(element.find('#'), 1, std::to_string(i % 8));
+        text += (i ? kind.joint : "") + element;
+    }
+    return text;
 }
 
 // A whole row: which of its fields are the key is the daemon's to say.
@@ -92,16 +83,16 @@ std::string example_argument(const Api& api)
 {
     if (!api.request)
         return "";
-    const std::string joint = api.input->delimiters[0] ? std::string(1, api.input->delimiters[0]) : "&";
+    const std::string joint = api.input()->delimiters[0] ? std::string(1, api.input()->delimiters[0]) : "&";
     std::string argument;
-    for (const NotedPosition& position : positions_of(*api.input, Side::Input))
+    for (const NotedPosition& position : positions_of(*api.input(), Side::Input))
         argument += (argument.empty() ? "" : joint) + example_value(position);
     return argument;
 }
 
 std::string reply_text(const Api& api)
 {
-    if (!api.output)
+    if (!api.output())
         return "the status";
     if (!api.reply)
         return "the status, then empty positions";
@@ -111,7 +102,7 @@ std::string reply_text(const Api& api)
 int number_of(const std::vector<NotedPosition>& positions, const Field& field)
 {
     for (size_t i = 0; i < positions.size(); i++)
-        if (positions[i].field->offset == field.offset)
+        if (positions[i].position.offset == field.offset)
             return static_cast<int>(i) + 1;
     return 0;
 }
@@ -136,22 +127,22 @@ void write_positions(std::ostream& out, const Table& table)
     size_t next = 0;
     const auto write_reply_only = [&](size_t until) {
         for (; next < until; next++)
-            if (!number_of(in, *back[next].field))
-                write_position(out, 0, static_cast<int>(next) + 1, back[next], back[next].kind,
+            if (!number_of(in, back[next].position))
+                write_position(out, 0, static_cast<int>(next) + 1, back[next], back[next].kind->name,
                                back[next].notes.empty() ? "reply only" : "reply only; " + back[next].notes);
     };
     for (size_t i = 0; i < in.size(); i++) {
-        const int out_number = number_of(back, *in[i].field);
+        const int out_number = number_of(back, in[i].position);
         if (out_number)
             write_reply_only(static_cast<size_t>(out_number) - 1);
-        std::string kind = in[i].kind, notes = in[i].notes;
+        std::string kind = in[i].kind->name, notes = in[i].notes;
         if (out_number) {
             const NotedPosition& same = back[static_cast<size_t>(out_number) - 1];
-            if (in[i].field->use == Use::Unread) {
-                kind = same.kind;
+            if (in[i].position.use == Use::Unread) {
+                kind = same.kind->name;
                 notes = "in an argument: takes its place, is not read";
-            } else if (kind != same.kind) {
-                kind += std::string(", back ") + same.kind;
+            } else if (kind != same.kind->name) {
+                kind += std::string(", back ") + same.kind->name;
             }
         } else if (output) {
             notes += notes.empty() ? "argument only" : "; argument only";
@@ -266,17 +257,10 @@ there), the field, the kind of its text, and the array's size where it has one.
 
 | kind | text |
 |---|---|
-| int | a decimal number, as C's `int` |
-| unsigned | a decimal number, as C's `unsigned` |
-| text | characters, at most size - 1 of them: the rest is cut off |
-| mac | in an argument `00:11:22:33:44:55`, `00-11-22-33-44-55`, `0011.2233.4455` or `001122334455`; a reply prints `00-11-22-33-44-55` |
-| bytes | characters that are copied into the bytes as they are |
-| hex | two hexadecimal digits a byte |
-| list | decimal numbers between commas |
-| real | a decimal number, printed with two decimals |
-| counter | a 64-bit decimal number |
-| skip | nothing is read from it |
-
+)";
+    for (const TextKind& kind : text_kinds)
+        out << "| " << kind.name << " | " << kind.meaning << " |\n";
+    out << R"(
 `oper` tells the daemon what a set is to do; `res` is the word that the daemon fills with its result. The library
 carries both as they are. The examples set a row and ask for it again; each runs beside the simulated device.
 )";

@@ -14,10 +14,10 @@ TABLE_OF(opticaldetail, oltmib_opticaldetailEntry, AT(ifx), AT(name), AT(field3)
          AT(field15), AT(field16), COUNTED_HEX(alarm_len, alarm), AT(field19), AT(field20), AT(field21), AT(field22),
          AT(field23), AT(field24), AT(field25), AT(oper), AT(res))
 PARSER(opticaldetail)
-char* arg2str_opticaldetail(void* reply)
+OWN_FORMATTER(opticaldetail)
 {
-    const auto& row = *static_cast<oltmib_opticaldetailEntry*>(reply);
-    char* str = format<tables::opticaldetail>(reply);
+    const auto& row = *static_cast<const oltmib_opticaldetailEntry*>(record);
+    format<tables::opticaldetail>(record, str);
     if (rpclib_dbg) {
         char alarm[counted_hex_size] = "";
         hex2str(row.alarm, row.alarm_len, alarm, sizeof alarm);

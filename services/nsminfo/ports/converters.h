@@ -8,9 +8,9 @@ TABLE_OF(portinfo, oltmib_PortInfoEntry, AT(ifx), AT(name), AT(field3), AT(field
          AT(field11), AT(field12), AT(field13), AT(field14), AT(field15), AT(field16), AT(field17), AT(field18),
          AT(field19), AT(field20), AT(field21), AT(field23), AT(field24), AT(field25), AT(field26), AT(oper), AT(res))
 // The one value read fills both fields.
-void* str2arg_portinfo(char* text)
+OWN_PARSER(portinfo)
 {
-    auto& arg = parse<tables::portinfo>(text);
+    auto& arg = parse<tables::portinfo>(record, text);
     arg.field9 = arg.field8;
     return &arg;
 }

@@ -40,9 +40,9 @@ CONVERTERS(dscp2dscpinfo)
 TABLE(dscp2queueinfo, oltmib_dscp2queueEntry, LIST(map))
 // Both trace a line for each element: the parser with the text it was read
 // from, the formatter with the list as it stands with that element.
-void* str2arg_dscp2queueinfo(char* text)
+OWN_PARSER(dscp2queueinfo)
 {
-    auto& arg = parse<tables::dscp2queueinfo>(text);
+    auto& arg = parse<tables::dscp2queueinfo>(record, text);
     if (rpclib_dbg) {
         constexpr int elements = sizeof arg.map; // items beyond them are dropped
         char list[list_size];
@@ -54,10 +54,10 @@ void* str2arg_dscp2queueinfo(char* text)
     }
     return &arg;
 }
-char* arg2str_dscp2queueinfo(void* reply)
+OWN_FORMATTER(dscp2queueinfo)
 {
     if (rpclib_dbg) {
-        const auto& row = *static_cast<oltmib_dscp2queueEntry*>(reply);
+        const auto& row = *static_cast<const oltmib_dscp2queueEntry*>(record);
         constexpr int elements = sizeof row.map;
         char list[sizeof "-128," * elements] = "";
         for (int i = 0; i < elements; i++) {
@@ -65,7 +65,7 @@ char* arg2str_dscp2queueinfo(void* reply)
             TRACE(614, "dscp %d, queue %d(%s)", i, row.map[i], list);
         }
     }
-    return format<tables::dscp2queueinfo>(reply);
+    return format<tables::dscp2queueinfo>(record, str);
 }
 
 TABLE(classinfo, oltmib_classEntry)

@@ -8,17 +8,20 @@
 
 // One remote procedure.
 struct Api {
-    char name[sizeof ApiNode::name]; // of the stub, and of the API
+    const char* name; // of the stub, and of the API; fits ApiNode::name
     rpcproc_t procedure;
     const Record* request; // null: the call has no body
     const Record* reply;   // null: an int status
     ApiFunc func;
-    ApiParser str2arg; // null: the API is not registered, Lua cannot call it
-    ApiFormatter ret2str;
-    const TextForm* input;  // of str2arg
-    const TextForm* output; // of ret2str; null for int2str
+    const Parser* parser = nullptr; // null: the API is not registered, Lua cannot call it
+    const Formatter* formatter = nullptr;
 
-    bool registered() const { return str2arg != nullptr; }
+    bool registered() const { return parser != nullptr; }
+
+    // The forms of the argument's text and of the reply's; null without one, or
+    // where the reply's text is an int.
+    const TextForm* input() const { return parser ? parser->form : nullptr; }
+    const TextForm* output() const { return formatter ? formatter->form : nullptr; }
 };
 
 // A stub's remote call: clears the static reply `clnt_res`, sends `request`,
@@ -44,6 +47,15 @@ struct Service {
 // result of the last lua_addapi.
 int register_apis(const Service& service);
 
-// The fifteen services in the order in which opening the module registers them.
-constexpr size_t service_count = 15;
-extern const Service* const all_services[service_count];
+// The services in the order in which opening the module registers them: what
+// services/services.cpp lists.
+struct ServiceList {
+    const Service* const* first;
+    size_t count;
+
+    const Service* const* begin() const { return first; }
+    const Service* const* end() const { return first + count; }
+    size_t size() const { return count; }
+    const Service* operator[](size_t i) const { return first[i]; }
+};
+extern const ServiceList all_services;

@@ -136,7 +136,7 @@ if ! problem=$(tools/with_device.sh --allowed 2>&1); then
 	[ "$failed" = 0 ] || fail "$arch: expected every test to pass, found $failed that did not"
 	skip "$problem"
 fi
-LUA_CPATH="$build/?.so;$build/tests/e2e/?.so" LUA_PATH="$PWD/tests/e2e/?.lua"
+LUA_CPATH="$build/?.so;$build/tests/e2e/?.so" LUA_PATH="$PWD/tests/e2e/?.lua;$PWD/tests/lua/?.lua"
 E2E_INTERPRETER=$lua LIBRPC_TEST_SOURCE=$PWD
 export LUA_CPATH LUA_PATH E2E_INTERPRETER LIBRPC_TEST_SOURCE
 passed=0

@@ -18,10 +18,6 @@ const Service& dhcpsnp = service_named("dhcpsnp");
 const Service& sdsminfo = service_named("sdsminfo");
 } // namespace
 
-TEST(Dhcpsnp, RegistersTwoRows) { EXPECT_EQ(registered_rows(dhcpsnp), rows("dhcpsnp get 1 set 3")); }
-
-TEST(Dhcpsnp, NoConverterTraces) { EXPECT_EQ(tracing_functions(dhcpsnp), std::vector<std::string>()); }
-
 TEST(Dhcpsnp, CarriesTwoTextsAndTwoInts)
 {
     EXPECT_BOTH_WAYS("oltmib_dhcpsnp_get_1", "a&b&-1&2", chars(80, "a"), chars(512, "b"), -1, 2);
@@ -44,10 +40,6 @@ TEST(Dhcpsnp, ReplyWithBothTextsFullStillFits)
 }
 
 TEST(Dhcpsnp, EmptyArgumentSendsTwoEmptyTextsAndTwoZeros) { EXPECT_REQUEST("oltmib_dhcpsnp_get_1", "", zeros(594)); }
-
-TEST(Sdsminfo, RegistersTwoRows) { EXPECT_EQ(registered_rows(sdsminfo), rows("sdsminfo get 1 set 3")); }
-
-TEST(Sdsminfo, NoConverterTraces) { EXPECT_EQ(tracing_functions(sdsminfo), std::vector<std::string>()); }
 
 TEST(Sdsminfo, CarriesTwoTextsAndTwoInts)
 {

@@ -54,60 +54,6 @@ template <class Value, class Routine> Value decoded(Routine routine, Units units
 
 // --- the service ---
 
-TEST(Nsminfo, Registers118ApisInItsOwnOrder)
-{
-    EXPECT_EQ(service_named("nsminfo").program, 50004U);
-    const auto expected = rows("portinfo get 1 getn 2 set 3\n"
-                               "vlaninfo get 4 getn 5 set 6\n"
-                               "vlanbitmapinfo set 148\n"
-                               "sptmode get 16 set 17\n"
-                               "portstat get 10 getn 11 set 12\n"
-                               "cvlan_table get 18\n"
-                               "p2p_svlan_table get 19\n"
-                               "portrate get 20 getn 21\n"
-                               "pminfo getn 8 set 9\n"
-                               "ratelimitinfo get 22 getn 23 set 24\n"
-                               "stormcontrolinfo get 25 getn 26 set 27\n"
-                               "acl get 33 getn 34 set 35\n"
-                               "aclif get 36 getn 37 set 38\n"
-                               "qoscfg get 40 set 41\n"
-                               "queueweight get 42 set 43\n"
-                               "cos2dscp get 44 set 45\n"
-                               "cos2queue get 46 set 47\n"
-                               "dscp2cos get 48 set 49\n"
-                               "dscp2dscp get 50 set 51\n"
-                               "dscp2queue get 52 set 53\n"
-                               "class get 54 getn 55 set 56\n"
-                               "policy get 57 getn 58 set 59\n"
-                               "qostrustif get 110 getn 111 set 112\n"
-                               "qospolicyif get 113 getn 114 set 115\n"
-                               "qosifcfg get 116 getn 117 set 118\n"
-                               "fdbparam get 63 set 64\n"
-                               "fdb_dynamic getn 149\n"
-                               "fdb get 65 getn 66 set 67\n"
-                               "ag get 68 getn 69 set 70\n"
-                               "agsys get 76 set 77\n"
-                               "stpifstatus get 71 getn 72 set 73\n"
-                               "vlanvpn get 81 getn 82 set 83\n"
-                               "vlanvpnif get 84 getn 85 set 86\n"
-                               "svi get 87 getn 88 set 89\n"
-                               "arp get 91 getn 92 set 93\n"
-                               "sarp get 94 getn 95 set 96\n"
-                               "optical get 100 getn 101 set 102\n"
-                               "opticaldetail get 103 getn 104 set 105\n"
-                               "nsm get 120 set 121\n"
-                               "cabledetect get 124 getn 125 set 126\n"
-                               "errdisable get 130 set 131\n"
-                               "errdisportinfo get 133 getn 134 set 135\n"
-                               "dosglobal get 140 set 142\n"
-                               "dosif get 143 getn 144 set 145\n"
-                               "dnserver get 152 getn 153 set 154\n"
-                               "dnsdomain get 155 getn 156 set 157\n"
-                               "dnshost get 158 getn 159 set 160");
-    EXPECT_EQ(expected.size(), 118U);
-    EXPECT_EQ(registered_rows(service_named("nsminfo")), expected);
-}
-
 // Four procedures have a stub that Lua cannot reach.
 TEST(Nsminfo, FourStubsAreNeverRegistered)
 {

@@ -34,7 +34,8 @@ succeeds("list --tables lpdet_portinfo", "lpdet_portinfo\tlpdet\tget getn set\n"
 check.equal("tables of a service", rpcctl "list --tables vrrpinfo | cut -f 2 | uniq", "vrrpinfo\n")
 succeeds("list 'vrrp*set'", "oltmib_vrrp_ssconf_set_1\tvrrpinfo\t50013\t3\tset\tvrrp_ssconf\n"
   .. "oltmib_vrrp_ssstate_set_1\tvrrpinfo\t50013\t6\tset\tvrrp_ssstate\n")
-succeeds("list --json 'oltmib_route_*'", '[{"name":"oltmib_route_get_1","service":"ribinfo","program":50011,"procedure":1,'
+succeeds("list --json 'oltmib_route_*'",
+  '[{"name":"oltmib_route_get_1","service":"ribinfo","program":50011,"procedure":1,'
   .. '"operation":"get","table":"route"},{"name":"oltmib_route_getn_1","service":"ribinfo","program":50011,'
   .. '"procedure":2,'
   .. '"operation":"getn","table":"route"},{"name":"oltmib_route_set_1","service":"ribinfo","program":50011,'

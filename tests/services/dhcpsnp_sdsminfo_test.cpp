@@ -63,10 +63,12 @@ TEST(DhcpsnpAndSdsminfo, ShareNeitherRecordsNorTextsNorReplies)
 {
     char first[] = "snooping&1";
     char second[] = "sdsm&2";
-    auto* const snooping = static_cast<oltmib_dhcpsnpEntry*>(str2arg_dhcpsnp(first));
-    auto* const sdsm = static_cast<oltmib_sdsminfoEntry*>(str2arg_sdsminfo(second));
-    EXPECT_STREQ(snooping->text80, "snooping");
-    EXPECT_STREQ(sdsm->text80, "sdsm");
+    void* const snooping = str2arg_dhcpsnp(first);
+    void* const sdsm = str2arg_sdsminfo(second);
+    EXPECT_EQ(units_of_record(*api_named("oltmib_dhcpsnp_get_1").request, snooping),
+              wire(chars(80, "snooping"), chars(512, "1"), 0, 0));
+    EXPECT_EQ(units_of_record(*api_named("oltmib_sdsminfo_get_1").request, sdsm),
+              wire(chars(80, "sdsm"), chars(512, "2"), 0, 0));
 
     const char* const snooping_text = arg2str_dhcpsnp(snooping);
     const char* const sdsm_text = arg2str_sdsminfo(sdsm);

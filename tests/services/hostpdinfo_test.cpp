@@ -227,19 +227,17 @@ TEST(Hostpdinfo, SnmpConfigurationRequestHasAStubAndNoRegistration)
     EXPECT_EQ(lua_getapibyname("oltmib_snmp_cfg_req_1"), nullptr);
     EXPECT_FALSE(api_named("oltmib_snmp_cfg_req_1").registered());
 
-    oltmib_hostpdInfoEntry request = {};
-    request.int1 = 12;
-    strcpy(request.text32, "save");
-    request.res = 13;
+    const Units sent = wire(12, zeros(40 + 1 + 64 + 80 + 80), chars(32, "save"), 0, 13);
+    const auto request = record_of_units(*api_named("oltmib_snmp_cfg_req_1").request, sent);
     FakeDaemon daemon;
     daemon.reply = ints(-4);
-    const void* reply = oltmib_snmp_cfg_req_1(&request, daemon.client());
+    const void* reply = oltmib_snmp_cfg_req_1(request.get(), daemon.client());
     ASSERT_NE(reply, nullptr);
     EXPECT_EQ(*static_cast<const int*>(reply), -4);
     EXPECT_EQ(daemon.procedure, 14U);
-    EXPECT_EQ(daemon.request, wire(12, zeros(40 + 1 + 64 + 80 + 80), chars(32, "save"), 0, 13));
+    EXPECT_EQ(daemon.request, sent);
     daemon.status = RPC_TIMEDOUT;
-    EXPECT_EQ(oltmib_snmp_cfg_req_1(&request, daemon.client()), nullptr);
+    EXPECT_EQ(oltmib_snmp_cfg_req_1(request.get(), daemon.client()), nullptr);
 }
 
 TEST(Hostpdinfo, ViewTextOf450CharactersIsKeptAsItsFirst399)

@@ -104,6 +104,33 @@ inline const Api& api_named(const std::string& name)
     abort();
 }
 
+// A record as it lies in memory, of the units that travel, and back. A test that
+// names no member compiles whatever becomes of the description.
+inline std::unique_ptr<char[]> record_of_units(const Record& record, Units units)
+{
+    for (uint32_t& unit : units)
+        unit = htonl(unit);
+    auto object = std::make_unique<char[]>(record.size);
+    XDR xdrs;
+    xdrmem_create(&xdrs, reinterpret_cast<char*>(units.data()), static_cast<u_int>(units.size() * BYTES_PER_XDR_UNIT),
+                  XDR_DECODE);
+    EXPECT_TRUE(record.xdr(&xdrs, object.get())) << record.name;
+    EXPECT_EQ(XDR_GETPOS(&xdrs), units.size() * BYTES_PER_XDR_UNIT) << record.name;
+    return object;
+}
+
+inline Units units_of_record(const Record& record, const void* object)
+{
+    Units units(record.units);
+    XDR xdrs;
+    xdrmem_create(&xdrs, reinterpret_cast<char*>(units.data()), static_cast<u_int>(units.size() * BYTES_PER_XDR_UNIT),
+                  XDR_ENCODE);
+    EXPECT_TRUE(record.xdr(&xdrs, const_cast<void*>(object))) << record.name;
+    for (uint32_t& unit : units)
+        unit = ntohl(unit);
+    return units;
+}
+
 // The daemon: `client` is what a stub takes.
 class FakeDaemon
 {

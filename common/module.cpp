@@ -1,10 +1,10 @@
 // What Lua sees: luaopen_librpc and the table librpc.
-#include <cstdio>
 #include <lua.hpp>
 
 #include "common/dispatch.h"
 #include "common/registry.h"
 #include "common/service.h"
+#include "common/state.h"
 #include "common/trace.h"
 #include "rpc/client.h"
 
@@ -19,22 +19,19 @@ EXPORT int luaopen_librpc(lua_State* L);
 
 int lua_showapi(lua_State*)
 {
-    for (ListLinks* at = apinode_head.next; at != &apinode_head; at = at->next) {
-        print_api(*static_cast<const ApiNode*>(at));
-        printf("\r\n");
-    }
+    print_list();
     return 0;
 }
 
 int lua_enabledebug(lua_State*)
 {
-    rpclib_dbg = 1;
+    set_tracing(true);
     return 0;
 }
 
 int lua_disabledebug(lua_State*)
 {
-    rpclib_dbg = 0;
+    set_tracing(false);
     return 0;
 }
 
@@ -44,35 +41,6 @@ const luaL_Reg librpc[] = {
     {"callapi", lua_callapi},           {"showapi", lua_showapi}, {"enabledebug", lua_enabledebug},
     {"disabledebug", lua_disabledebug}, {nullptr, nullptr},
 };
-
-// The sockets go when the last Lua state that opened the module closes; the
-// library itself stays loaded (see CMakeLists.txt), and its registry with it.
-int open_states;
-const char closer_key = 0;
-
-int close_state(lua_State*)
-{
-    if (--open_states == 0)
-        destroy_all_clients();
-    return 0;
-}
-
-void watch_state(lua_State* L)
-{
-    lua_pushlightuserdata(L, const_cast<char*>(&closer_key));
-    lua_rawget(L, LUA_REGISTRYINDEX);
-    if (lua_isnil(L, -1)) {
-        lua_pushlightuserdata(L, const_cast<char*>(&closer_key));
-        lua_newuserdata(L, 0);
-        lua_newtable(L);
-        lua_pushcfunction(L, close_state);
-        lua_setfield(L, -2, "__gc");
-        open_states++; // from here on, close_state is called
-        lua_setmetatable(L, -2);
-        lua_rawset(L, LUA_REGISTRYINDEX);
-    }
-    lua_pop(L, 1);
-}
 
 // In each Lua the table of that name, which stays the same when the module is
 // opened again.
@@ -95,7 +63,7 @@ void open_table(lua_State* L)
 
 int luaopen_librpc(lua_State* L)
 {
-    watch_state(L);
+    open_state(L);
     open_table(L);
     for (const Service* service : all_services)
         service->init();

@@ -11,6 +11,9 @@
 #include <cstdlib>
 #include <cstring>
 #include <iterator>
+#include <pthread.h>
+
+#include "rpc/lock.h"
 
 ListLinks apinode_head = {&apinode_head, &apinode_head};
 
@@ -19,10 +22,17 @@ namespace
 ListLinks* const poisoned_next = reinterpret_cast<ListLinks*>(0x100100);
 ListLinks* const poisoned_prev = reinterpret_cast<ListLinks*>(0x200200);
 
-// Only nodes that lua_addapi made stand here. They are never freed, so a stale
-// hint may be looked at.
+Mutex mutex; // guards the list and everything here
+
+// A node that lua_addapi made.
+struct OwnNode : ApiNode {
+    Described described;
+};
+
+// Only own nodes stand here. They are never freed, so a stale hint may be
+// looked at.
 struct Hint {
-    ApiNode* node;
+    OwnNode* node;
     uint32_t hash; // of the name that the node was registered with
     bool is_first; // of its name, when the list was last read
 };
@@ -40,12 +50,19 @@ size_t hints_used;
 bool list_is_unread;
 bool names_without_hint;
 
-uint32_t hash_of(const char* name) // FNV-1a
+// FNV-1a, a word of eight characters at a time.
+uint32_t hash_of(const char* name)
 {
-    uint32_t hash = 0x811c9dc5U;
-    for (; *name; name++)
-        hash = (hash ^ static_cast<unsigned char>(*name)) * 0x01000193U;
-    return hash;
+    uint64_t hash = 0xcbf29ce484222325U;
+    for (size_t left = strlen(name);; name += sizeof(uint64_t)) {
+        uint64_t word = 0;
+        memcpy(&word, name, left < sizeof word ? left : sizeof word);
+        hash = (hash ^ word) * 0x100000001b3U;
+        hash ^= hash >> 32;
+        if (left <= sizeof word)
+            return static_cast<uint32_t>(hash);
+        left -= sizeof word;
+    }
 }
 
 Hint& hint_of(const char* name, uint32_t hash)
@@ -117,7 +134,7 @@ ApiNode* walk_to(const char* name)
 
 bool is_linked(const ApiNode* node) { return node->next != poisoned_next && node->next->prev == node; }
 
-ApiNode* believed(const char* name, uint32_t hash)
+OwnNode* believed(const char* name, uint32_t hash)
 {
     if (list_is_unread)
         read_list();
@@ -144,8 +161,57 @@ void unlink(ListLinks* entry)
 void note_edit() { list_is_unread = names_without_hint = true; }
 } // namespace
 
+namespace
+{
+// A fork may find another thread in here; the child has none that would let go.
+void watch_forks()
+{
+    static bool watching;
+    if (!watching)
+        watching = pthread_atfork([] { mutex.lock(); }, [] { mutex.unlock(); }, [] { mutex.unlock(); }) == 0;
+}
+
+bool same_functions(const ApiNode& a, const ApiNode& b)
+{
+    return a.func == b.func && a.str2arg == b.str2arg && a.ret2str == b.ret2str && a.clntinit == b.clntinit &&
+           a.clntdestroy == b.clntdestroy;
+}
+
+// With the mutex held, as everything below.
+ApiNode* find_node(const char* name)
+{
+    ApiNode* node = believed(name, hash_of(name));
+    return node ? node : walk_to(name);
+}
+
+int add(const ApiNode& api, const Described& described)
+{
+    watch_forks();
+    const uint32_t hash = hash_of(api.name);
+    OwnNode* own = believed(api.name, hash);
+    if (own && same_functions(*own, api)) {
+        unlink(own);
+        link(own, apinode_head.prev, &apinode_head);
+        return 1;
+    }
+    auto* node = static_cast<OwnNode*>(malloc(sizeof(OwnNode)));
+    if (!node)
+        return 0;
+    ApiNode* replaced = own || !names_without_hint ? own : walk_to(api.name);
+    if (replaced)
+        unlink(replaced);
+    const bool is_first = !replaced || !names_without_hint || !walk_to(api.name);
+    static_cast<ApiNode&>(*node) = api;
+    node->described = described;
+    link(node, apinode_head.prev, &apinode_head);
+    remember({node, hash, is_first});
+    return 1;
+}
+} // namespace
+
 void __list_add(ListLinks* added, ListLinks* prev, ListLinks* next)
 {
+    const Guard guard(mutex);
     link(added, prev, next);
     note_edit();
 }
@@ -154,6 +220,7 @@ void list_add_tail(ListLinks* added, ListLinks* head) { __list_add(added, head->
 
 void __list_del(ListLinks* prev, ListLinks* next)
 {
+    const Guard guard(mutex);
     next->prev = prev;
     prev->next = next;
     note_edit();
@@ -161,47 +228,77 @@ void __list_del(ListLinks* prev, ListLinks* next)
 
 void list_del(ListLinks* entry)
 {
+    const Guard guard(mutex);
     unlink(entry);
     note_edit();
 }
 
 int lua_addapi(const ApiNode* api)
 {
-    auto* node = static_cast<ApiNode*>(malloc(sizeof(ApiNode)));
-    if (!node)
-        return 0;
-    const uint32_t hash = hash_of(api->name);
-    ApiNode* replaced = believed(api->name, hash);
-    if (!replaced && names_without_hint)
-        replaced = walk_to(api->name);
-    if (replaced)
-        unlink(replaced);
-    const bool is_first = !replaced || !names_without_hint || !walk_to(api->name);
-    *node = *api;
-    link(node, apinode_head.prev, &apinode_head);
-    remember({node, hash, is_first});
-    return 1;
+    const Guard guard(mutex);
+    return add(*api, {nullptr, nullptr});
+}
+
+int add_described_api(const ApiNode& node, const Described& described)
+{
+    const Guard guard(mutex);
+    return add(node, described);
 }
 
 int lua_delapi(const char* name)
 {
-    ApiNode* node = find_api(name);
+    const Guard guard(mutex);
+    ApiNode* node = find_node(name);
     if (!node)
         return 0;
     unlink(node);
     return 1;
 }
 
-ApiNode* find_api(const char* name)
-{
-    ApiNode* node = believed(name, hash_of(name));
-    return node ? node : walk_to(name);
-}
-
 ApiNode* lua_getapibyname(const char* name)
 {
+    const Guard guard(mutex);
     names_without_hint = true; // who holds a node can rename it
-    return find_api(name);
+    return find_node(name);
+}
+
+FoundApi find_api(const char* name)
+{
+    const Guard guard(mutex);
+    if (const OwnNode* own = believed(name, hash_of(name)))
+        return {own->described, own};
+    return {{nullptr, nullptr}, walk_to(name)};
+}
+
+namespace
+{
+void print_line(const ApiNode& node)
+{
+    print_api(node);
+    printf("\r\n");
+}
+} // namespace
+
+// From a copy of the list, so that no lock is held while printing waits for
+// whoever reads it; nodes are never freed.
+void print_list()
+{
+    mutex.lock();
+    size_t count = 0, at = 0;
+    for (ListLinks* node = apinode_head.next; node != &apinode_head; node = node->next)
+        count++;
+    auto** nodes = static_cast<ApiNode**>(malloc(sizeof(ApiNode*) * (count + 1)));
+    for (ListLinks* link = apinode_head.next; link != &apinode_head; link = link->next) {
+        auto* node = static_cast<ApiNode*>(link);
+        if (nodes)
+            nodes[at++] = node;
+        else // no memory for a copy
+            print_line(*node);
+    }
+    mutex.unlock();
+    for (size_t i = 0; i < at; i++)
+        print_line(*nodes[i]);
+    free(nodes);
 }
 
 void print_api(const ApiNode& api)

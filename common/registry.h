@@ -1,5 +1,6 @@
 // The registry: every callable API by its name, in one circular list whose
-// order is the order of registration.
+// order is the order of registration. Safe from any number of threads, as long
+// as hosts edit the list by the functions below.
 #pragma once
 
 #include <cstddef>
@@ -43,7 +44,8 @@ EXPORT void list_del(ListLinks* entry);
 
 // Registers a copy of `api` (its links are ignored) at the tail, in place of
 // any node of the same name. The replaced node is unlinked, never freed:
-// somebody may still hold it. 1, or 0 without memory, the registry unchanged.
+// somebody may still hold it; one that equals the new one in every field moves
+// to the tail instead. 1, or 0 without memory, the registry unchanged.
 EXPORT int lua_addapi(const ApiNode* api);
 
 // Unlinks the node of that name. 1, or 0 when there is none.
@@ -54,9 +56,31 @@ EXPORT int lua_delapi(const char* name);
 // in place.
 EXPORT ApiNode* lua_getapibyname(const char* name);
 
-// lua_getapibyname for callers that leave the node as it is.
-ApiNode* find_api(const char* name);
+struct Api;
+struct Service;
+
+// What a node is of: null for a node of a host's own.
+struct Described {
+    const Service* service;
+    const Api* api;
+};
+
+// lua_addapi of a node whose functions are those of that API.
+int add_described_api(const ApiNode& node, const Described& described);
+
+// A registered node as a call needs it.
+struct FoundApi : Described {
+    const ApiNode* node; // null: no such name
+
+    // True while the node's functions are those of its description: a host may
+    // put others into their places.
+    bool is_described() const;
+};
+FoundApi find_api(const char* name);
 
 // Prints a node's name and its five function addresses to standard output, as
 // showapi and the dispatch's trace show them; no line end.
 void print_api(const ApiNode& api);
+
+// print_api for each node of the list, each with a line end.
+void print_list();

@@ -1,10 +1,13 @@
-// What a service is: its program, its client and its APIs, as data. The
-// registration, the schema, the simulated device and the generated files all
-// come from these rows; each service's are made by services/define_service.h.
+// What a service is: its program, its client and its APIs, as data, and the
+// pieces that every call of an API is made of. The registration, the schema, the
+// simulated device and the generated files all come from these rows; each
+// service's are made by services/define_service.h.
 #pragma once
 
 #include "common/registry.h"
 #include "common/text_form.h"
+#include "rpc/client.h"
+#include "rpc/exchange.h"
 
 // One remote procedure.
 struct Api {
@@ -24,6 +27,34 @@ struct Api {
     const TextForm* output() const { return formatter ? formatter->form : nullptr; }
 };
 
+// Room for any API's reply as text, its NUL included.
+constexpr unsigned most_text_size = 4000;
+
+// A record of any API.
+struct alignas(double) RecordRoom {
+    char bytes[most_record_size];
+};
+
+// A call in pieces, without input or output and without storage of its own.
+//
+// Fills the request from the argument's text, which is cut up on the way.
+// Returns it.
+void* parse_argument(const Api& api, RecordRoom& request, char* text);
+
+// The call of that request. Clears `reply`, the storage that its reply is
+// decoded into: see reply_storage.
+Call make_call(const Api& api, void* request, void* reply);
+
+// Writes the reply's text into `text` (most_text_size bytes). Its length.
+size_t format_reply(const Api& api, const RecordRoom& reply, char* text);
+
+// The record that a reply occupies in memory, or null where it is an int: a
+// set's int that is formatted as a record has the record's storage.
+inline const Record* reply_storage(const Api& api)
+{
+    return api.reply ? api.reply : api.output() ? api.output()->record : nullptr;
+}
+
 // A stub's remote call: clears the static reply `clnt_res`, sends `request`,
 // waits up to TIMEOUT and decodes the reply. Returns `clnt_res`, or null on any
 // RPC failure.
@@ -36,6 +67,7 @@ struct Service {
     int (*init)();
     ApiClientInit clnt_init;
     ApiClientDestroy clnt_destroy;
+    const ServiceClient* client;
     const Api* apis; // in registration order
     size_t count;
 

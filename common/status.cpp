@@ -1,11 +1,9 @@
-// The last call's failure, see status.h.
+// A call's failure in words, see status.h.
 #include "common/status.h"
 
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
-
-CallStatus call_status;
 
 namespace
 {
@@ -28,23 +26,19 @@ constexpr CodeText code_texts[] = {
     {"rejected", "the daemon answered that it will not or cannot carry the call out"},
     {"bad_reply", "the daemon's answer is not this call's reply"},
     {"failed", "the call could not be made"},
+    {"not_sent", "the time was over before the call's turn came; it was not sent, so it may be repeated"},
+    {"host_api", "the API is made of a host program's own functions, which cannot run beside other calls"},
+    {"closed", "the group was closed, or it is the parent's of this forked process"},
 };
 static_assert(std::size(code_texts) == static_cast<size_t>(last_call_code) + 1, "one text for each code");
 
-const Service* service_of(const ApiNode& api)
+CallStatus status_of(CallCode code, const char* name, const Service* service)
 {
-    for (const Service* service : all_services)
-        if (service->clnt_init == api.clntinit)
-            return service;
-    return nullptr;
-}
-
-void note(CallCode code, const char* name, const Service* service)
-{
-    call_status = {};
-    call_status.code = code;
-    call_status.service = service;
-    snprintf(call_status.api, sizeof call_status.api, "%s", name);
+    CallStatus status = {};
+    status.code = code;
+    status.service = service;
+    snprintf(status.api, sizeof status.api, "%s", name);
+    return status;
 }
 
 CallCode code_of_creation(enum clnt_stat status, const rpc_err& error)
@@ -55,10 +49,14 @@ CallCode code_of_creation(enum clnt_stat status, const rpc_err& error)
     case RPC_PMAPFAILURE:
     case RPC_CANTSEND: // only the port mapper is asked then
     case RPC_CANTRECV:
-    case RPC_TIMEDOUT:
         return CallCode::NoPortMapper;
+    case RPC_TIMEDOUT: // for every client is lent, with a number
+        return error.re_errno == EBUSY ? CallCode::TimedOut : CallCode::NoPortMapper;
     case RPC_SYSTEMERROR:
-        return error.re_errno == ENOMEM ? CallCode::OutOfMemory : CallCode::NoClient;
+        return error.re_errno == ENOMEM         ? CallCode::OutOfMemory
+               : error.re_errno == EINTR        ? CallCode::Interrupted
+               : error.re_errno == ECONNREFUSED ? CallCode::Refused
+                                                : CallCode::NoClient;
     default:
         return CallCode::NoClient;
     }
@@ -98,27 +96,37 @@ void append(char* text, const char* format, const char* words)
 }
 } // namespace
 
-void note_unknown_api(const char* name) { note(CallCode::UnknownApi, name, nullptr); }
+CallStatus unknown_api(const char* name) { return status_of(CallCode::UnknownApi, name, nullptr); }
 
-void note_no_memory(const char* name) { note(CallCode::OutOfMemory, name, nullptr); }
+CallStatus no_memory(const char* name) { return status_of(CallCode::OutOfMemory, name, nullptr); }
 
-void note_no_client(const ApiNode& api)
+CallStatus not_sent(const char* name, const Service* service) { return status_of(CallCode::NotSent, name, service); }
+
+CallStatus host_api(const char* name) { return status_of(CallCode::HostApi, name, nullptr); }
+
+CallStatus group_closed(const char* name) { return status_of(CallCode::Closed, name, nullptr); }
+
+CallStatus no_client(const char* name, const Service* service, const CreationFailure& failure)
 {
-    const auto error = rpc_createerr; // a macro
-    note(code_of_creation(error.cf_stat, error.cf_error), api.name, service_of(api));
-    call_status.creation = error.cf_stat;
-    call_status.error = error.cf_error;
+    CallStatus status = status_of(code_of_creation(failure.status, failure.error), name, service);
+    status.creation = failure.status;
+    status.error = failure.error;
+    return status;
 }
 
-void note_failed_call(const ApiNode& api, CLIENT* clnt)
+CallStatus failed_call(const char* name, const Service* service, const rpc_err& error)
 {
-    const Service* service = service_of(api);
-    rpc_err error = {};
-    error.re_status = RPC_FAILED;
-    if (service) // another's API may have a client that is no handle of ours
-        clnt_geterr(clnt, &error);
-    note(code_of_call(error), api.name, service);
-    call_status.error = error;
+    CallStatus status = status_of(code_of_call(error), name, service);
+    status.error = error;
+    return status;
+}
+
+const Service* service_of(const ApiNode& api)
+{
+    for (const Service* service : all_services)
+        if (service->clnt_init == api.clntinit)
+            return service;
+    return nullptr;
 }
 
 const char* name_of(CallCode code) { return code_texts[static_cast<unsigned>(code)].name; }

@@ -1,5 +1,5 @@
-// Why the last callapi of this process gave no value. The dispatch notes it on
-// its way out of a failed call; nothing is made of it until somebody asks.
+// Why a call gave no value. Who makes calls notes it on the way out of a failed
+// one; nothing is made of it until somebody asks.
 #pragma once
 
 #include "common/registry.h"
@@ -18,9 +18,12 @@ enum class CallCode : uint8_t {
     Rejected,
     BadReply,
     Failed,
+    NotSent,
+    HostApi,
+    Closed,
 };
 
-// The last call. Of a successful one only `code` is set.
+// How a call ended. Of a successful one only `code` is set.
 struct CallStatus {
     CallCode code;
     char api[64];            // cut where a caller's name is longer
@@ -28,22 +31,28 @@ struct CallStatus {
     enum clnt_stat creation; // why there is no client, else RPC_SUCCESS
     rpc_err error;           // the RPC library's reason
 };
-extern CallStatus call_status;
 
-inline void note_success() { call_status.code = CallCode::Success; }
-void note_unknown_api(const char* name);
-void note_no_memory(const char* name);
-// The API's client could not be made: call it before anything else uses rpc_createerr.
-void note_no_client(const ApiNode& api);
-// The API's call failed: call it while the client lives.
-void note_failed_call(const ApiNode& api, CLIENT* clnt);
+CallStatus unknown_api(const char* name);
+CallStatus no_memory(const char* name);
+// The API's client could not be made.
+CallStatus no_client(const char* name, const Service* service, const CreationFailure& failure);
+// The call never left: a group's was over before its turn, an API of a host's
+// own cannot be one of many, or its group is gone.
+CallStatus not_sent(const char* name, const Service* service);
+CallStatus host_api(const char* name);
+CallStatus group_closed(const char* name);
+// The API's call failed.
+CallStatus failed_call(const char* name, const Service* service, const rpc_err& error);
+
+// The service whose client getter the node has, or null for a host's own.
+const Service* service_of(const ApiNode& api);
 
 constexpr size_t status_text_size = 512;
 
 // The code's name ("timed_out") and what it means, for every call alike.
 const char* name_of(CallCode code);
 const char* meaning_of(CallCode code);
-constexpr auto last_call_code = CallCode::Failed;
+constexpr auto last_call_code = CallCode::Closed;
 
 // The host's error number behind the failure, or 0.
 int error_number(const CallStatus& status);

@@ -1,8 +1,8 @@
 // The Lua module librpc.status: why the last callapi gave no value. Lua's
 // errors are longjmps: no destructor, no heap memory.
-#include <lua.hpp>
+#include "common/status_module.h"
 
-#include "common/status.h"
+#include "common/state.h"
 
 // Opens the module: leaves the table on the stack.
 EXPORT int luaopen_librpc_status(lua_State* L);
@@ -21,16 +21,24 @@ void set_text(lua_State* L, const char* key, const char* text)
     lua_setfield(L, -2, key);
 }
 
-// status.last(): nil after a successful call, or none; else the code, a
-// sentence, and a table of what the sentence is made of.
+// status.last(): nil after a successful call, or none; else what push_failure
+// pushes.
 int last(lua_State* L)
 {
-    char text[status_text_size];
-    const CallStatus& status = call_status;
-    if (status.code == CallCode::Success) {
+    const State* state = state_of(L);
+    if (!state || state->status.code == CallCode::Success) {
         lua_pushnil(L);
         return 1;
     }
+    const CallStatus status = state->status; // a finalizer may call while the answer is made
+    push_failure(L, status);
+    return 3;
+}
+} // namespace
+
+void push_failure(lua_State* L, const CallStatus& status)
+{
+    char text[status_text_size];
     lua_pushstring(L, name_of(status.code));
     write_sentence(status, text);
     lua_pushstring(L, text);
@@ -45,9 +53,7 @@ int last(lua_State* L)
         set_text(L, "reason", text);
     if (error_number(status) != 0)
         set_number(L, "errno", static_cast<unsigned long>(error_number(status)));
-    return 3;
 }
-} // namespace
 
 int luaopen_librpc_status(lua_State* L)
 {

@@ -11,6 +11,7 @@
 namespace
 {
 constexpr char delimiter = '&';
+constexpr unsigned mac_text_size = 18;
 constexpr unsigned real_size = 320; // of the longest double with two decimals
 
 // atoi. The digits that nearly every text consists of are read here; signs,
@@ -164,8 +165,10 @@ void write_position(Writer& to, const Position& field, const char* from)
     case Text::Unsigned:
         return write_plain(to, field, from);
     case Text::Mac:
-    case Text::RawMac:
-        return to.text(mac2str(from, nullptr));
+    case Text::RawMac: {
+        char text[mac_text_size];
+        return to.text(mac2str(from, text));
+    }
     case Text::Hex: {
         char text[hex_size] = "";
         hex2str(from, field.count, text, sizeof text);

@@ -367,9 +367,9 @@ template <size_t size, bool follows, bool fits> constexpr Position counted_hex_p
     OWN_PARSER(table)                                                                                                  \
     {                                                                                                                  \
         static_assert(!tables::table::form.delimiters[0], "unsplit() knows '&' only");                                 \
-        const size_t length = rpclib_dbg ? strlen(text) : 0;                                                           \
+        const size_t length = is_tracing() ? strlen(text) : 0;                                                         \
         auto& row = parse<tables::table>(record, text);                                                                \
-        if (rpclib_dbg)                                                                                                \
+        if (is_tracing())                                                                                              \
             unsplit(text, length);                                                                                     \
         TRACE(line, __VA_ARGS__);                                                                                      \
         return &row;                                                                                                   \

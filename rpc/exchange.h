@@ -1,42 +1,48 @@
-// One call over a kept UDP socket: one datagram out, the daemon's own reply to
+// One call over a connected socket: one datagram out, the daemon's own reply to
 // it in, one deadline over everything (RFC 5531).
 //
-// clnt_create makes the handle; take_over gives it a call operation of our own
-// behind clnt_call, because libtirpc's sends a call again after 15 seconds,
-// takes a datagram from anybody, counts a late reply to an earlier call as a
-// lost one, shares its socket with forked children and programs started from
-// here, and blocks every signal for up to 25 seconds.
+// libtirpc's own call sends again after 15 seconds, takes a datagram from
+// anybody, counts a late reply to an earlier call as a lost one, shares its
+// socket with forked children and programs started from here, and blocks every
+// signal for up to 25 seconds.
 #pragma once
 
-#include <cstdint>
-#include <rpc/rpc.h>
+#include "rpc/clock.h"
+#include "rpc/message.h"
+#include "rpc/udp_socket.h"
 
-constexpr rpcvers_t server_version = 1; // of every service's program
+// Who waits for a call. Asked whenever the wait is interrupted or goes on:
+// should the call be given up, because whoever made it wants to stop? Null
+// wants every call until its deadline.
+struct Caller {
+    bool (*gives_up)(void* context) = nullptr;
+    void* context = nullptr;
 
-// What one handle's calls need. `ops` is the handle's operation table, which is
-// how a call operation finds its Exchange.
-struct Exchange {
-    CLIENT::clnt_ops ops;
-    CLIENT::clnt_ops* original; // libtirpc's operations of the same handle
-    rpcprog_t program;
-    uint32_t xid;        // of the latest call
-    timeval wait;        // for which the socket is set up
-    rpc_err error;       // of the latest failed call
-    unsigned generation; // of the process that made the handle
-    int fd;              // the handle's socket
-    int kept_port;       // a socket that keeps a failed client's port, + 1; 0 is none
+    bool has_given_up() const { return gives_up && gives_up(context); }
 };
 
-// Makes `clnt` (from clnt_create, over UDP) call through `exchange` from now
-// on: its socket hears the daemon alone and is closed on exec. `exchange` stays
-// where it is while the handle lives. False, with rpc_createerr set, when the
-// socket refuses.
-bool take_over(Exchange& exchange, CLIENT* clnt, rpcprog_t program, timeval wait);
+// What is asked for, and what comes back.
+struct Call {
+    uint32_t procedure;
+    xdrproc_t encode;
+    void* request;
+    xdrproc_t decode;
+    void* reply; // may be the request's own storage
+};
 
-// Frees the port of a destroyed client, see exchange.cpp.
-void release_port(Exchange& exchange);
+// How long a socket's own receive may wait: less than a call may take, because
+// the kernel's timers for so long a wait are coarse.
+constexpr int64_t socket_wait_ms(timeval whole_wait) { return whole_wait.tv_sec * ms_of_second / 8 * 7; }
 
-// Asked when a signal handler returned during a call: should the call be given
-// up, because whoever made it wants to stop? Null asks nobody: the call goes on
-// to its deadline.
-extern bool (*call_is_unwanted)();
+// How much of its time a call still has.
+enum class TimeLeft : uint8_t {
+    Some, // or unknown
+    All,  // the socket's own receive may wait first, which saves a system call
+};
+
+// Sends the call in `units` (datagram_units of them), `size` bytes long, once, and
+// receives the reply to it into the same units. The reply's size, or -1 with the
+// failure in `error`: RPC_CANTSEND (with EBADF: nothing was sent, the
+// descriptor is not the socket any more), RPC_CANTRECV, RPC_TIMEDOUT, RPC_INTR.
+ssize_t transact(UdpSocket& socket, uint32_t* units, size_t size, TimeLeft time, Deadline deadline,
+                 const Caller& caller, rpc_err& error);

@@ -133,8 +133,9 @@ template <class T> constexpr unsigned wire_units()
 }
 } // namespace record_checks
 
-constexpr unsigned datagram_size = UDPMSGSIZE; // of libtirpc's datagram transport, RPC header included
-constexpr unsigned call_header_size = 40;      // with AUTH_NONE; a reply's is shorter
+constexpr unsigned most_record_size = UDPMSGSIZE; // in memory, where no field takes more than on the wire
+constexpr unsigned datagram_size = UDPMSGSIZE;    // of libtirpc's datagram transport, RPC header included
+constexpr unsigned call_header_size = 40;         // with AUTH_NONE; a reply's is shorter
 
 template <class Element> constexpr Kind kind_of()
 {
@@ -169,7 +170,7 @@ template <class Member> constexpr Field make_field(size_t offset)
 // The descriptor of record type T.
 template <class T> struct RecordOf {
     static_assert(std::is_standard_layout_v<T>, "a record is a plain struct");
-    static_assert(sizeof(T) <= UINT16_MAX, "a record is smaller than 64 KiB");
+    static_assert(sizeof(T) <= most_record_size, "raise most_record_size: calls have no more room for a record");
     static_assert(record_checks::has_members<T, field_count<T>>, "RECORD lists each member of its struct exactly once");
     static_assert(record_checks::ascends<T>(), "RECORD lists the members in the order of the struct");
     static_assert(4 * record_checks::wire_units<T>() + call_header_size <= datagram_size,

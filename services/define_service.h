@@ -34,7 +34,8 @@ template <> struct WorkOf<int2str> {
 
 namespace
 {
-ServiceClient service_client = {SERVICE_PROGRAM};
+ClientPool service_clients;
+constexpr ServiceClient service_client = {SERVICE_PROGRAM, &service_clients};
 
 // A stub's static reply. Where a set's int is formatted as a record, the
 // storage is the whole record, zero behind the int.
@@ -165,7 +166,8 @@ static_assert(distinct(service_apis), "a service's procedures and names are uniq
 
 EXPORT int SERVICE_INIT();
 extern const Service SERVICE;
-const Service SERVICE = {SERVICE_NAME,      SERVICE_TITLE,        SERVICE_PROGRAM, SERVICE_INIT,
-                         SERVICE_CLNT_INIT, SERVICE_CLNT_DESTROY, service_apis,    std::size(service_apis)};
+const Service SERVICE = {SERVICE_NAME,    SERVICE_TITLE,     SERVICE_PROGRAM,
+                         SERVICE_INIT,    SERVICE_CLNT_INIT, SERVICE_CLNT_DESTROY,
+                         &service_client, service_apis,      std::size(service_apis)};
 
 EXPORT int SERVICE_INIT() { return register_apis(SERVICE); }

@@ -4,7 +4,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
-upper='dispatch module schema schema_module status status_module'
+upper='calls calls_module dispatch module schema schema_module state status status_module'
 
 # The floor of a file, from the ground: the wire, what services are made of, the
 # services, what Lua sees.

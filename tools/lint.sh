@@ -15,6 +15,9 @@ mapfile -t shell_files < <(git ls-files | while read -r file; do
   [ -f "$file" ] && head -n 1 "$file" | grep -q '^#!.*\(ba\)\?sh\b' && echo "$file"
 done)
 mapfile -t lua_files < <(git ls-files '*.lua')
+mapfile -t python_files < <(git ls-files | while read -r file; do
+  [ -f "$file" ] && { [[ $file == *.py ]] || head -n 1 "$file" | grep -q '^#!.*\bpython3\b'; } && echo "$file"
+done)
 mapfile -t cpp_files < <(git ls-files '*.cpp' '*.h')
 # files that must not compile have no entry in the compilation database
 mapfile -t tidy_files < <(git ls-files 'common/*.cpp' 'rpc/*.cpp' 'services/*.cpp' 'sim/*.cpp')
@@ -33,6 +36,7 @@ build() { # PRESET FOLDER
 check floors tools/check_floors.sh
 check shellcheck shellcheck "${shell_files[@]}"
 check luacheck luacheck -q "${lua_files[@]}"
+check pyflakes pyflakes3 "${python_files[@]}"
 check clang-format clang-format --dry-run -Werror "${cpp_files[@]}"
 check "g++ -Wall -Wextra -Werror" build release build
 check "clang++ -Wall -Wextra -Werror" build clang build-clang

@@ -1,21 +1,18 @@
-// Reply datagrams, any, through the exchange: a handle of libtirpc's own that
-// take_over took over, calling a daemon's socket in this process. What arrives
-// is queued before the call is made; libtirpc's xdr_replymsg says which of it
-// is a reply, and of what.
+// Reply datagrams, any, through the exchange: a client's socket that calls a
+// daemon's socket in this process. What arrives is queued before the call is
+// made; libtirpc's xdr_replymsg says which of it is a reply, and of what.
 //
 // Input: API (1), then datagrams: kind (1, see below), size (2), bytes. The
 // daemon's good reply follows them all, so that every call ends at once.
 #include <algorithm>
 #include <arpa/inet.h>
 #include <cerrno>
-#include <net/if.h>
-#include <sched.h>
-#include <sys/ioctl.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
 #include "rpc/client.h"
 #include "tests/fuzz/fuzz.h"
+#include "tests/support/private_network.h"
 
 namespace
 {
@@ -32,19 +29,6 @@ constexpr unsigned most_datagrams = 8;
 constexpr size_t oversize = 9200;
 constexpr rpcprog_t program = 50099;
 
-// A loopback of our own where the system lets us; ports are the kernel's choice anyway.
-void enter_private_network()
-{
-    if (unshare(CLONE_NEWNET) != 0)
-        return;
-    const int fd = socket(AF_INET, SOCK_DGRAM, 0);
-    ifreq loopback = {};
-    strcpy(loopback.ifr_name, "lo");
-    loopback.ifr_flags = IFF_UP | IFF_RUNNING;
-    EXPECT(fd >= 0 && ioctl(fd, SIOCSIFFLAGS, &loopback) == 0, "a loopback of our own", "%s", strerror(errno));
-    close(fd);
-}
-
 int bound_socket(sockaddr_in& address)
 {
     address = {};
@@ -60,24 +44,24 @@ int bound_socket(sockaddr_in& address)
 
 // Client, daemon and stranger, once for all inputs.
 struct Parties {
-    Exchange exchange = {};
-    CLIENT* clnt;
+    ClientPool pool = {};
+    const ServiceClient service = {program, &pool};
+    Client& caller = pool.clients[0];
     int daemon, other;
     sockaddr_in client = {};
 
     Parties()
     {
-        enter_private_network();
+        enter_private_network(); // where the system lets us; ports are the kernel's choice anyway
         sockaddr_in address, unused;
         daemon = bound_socket(address);
         other = bound_socket(unused);
-        netbuf server = {sizeof address, sizeof address, &address};
-        clnt = clnt_dg_create(socket(AF_INET, SOCK_DGRAM, 0), &server, program, server_version, 0, 0);
-        EXPECT(clnt && take_over(exchange, clnt, program, TIMEOUT), "a handle taken over", "%s",
-               clnt_spcreateerror("a refusal"));
+        EXPECT(open_udp_socket(caller.socket, ntohs(address.sin_port), LocalPort::Any, 0, socket_wait_ms(TIMEOUT)),
+               "a connected socket", "%s", strerror(errno));
+        caller.time = TimeLeft::All;
         socklen_t length = sizeof client;
-        EXPECT(getsockname(exchange.fd, reinterpret_cast<sockaddr*>(&client), &length) == 0, "the client's port", "%s",
-               strerror(errno));
+        EXPECT(getsockname(caller.socket.fd, reinterpret_cast<sockaddr*>(&client), &length) == 0, "the client's port",
+               "%s", strerror(errno));
     }
 
     void send(const std::string& datagram, bool by_stranger) const
@@ -176,7 +160,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     const Api& api = *callable_apis()[input.byte() % api_choices * callable_apis().size() / api_choices];
     rpclib_dbg = 0;
     Parties& all = parties();
-    const uint32_t xid = all.exchange.xid + 1;
+    const uint32_t xid = all.caller.xid + 1;
     const size_t reply_size = BYTES_PER_XDR_UNIT * (api.reply ? api.reply->units : 1);
 
     std::vector<std::string> heard;
@@ -196,12 +180,17 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     const Outcome expected = outcome_of(heard[first], api);
 
     std::string no_text;
-    const void* reply = api.func(api.parser->str2arg(&no_text[0]), all.clnt);
-    EXPECT(!reply == !expected.success, expected.success ? "a reply" : "no reply", "%s from datagram %zu of %s",
-           reply ? "one" : "none", first, api.name);
-    EXPECT(!reply || memcmp(reply, expected.reply.data(), expected.reply.size()) == 0, "the reply's record",
+    RecordRoom request, room;
+    uint32_t units[datagram_units];
+    rpc_err error;
+    const Call call = make_call(api, parse_argument(api, request, &no_text[0]), room.bytes);
+    const bool is_reply =
+        call_client(all.service, all.caller, call, Deadline::after(TIMEOUT), {}, units, error) == RPC_SUCCESS;
+    EXPECT(is_reply == expected.success, expected.success ? "a reply" : "no reply", "%s from datagram %zu of %s",
+           is_reply ? "one" : "none", first, api.name);
+    EXPECT(!is_reply || memcmp(room.bytes, expected.reply.data(), expected.reply.size()) == 0, "the reply's record",
            "another %s", api.name);
     check_call(api, xid);
-    drain(all.exchange.fd);
+    drain(all.caller.socket.fd);
     return 0;
 }

@@ -1,5 +1,5 @@
-// Reads the lists of this folder (golden_list.h) and its vectors:
-// vectors/PROGRAM.txt holds blocks like
+// Reads the lists of this folder (golden_list.h) and its vectors, which model/make
+// makes: vectors/PROGRAM.txt holds blocks like
 //
 //     api oltmib_vrrp_ssstate_get_1
 //     arg 7&1&&4
@@ -11,7 +11,7 @@
 // req and rep are the units that travel: a number is one unit, "text" one unit
 // a character, 0*N is N zeroes. Bytes outside printable ASCII, backslashes and
 // the quotes within units are written \xHH. Each trc is a trace line of the
-// converters without its line end.
+// converters without its line end. A line that opens with # is a comment.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -94,7 +94,7 @@ inline const std::vector<Vector>& vectors(unsigned long program)
             vectors.back().text = unescaped(value);
         else if (key == "trc")
             vectors.back().traces.push_back(unescaped(value));
-        else if (!key.empty())
+        else if (!key.empty() && key[0] != '#')
             ADD_FAILURE() << name << ':' << number << ": expected api, arg, req, rep, txt or trc, found " << key;
     }
     return vectors;

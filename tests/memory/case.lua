@@ -24,10 +24,13 @@ end
 -- refused; fails: whether it fails anyway; after: what has to work then.
 local good, failing, next_good, unserved = call "oltmib_devinfo_get_1", call "oltmib_vrrp_ssconf_get_1",
   call "oltmib_vrrp_ssstate_get_1", call "oltmib_lpdet_global_get_1"
+-- longer than what a call has room for on its stack
+local function good_at_length() return (librpc.callapi("oltmib_devinfo_get_1", "1" .. ("&"):rep(3000))) end
 local cases = {
   open = {before = {}, refused = open, after = {open, good}},
   first_call = {before = {open}, refused = good, after = {good}},
   second_call = {before = {open, good}, refused = good, after = {good}},
+  long_argument = {before = {open, good}, refused = good_at_length, after = {good_at_length}},
   failing_call = {before = {open, next_good}, refused = failing, fails = true, after = {next_good}},
   first_call_fails = {before = {open}, refused = failing, fails = true, after = {next_good}},
   call_after_failure = {before = {open, failing}, refused = next_good, after = {next_good}},

@@ -1,38 +1,15 @@
 // The services' client functions: whom they ask for, what they keep and what
-// they drop. clnt_create is this file's own, which asks no port
-// mapper.
-#include <arpa/inet.h>
+// they drop. The port mapper is the test's own.
 #include <dlfcn.h>
 #include <map>
+#include <memory>
 
 #include "tests/golden/golden_list.h"
 #include "tests/services/support.h"
+#include "tests/support/fake_port_mapper.h"
+#include "tests/support/private_network.h"
 
 using namespace support;
-
-namespace
-{
-std::vector<std::string> created; // what clnt_create was asked for
-bool creation_fails;
-} // namespace
-
-extern "C" {
-CLIENT* clnt_create(const char* host, const rpcprog_t program, const rpcvers_t version, const char* transport)
-{
-    created.push_back(std::string(host) + " " + std::to_string(program) + " " + std::to_string(version) + " " +
-                      transport);
-    if (creation_fails) {
-        rpc_createerr.cf_stat = RPC_PROGNOTREGISTERED;
-        return nullptr;
-    }
-    sockaddr_in address = {};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    address.sin_port = htons(9);
-    int socket = RPC_ANYSOCK;
-    return clntudp_create(&address, program, version, {1, 0}, &socket);
-}
-}
 
 namespace
 {
@@ -64,8 +41,35 @@ std::vector<Expected> expected_services()
 class Clients : public testing::Test
 {
   protected:
-    void SetUp() override { created.clear(), creation_fails = false; }
     const std::vector<Expected> expected = expected_services();
+
+    void SetUp() override
+    {
+        static const bool is_private = enter_private_network();
+        if (!is_private)
+            GTEST_SKIP() << "a network of our own is for root";
+        port_mapper = std::make_unique<FakePortMapper>([this](const PortMapperQuery& query) {
+            return FakePortMapper::accepted(query, {creation_fails ? 0U : 9U});
+        });
+    }
+
+    // The programs that were asked for since the last time.
+    std::vector<uint32_t> asked()
+    {
+        std::vector<uint32_t> programs;
+        for (const PortMapperQuery& query : port_mapper->queries()) {
+            EXPECT_EQ(query.program, 100000U);
+            EXPECT_EQ(query.version, 2U);
+            EXPECT_EQ(query.procedure, 3U);
+            EXPECT_EQ(query.arguments, (std::vector<uint32_t>{query.wanted(), 1, 17, 0})); // version 1, UDP
+            programs.push_back(query.wanted());
+        }
+        port_mapper->forget();
+        return programs;
+    }
+
+    std::atomic<bool> creation_fails = false;
+    std::unique_ptr<FakePortMapper> port_mapper;
 };
 } // namespace
 
@@ -83,17 +87,17 @@ TEST_F(Clients, ServicesStandInTheOrderOfRegistration)
 
 TEST_F(Clients, EachIsCreatedOnceKeptAndCreatedAgainAfterADrop)
 {
+    using Programs = std::vector<uint32_t>;
     for (const Expected& service : expected) {
-        const std::string asked = "127.0.0.1 " + std::to_string(service.program) + " 1 udp";
-        created.clear();
         CLIENT* client = service.get();
         ASSERT_NE(client, nullptr) << service.service;
-        EXPECT_EQ(created, std::vector<std::string>{asked});
+        EXPECT_EQ(asked(), Programs{service.program});
         EXPECT_EQ(service.get(), client);
-        EXPECT_EQ(created.size(), 1U);
+        EXPECT_EQ(asked(), Programs());
         service.drop();
+        EXPECT_EQ(asked(), Programs());
         EXPECT_NE(service.get(), nullptr);
-        EXPECT_EQ(created, (std::vector<std::string>{asked, asked}));
+        EXPECT_EQ(asked(), Programs{service.program});
         service.drop();
     }
 }
@@ -105,15 +109,15 @@ TEST_F(Clients, ServicesShareNone)
         const auto inserted = clients.emplace(service.get(), service.service);
         EXPECT_TRUE(inserted.second) << service.service << " has the client of " << inserted.first->second;
     }
-    EXPECT_EQ(created.size(), expected.size());
+    EXPECT_EQ(asked().size(), expected.size());
     for (const Expected& dropped : expected) {
         dropped.drop();
-        created.clear();
         for (const Expected& service : expected)
             if (service.get != dropped.get)
                 service.get();
-        EXPECT_TRUE(created.empty()) << "dropping the client of " << dropped.service << " touched another's";
+        EXPECT_TRUE(asked().empty()) << "dropping the client of " << dropped.service << " touched another's";
         dropped.get();
+        asked();
     }
     for (const Expected& service : expected)
         service.drop();
@@ -123,17 +127,15 @@ TEST_F(Clients, OneThatCannotBeCreatedSaysWhyAndIsTriedAgain)
 {
     for (const Expected& service : expected) {
         creation_fails = true;
-        created.clear();
         testing::internal::CaptureStderr();
         EXPECT_EQ(service.get(), nullptr);
         EXPECT_EQ(service.get(), nullptr);
-        const std::string said = testing::internal::GetCapturedStderr();
-        EXPECT_EQ(created.size(), 2U);
-        EXPECT_EQ(said.substr(0, 11), "127.0.0.1: ") << said;
-        EXPECT_NE(said.find("127.0.0.1: ", 11), std::string::npos) << said;
+        const std::string line = "127.0.0.1: RPC: Program not registered\n";
+        EXPECT_EQ(testing::internal::GetCapturedStderr(), line + line);
+        EXPECT_EQ(asked().size(), 2U);
         creation_fails = false;
         EXPECT_NE(service.get(), nullptr);
-        EXPECT_EQ(created.size(), 3U);
+        EXPECT_EQ(asked().size(), 1U);
         service.drop();
     }
 }

@@ -7,6 +7,7 @@
 #include <dirent.h>
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <set>
 #include <sys/socket.h>
 #include <sys/time.h>
 
@@ -116,41 +117,38 @@ int open_descriptors()
 
 struct ExchangeTest : testing::Test {
     Socket daemon;
-    Exchange exchange = {};
-    CLIENT* clnt = nullptr;
+    ClientPool pool = {};
+    const ServiceClient service = {program, &pool};
+    Client& client = pool.clients[0];
+    Caller caller;
+    rpc_err failure = {};
     int reply = 0;
 
     ExchangeTest() { make(); }
-    ~ExchangeTest() override
-    {
-        drop();
-        release_port(exchange);
-        call_is_unwanted = nullptr;
-    }
+    ~ExchangeTest() override { client.socket.close(); }
 
     void make()
     {
-        sockaddr_in address = Socket::loopback(daemon.port());
-        int fd = RPC_ANYSOCK;
-        clnt = clntudp_create(&address, program, 1, timeval{5, 0}, &fd);
-        ASSERT_NE(clnt, nullptr);
-        ASSERT_TRUE(take_over(exchange, clnt, program, long_wait));
-    }
-    void drop()
-    {
-        if (clnt)
-            clnt_destroy(clnt);
-        clnt = nullptr;
+        ASSERT_TRUE(open_udp_socket(client.socket, ntohs(daemon.port()), LocalPort::Reserved, random_bits(),
+                                    socket_wait_ms(long_wait)));
+        client.xid = random_bits();
     }
 
-    uint32_t next_xid() const { return exchange.xid + 1; }
-    in_port_t client_port() const { return Socket::port_of(exchange.fd); }
+    uint32_t next_xid() const { return client.xid + 1; }
+    in_port_t client_port() const { return Socket::port_of(client.socket.fd); }
     void daemon_sends(const Bytes& datagram) { daemon.send_to(client_port(), datagram); }
 
-    enum clnt_stat call(int argument = 5, timeval wait = long_wait, rpcproc_t procedure = 7)
+    enum clnt_stat make_call(const Call& call, timeval wait)
+    {
+        uint32_t units[datagram_units];
+        client.time = wait.tv_sec == long_wait.tv_sec ? TimeLeft::All : TimeLeft::Some;
+        return call_client(service, client, call, Deadline::after(wait), caller, units, failure);
+    }
+
+    enum clnt_stat call(int argument = 5, timeval wait = long_wait, uint32_t procedure = 7)
     {
         reply = 0;
-        return clnt_call(clnt, procedure, as_xdrproc(xdr_int), &argument, as_xdrproc(xdr_int), &reply, wait);
+        return make_call({procedure, as_xdrproc(xdr_int), &argument, as_xdrproc(xdr_int), &reply}, wait);
     }
 
     // The call's outcome when the daemon's datagram is this.
@@ -160,12 +158,7 @@ struct ExchangeTest : testing::Test {
         return call();
     }
 
-    rpc_err error() const
-    {
-        rpc_err error = {};
-        clnt_geterr(clnt, &error);
-        return error;
-    }
+    rpc_err error() const { return failure; }
 };
 } // namespace
 
@@ -176,24 +169,24 @@ TEST_F(ExchangeTest, call_is_one_datagram_with_an_rfc_5531_header_and_no_credent
     EXPECT_EQ(reply, 42);
     const auto sent = daemon.received();
     ASSERT_EQ(sent.size(), 1U);
-    EXPECT_EQ(sent[0], units({exchange.xid, 0, 2, program, 1, 7, 0, 0, 0, 0, 0xFFFFFFFE}));
+    EXPECT_EQ(sent[0], units({client.xid, 0, 2, program, 1, 7, 0, 0, 0, 0, 0xFFFFFFFE}));
 }
 
 TEST_F(ExchangeTest, call_without_a_body_is_the_header_alone)
 {
     daemon_sends(accepted(next_xid(), 0));
-    EXPECT_EQ(clnt_call(clnt, 0, as_xdrproc(xdr_void), nullptr, as_xdrproc(xdr_void), nullptr, long_wait), RPC_SUCCESS);
-    EXPECT_EQ(daemon.received(), std::vector<Bytes>{units({exchange.xid, 0, 2, program, 1, 0, 0, 0, 0, 0})});
+    EXPECT_EQ(make_call({0, as_xdrproc(xdr_void), nullptr, as_xdrproc(xdr_void), nullptr}, long_wait), RPC_SUCCESS);
+    EXPECT_EQ(daemon.received(), std::vector<Bytes>{units({client.xid, 0, 2, program, 1, 0, 0, 0, 0, 0})});
 }
 
 TEST_F(ExchangeTest, each_call_has_another_xid)
 {
     daemon_sends(answer(next_xid(), 1));
     call();
-    const uint32_t first = exchange.xid;
+    const uint32_t first = client.xid;
     daemon_sends(answer(next_xid(), 2));
     call();
-    EXPECT_NE(exchange.xid, first);
+    EXPECT_NE(client.xid, first);
     const auto sent = daemon.received();
     ASSERT_EQ(sent.size(), 2U);
     EXPECT_NE(Bytes(sent[0].begin(), sent[0].begin() + 4), Bytes(sent[1].begin(), sent[1].begin() + 4));
@@ -201,7 +194,7 @@ TEST_F(ExchangeTest, each_call_has_another_xid)
 
 TEST_F(ExchangeTest, xids_wrap)
 {
-    exchange.xid = 0xFFFFFFFF;
+    client.xid = 0xFFFFFFFF;
     EXPECT_EQ(call_answered_by(answer(0, 3)), RPC_SUCCESS);
     EXPECT_EQ(reply, 3);
 }
@@ -313,7 +306,7 @@ TEST_F(ExchangeTest, reply_longer_than_8800_bytes_is_read_as_far_as_it_goes)
 
 TEST_F(ExchangeTest, argument_that_does_not_fit_a_datagram_is_not_sent)
 {
-    EXPECT_EQ(clnt_call(clnt, 1, as_xdrproc(encode_too_much), nullptr, as_xdrproc(xdr_int), &reply, long_wait),
+    EXPECT_EQ(make_call({1, as_xdrproc(encode_too_much), nullptr, as_xdrproc(xdr_int), &reply}, long_wait),
               RPC_CANTENCODEARGS);
     EXPECT_TRUE(daemon.received().empty());
 }
@@ -387,7 +380,7 @@ struct Alarms {
 
 TEST_F(ExchangeTest, signals_reach_their_handler_and_the_call_goes_on)
 {
-    call_is_unwanted = [] { return questions++ < 0; };
+    caller.gives_up = [](void*) { return questions++ < 0; };
     const Alarms ring;
     EXPECT_EQ(call(5, short_wait), RPC_TIMEDOUT);
     EXPECT_GT(alarms, 0);
@@ -404,7 +397,7 @@ TEST_F(ExchangeTest, signals_without_anybody_to_ask_leave_the_call_alone)
 
 TEST_F(ExchangeTest, unwanted_call_ends_at_the_signal)
 {
-    call_is_unwanted = [] { return ++questions == 2; };
+    caller.gives_up = [](void*) { return ++questions == 2; };
     const Alarms ring;
     EXPECT_EQ(call(), RPC_INTR);
     EXPECT_EQ(error().re_status, RPC_INTR);
@@ -413,44 +406,137 @@ TEST_F(ExchangeTest, unwanted_call_ends_at_the_signal)
 
 TEST_F(ExchangeTest, socket_is_closed_on_exec_and_blocks)
 {
-    EXPECT_EQ(fcntl(exchange.fd, F_GETFD) & FD_CLOEXEC, FD_CLOEXEC);
-    EXPECT_EQ(fcntl(exchange.fd, F_GETFL) & O_NONBLOCK, 0);
+    EXPECT_EQ(fcntl(client.socket.fd, F_GETFD) & FD_CLOEXEC, FD_CLOEXEC);
+    EXPECT_EQ(fcntl(client.socket.fd, F_GETFL) & O_NONBLOCK, 0);
 }
 
-TEST_F(ExchangeTest, first_xids_differ)
+TEST_F(ExchangeTest, socket_gets_a_number_beyond_the_standard_ones)
 {
-    const uint32_t first = exchange.xid;
-    drop();
+    client.socket.close();
+    const int in = dup(0), out = dup(1), err = dup(2);
+    close(0), close(1), close(2);
     make();
-    EXPECT_NE(exchange.xid, first);
-}
-
-TEST_F(ExchangeTest, destroyed_clients_port_stays_taken_until_its_successor_has_another)
-{
-    const in_port_t port = client_port();
-    const auto port_is_free = [&] {
-        const int fd = socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
-        const sockaddr_in address = Socket::loopback(port);
-        const bool bound = bind(fd, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
-        close(fd);
-        return bound;
-    };
-    drop();
-    EXPECT_FALSE(port_is_free());
-    make();
-    EXPECT_NE(client_port(), port);
-    EXPECT_TRUE(port_is_free());
+    const int made = client.socket.fd;
+    dup2(in, 0), dup2(out, 1), dup2(err, 2);
+    close(in), close(out), close(err);
+    EXPECT_GT(made, 2);
+    EXPECT_EQ(call_answered_by(answer(next_xid(), 6)), RPC_SUCCESS);
 }
 
 TEST_F(ExchangeTest, no_descriptor_stays_behind)
 {
-    drop();
-    release_port(exchange);
+    client.socket.close();
     const int before = open_descriptors();
     for (int i = 0; i < 3; i++) {
         make();
-        drop();
+        client.socket.close();
     }
-    release_port(exchange);
     EXPECT_EQ(open_descriptors(), before);
+}
+
+namespace
+{
+// What a host may have opened under the socket's number.
+struct Impostor {
+    int pair[2] = {-1, -1};
+
+    Impostor(int number, int domain, int type)
+    {
+        EXPECT_EQ(socketpair(domain, type, 0, pair), 0);
+        take(number);
+    }
+    explicit Impostor(int number) // a TCP connection
+    {
+        const int listener = socket(AF_INET, SOCK_STREAM, 0);
+        sockaddr_in address = Socket::loopback(0);
+        EXPECT_EQ(bind(listener, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+        EXPECT_EQ(listen(listener, 1), 0);
+        address.sin_port = Socket::port_of(listener);
+        pair[0] = socket(AF_INET, SOCK_STREAM, 0);
+        EXPECT_EQ(connect(pair[0], reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+        pair[1] = accept(listener, nullptr, nullptr);
+        close(listener);
+        take(number);
+    }
+    ~Impostor() { close(pair[0]), close(pair[1]); }
+    Impostor(const Impostor&) = delete;
+    Impostor& operator=(const Impostor&) = delete;
+
+    void take(int number)
+    {
+        for (int& end : pair) { // neither shall have the number by chance
+            const int moved = fcntl(end, F_DUPFD, number + 1);
+            close(end);
+            end = moved;
+        }
+        EXPECT_EQ(dup2(pair[0], number), number);
+        close(pair[0]);
+        pair[0] = number;
+    }
+    bool is_open() const { return fcntl(pair[0], F_GETFD) >= 0; }
+    // Bytes that reached the other end.
+    ssize_t received() const
+    {
+        char bytes[10000];
+        return recv(pair[1], bytes, sizeof bytes, MSG_DONTWAIT);
+    }
+};
+} // namespace
+
+// No port mapper knows the program, so the call fails; what counts is the host's
+// own descriptor.
+TEST_F(ExchangeTest, nothing_is_sent_to_or_closed_of_a_stream_that_took_the_sockets_number)
+{
+    for (int kind = 0; kind < 3; kind++) {
+        const int number = client.socket.fd;
+        close(number);
+        const Impostor host = kind == 0   ? Impostor(number)
+                              : kind == 1 ? Impostor(number, AF_UNIX, SOCK_STREAM)
+                                          : Impostor(number, AF_UNIX, SOCK_DGRAM);
+        EXPECT_EQ(call(), RPC_CANTSEND) << kind;
+        EXPECT_EQ(host.received(), -1) << kind;
+        EXPECT_TRUE(host.is_open()) << kind;
+        client.socket.close();
+        EXPECT_TRUE(host.is_open()) << kind;
+        client.socket.fd = 0;
+        make();
+    }
+    EXPECT_TRUE(daemon.received().empty());
+}
+
+TEST_F(ExchangeTest, file_that_took_the_sockets_number_is_neither_written_nor_closed)
+{
+    const int number = client.socket.fd;
+    close(number);
+    char path[] = "/tmp/exchange_test.XXXXXX";
+    const int file = mkstemp(path);
+    unlink(path);
+    ASSERT_EQ(dup2(file, number), number);
+    EXPECT_EQ(call(), RPC_CANTSEND);
+    client.socket.close();
+    EXPECT_EQ(lseek(number, 0, SEEK_END), 0);
+    EXPECT_GE(fcntl(number, F_GETFD), 0);
+    if (file != number)
+        close(file);
+    close(number);
+}
+
+TEST(UdpSocketTest, reserved_ports_are_found_however_many_are_taken)
+{
+    if (geteuid() != 0)
+        GTEST_SKIP() << "reserved ports are for root";
+    Socket daemon;
+    std::vector<UdpSocket> all(500);
+    std::set<in_port_t> ports;
+    int reserved = 0;
+    for (UdpSocket& one : all) {
+        ASSERT_TRUE(open_udp_socket(one, ntohs(daemon.port()), LocalPort::Reserved, random_bits(), 0));
+        const in_port_t port = ntohs(Socket::port_of(one.fd));
+        reserved += port < 1024;
+        ports.insert(port);
+    }
+    EXPECT_EQ(ports.size(), all.size());
+    EXPECT_GT(reserved, 300);
+    for (UdpSocket& one : all)
+        one.close();
 }

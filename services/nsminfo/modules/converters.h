@@ -18,7 +18,7 @@ OWN_FORMATTER(opticaldetail)
 {
     const auto& row = *static_cast<const oltmib_opticaldetailEntry*>(record);
     format<tables::opticaldetail>(record, str);
-    if (rpclib_dbg) {
+    if (is_tracing()) {
         char alarm[counted_hex_size] = "";
         hex2str(row.alarm, row.alarm_len, alarm, sizeof alarm);
         TRACE(1109, "alarmstr: %s, len %d", alarm, row.alarm_len);

@@ -43,7 +43,7 @@ TABLE(dscp2queueinfo, oltmib_dscp2queueEntry, LIST(map))
 OWN_PARSER(dscp2queueinfo)
 {
     auto& arg = parse<tables::dscp2queueinfo>(record, text);
-    if (rpclib_dbg) {
+    if (is_tracing()) {
         constexpr int elements = sizeof arg.map; // items beyond them are dropped
         char list[list_size];
         char* item[elements];
@@ -56,7 +56,7 @@ OWN_PARSER(dscp2queueinfo)
 }
 OWN_FORMATTER(dscp2queueinfo)
 {
-    if (rpclib_dbg) {
+    if (is_tracing()) {
         const auto& row = *static_cast<const oltmib_dscp2queueEntry*>(record);
         constexpr int elements = sizeof row.map;
         char list[sizeof "-128," * elements] = "";

@@ -1,0 +1,227 @@
+// Calls that run at once, see calls.h.
+#include "common/calls.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <ctime>
+#include <pthread.h>
+
+#include "rpc/lock.h"
+#include "rpc/xdr_routine.h"
+
+namespace
+{
+constexpr uint32_t null_procedure = 0;
+constexpr char null_name[] = "null";
+
+Mutex mutex; // guards the list
+ApiCalls* all_calls;
+
+void lock_list() { mutex.lock(); }
+void unlock_list() { mutex.unlock(); }
+void close_in_child()
+{
+    for (ApiCalls* calls = all_calls; calls; calls = calls->next)
+        calls->close_in_child();
+    mutex.unlock();
+}
+
+double seconds_now()
+{
+    timespec now;
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) / 1e9;
+}
+
+// What a call needs while it is encoded or decoded.
+struct Room {
+    RecordRoom request, reply;
+    char text[most_text_size];
+};
+
+Call null_call() { return {null_procedure, as_xdrproc(xdr_void), nullptr, as_xdrproc(xdr_void), nullptr}; }
+
+const char* name_of(const ApiCall& call) { return call.api ? call.api->name : null_name; }
+
+size_t weight_of(const Api* api)
+{
+    const unsigned request = api && api->request ? api->request->units : 0;
+    const unsigned reply = !api ? 0 : api->reply ? api->reply->units : 1;
+    return call_header_size + sizeof(uint32_t) * (request > reply ? request : reply);
+}
+} // namespace
+
+ApiCalls::ApiCalls(LaneClients clients) : group({encode, replied, failed}, clients)
+{
+    const Guard guard(mutex);
+    static bool watching;
+    if (!watching)
+        watching = pthread_atfork(lock_list, unlock_list, ::close_in_child) == 0;
+    next = all_calls;
+    all_calls = this;
+}
+
+ApiCalls::~ApiCalls() { close(); }
+
+unsigned ApiCalls::begin(const Service& service, const Api* api, const char* argument, Deadline deadline,
+                         CallStatus& status)
+{
+    const size_t length = strlen(argument);
+    auto* call = static_cast<ApiCall*>(calloc(1, sizeof(ApiCall) + length));
+    if (call) {
+        call->calls = this;
+        call->id = last_id + 1;
+        call->owner = &service;
+        call->api = api;
+        call->service = service.client;
+        call->deadline = deadline;
+        call->weight = weight_of(api);
+        call->begun = seconds_now();
+        memcpy(call->argument, argument, length + 1);
+        if (group.add(*call))
+            return ++last_id;
+        free(call);
+    }
+    status = no_memory(api ? api->name : null_name);
+    return 0;
+}
+
+unsigned ApiCalls::call(const char* name, const char* argument, Deadline deadline, CallStatus& status)
+{
+    const FoundApi found = find_api(name);
+    if (is_closed)
+        status = group_closed(name);
+    else if (!found.node)
+        status = unknown_api(name);
+    else if (!found.is_described())
+        status = host_api(name);
+    else
+        return begin(*found.service, found.api, argument, deadline, status);
+    return 0;
+}
+
+unsigned ApiCalls::call_null(const Service& service, Deadline deadline, CallStatus& status)
+{
+    if (!is_closed)
+        return begin(service, nullptr, "", deadline, status);
+    status = group_closed(null_name);
+    return 0;
+}
+
+size_t ApiCalls::encode(GroupCall& base, uint32_t xid, uint32_t* units)
+{
+    auto& call = static_cast<ApiCall&>(base);
+    Room room;
+    const Call message =
+        call.api ? make_call(*call.api, parse_argument(*call.api, room.request, call.argument), room.reply.bytes)
+                 : null_call();
+    const CallHeader header = {xid, call.service->program, static_cast<uint32_t>(server_version), message.procedure};
+    return encode_call(header, message.encode, message.request, units);
+}
+
+void ApiCalls::replied(GroupCall& base, uint32_t* units, size_t size, uint16_t port)
+{
+    auto& call = static_cast<ApiCall&>(base);
+    Room room;
+    const Call message = call.api ? make_call(*call.api, nullptr, room.reply.bytes) : null_call();
+    rpc_err error;
+    call.port = port;
+    call.length = 0;
+    if (decode_reply(units, size, message.decode, message.reply, error) != RPC_SUCCESS) {
+        call.status = failed_call(name_of(call), call.owner, error);
+        return call.calls->finish(call);
+    }
+    if (call.api)
+        call.length = format_reply(*call.api, room.reply, room.text);
+    call.text = static_cast<char*>(malloc(call.length + 1));
+    if (call.text)
+        memcpy(call.text, room.text, call.length);
+    else
+        call.status = no_memory(name_of(call));
+    call.calls->finish(call);
+}
+
+void ApiCalls::failed(GroupCall& base, const GroupFailure& failure)
+{
+    auto& call = static_cast<ApiCall&>(base);
+    switch (failure.kind) {
+    case GroupFailure::Kind::Call:
+        call.status = failed_call(name_of(call), call.owner, failure.error);
+        break;
+    case GroupFailure::Kind::NoClient:
+        call.status = no_client(name_of(call), call.owner, failure.creation);
+        break;
+    case GroupFailure::Kind::NotSent:
+        call.status = not_sent(name_of(call), call.owner);
+        break;
+    }
+    call.calls->finish(call);
+}
+
+void ApiCalls::finish(ApiCall& call)
+{
+    call.seconds = seconds_now() - call.begun;
+    call.next_finished = nullptr;
+    *last_finished = &call;
+    last_finished = &call.next_finished;
+}
+
+void ApiCalls::drop_finished()
+{
+    ApiCall* call = finished;
+    finished = call->next_finished;
+    if (!finished)
+        last_finished = &finished;
+    free(call->text);
+    free(call);
+}
+
+void ApiCalls::process()
+{
+    if (!is_closed)
+        group.process();
+}
+
+void ApiCalls::wait(Deadline until, const Caller& caller)
+{
+    while (!finished && is_open() && !is_closed && until.left() > 0) {
+        group.wait(until);
+        if (!finished && caller.has_given_up()) {
+            rpc_err error = {};
+            error.re_status = RPC_INTR;
+            error.re_errno = EINTR;
+            group.fail_all({GroupFailure::Kind::Call, error, {}});
+        }
+    }
+}
+
+Deadline ApiCalls::next_due() const
+{
+    if (finished)
+        return {0};
+    return is_open() && !is_closed ? group.next_due() : Deadline{INT64_MAX};
+}
+
+void ApiCalls::close()
+{
+    {
+        const Guard guard(mutex);
+        for (ApiCalls** link = &all_calls; *link; link = &(*link)->next)
+            if (*link == this) {
+                *link = next;
+                break;
+            }
+    }
+    group.fail_all({GroupFailure::Kind::NotSent, {}, {}}); // which nobody will hear of
+    while (finished)
+        drop_finished();
+    group.close();
+    is_closed = true;
+}
+
+void ApiCalls::close_in_child()
+{
+    group.close_in_child();
+    is_closed = true;
+}

@@ -1,0 +1,120 @@
+// Many calls at once, to several daemons: each is one datagram, sent once, with
+// a deadline of its own. Replies are matched by xid. One thread at a time; no
+// callback of a group calls Lua.
+//
+// A service's calls go through a lane: a socket of the group's own, found by a
+// port query that runs beside those of other lanes. The bytes that are under way
+// to one daemon, and back, are bounded, because more would be lost in the
+// kernel's buffers before the daemon sees them; what does not fit waits.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <rpc/rpc.h>
+
+#include "rpc/client.h"
+#include "rpc/clock.h"
+#include "rpc/descriptor.h"
+#include "rpc/port_mapper.h"
+#include "rpc/udp_socket.h"
+
+// Bytes under way to one daemon, or back.
+constexpr size_t group_window = 64 * 1024;
+
+// Why a call of a group ended without a reply.
+struct GroupFailure {
+    enum class Kind : uint8_t {
+        Call,     // after it was sent: `error`
+        NoClient, // there was nowhere to send it: `creation`
+        NotSent,  // its time was over while it waited for its turn
+    };
+    Kind kind;
+    rpc_err error;
+    CreationFailure creation;
+};
+
+// One call. Its owner keeps it until it has ended.
+struct GroupCall {
+    GroupCall* next = nullptr;
+    const ServiceClient* service = nullptr;
+    Deadline deadline = {0};
+    int64_t started = 0; // of milliseconds_now
+    size_t weight = 0;   // bytes of the request or of the reply, whichever are more
+    uint32_t xid = 0;
+};
+
+// What a group asks of the owner of its calls.
+struct GroupOwner {
+    // Writes the call's message into datagram_units; its size, 0 when it does not fit.
+    size_t (*encode)(GroupCall& call, uint32_t xid, uint32_t* units);
+    // The call has ended: with a datagram that bears its xid, from the daemon's
+    // port, or without.
+    void (*replied)(GroupCall& call, uint32_t* units, size_t size, uint16_t port);
+    void (*failed)(GroupCall& call, const GroupFailure& failure);
+};
+
+// Whether lanes may use a service's idle clients, and leave theirs to others.
+enum class LaneClients : uint8_t {
+    Own,    // a socket each, for the group's life
+    Shared, // lent while the group lives
+};
+
+class CallGroup
+{
+  public:
+    CallGroup(GroupOwner owner, LaneClients clients) : owner(owner), clients(clients) {}
+    ~CallGroup() { close(); }
+    CallGroup(const CallGroup&) = delete;
+    CallGroup& operator=(const CallGroup&) = delete;
+
+    // Begins the call: sends it, asks for its daemon's port, or lets it wait its
+    // turn. False without memory.
+    bool add(GroupCall& call);
+    // Takes what came and does what is due. Never waits.
+    void process();
+    // Waits until something came or is due, `until` at most; then process().
+    void wait(Deadline until);
+    // Ends every open call as failed.
+    void fail_all(const GroupFailure& failure);
+    // Gives the open calls up without a word and closes every socket.
+    void close();
+
+    bool is_open() const { return open_calls > 0; }
+    // When something is due next; only while a call is open.
+    Deadline next_due() const;
+
+    // A descriptor that is readable when there is something to do, from now on
+    // for the group's life. -1 with errno where there is none.
+    int descriptor();
+    // Makes that descriptor readable now, or not before `due`.
+    void set_alarm(Deadline due);
+
+    // In a forked child, whose parent's calls these are: closes every descriptor
+    // and nothing else.
+    void close_in_child();
+
+  private:
+    struct Lane;
+
+    Lane* lane_of(const ServiceClient& service);
+    void advance(Lane& lane);
+    bool open(Lane& lane);
+    void use(Lane& lane, PortQuery::State state);
+    bool send(Lane& lane, GroupCall& call);
+    void receive(Lane& lane);
+    void take(Lane& lane, uint32_t* units, size_t size);
+    void expire(Lane& lane, int64_t now);
+    void end(GroupCall& call, const GroupFailure& failure);
+    void fail_calls(GroupCall*& list, const GroupFailure& failure);
+    void fail_waiting(Lane& lane, const GroupFailure& failure);
+    void fail_sent(Lane& lane, const GroupFailure& failure);
+    void lose(Lane& lane, const rpc_err& error);
+    void close(Lane& lane, bool failed);
+    void watch(int fd) const;
+
+    const GroupOwner owner;
+    const LaneClients clients;
+    Lane* lanes = nullptr;
+    size_t open_calls = 0;
+    Descriptor epoll, timer;
+};

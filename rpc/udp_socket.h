@@ -1,0 +1,34 @@
+// UDP sockets that hear one port of 127.0.0.1 and nobody else.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <sys/types.h>
+
+#include "rpc/descriptor.h"
+
+// Which local port a socket gets.
+enum class LocalPort : uint8_t {
+    Any,
+    Reserved, // below 1024 where privileges allow, else any
+};
+
+// A connected socket.
+struct UdpSocket : Descriptor {
+    uint16_t port = 0; // of the daemon
+
+    // send(2) and recv(2). Nothing is sent on anything but a UDP socket: a
+    // descriptor that is a stream or file of the host's by now gives EBADF.
+    // `flags` are recv's own.
+    ssize_t send(const void* datagram, size_t size);
+    ssize_t receive(void* datagram, size_t size, int flags) const;
+};
+
+// A socket that is connected to that port of 127.0.0.1, closed on exec; reading
+// waits for `wait_ms` at most, 0 for ever. `random` chooses among reserved
+// ports: those that are taken cost a step each. False with errno set;
+// ECONNREFUSED where the port is the socket's own.
+bool open_udp_socket(UdpSocket& socket, uint16_t port, LocalPort local, uint32_t random, int64_t wait_ms);
+
+// Bits that nobody can guess, unless the kernel has none.
+uint32_t random_bits();

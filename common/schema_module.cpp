@@ -113,13 +113,116 @@ void push_api(lua_State* L, int inputs, int outputs, const Service& service, con
     }
 }
 
+// What the module's functions share, as upvalues: the APIs and positions that
+// were made so far. Each is made when it is first asked for, because a page asks
+// for a few.
+enum Made : int { made_apis = 1, made_inputs, made_outputs, made_count = made_outputs };
+
+// Pushes the API's table, the same one each time.
+void push_made_api(lua_State* L, const Service& service, const Api& api)
+{
+    lua_getfield(L, lua_upvalueindex(made_apis), api.name);
+    if (!lua_isnil(L, -1))
+        return;
+    lua_pop(L, 1);
+    push_api(L, lua_upvalueindex(made_inputs), lua_upvalueindex(made_outputs), service, api);
+    lua_pushvalue(L, -1);
+    lua_setfield(L, lua_upvalueindex(made_apis), api.name);
+}
+
 // schema.api(name): the API of that name, or nil.
 int find_api(lua_State* L)
 {
-    luaL_checkstring(L, 1);
-    lua_settop(L, 1);
-    lua_rawget(L, lua_upvalueindex(1));
+    const std::string_view name = luaL_checkstring(L, 1);
+    for (const Service* service : all_services)
+        for (const Api& api : *service)
+            if (api.registered() && name == api.name) {
+                push_made_api(L, *service, api);
+                return 1;
+            }
+    lua_pushnil(L);
     return 1;
+}
+
+// schema.table(name): the table's APIs by their operation, or nil.
+int find_table(lua_State* L)
+{
+    const std::string_view name = luaL_checkstring(L, 1);
+    lua_settop(L, 1);
+    for (const Service* service : all_services)
+        for (const Api& api : *service) {
+            const ApiName parts = split_name(api);
+            if (!api.registered() || parts.table != name)
+                continue;
+            if (lua_gettop(L) == 1)
+                lua_createtable(L, 0, 3);
+            push_made_api(L, *service, api);
+            lua_setfield(L, 2, name_of(parts.operation));
+        }
+    if (lua_gettop(L) == 1)
+        lua_pushnil(L);
+    return 1;
+}
+
+void push_services(lua_State* L)
+{
+    lua_createtable(L, static_cast<int>(all_services.size()), 0);
+    int number = 0;
+    for (const Service* service : all_services) {
+        lua_createtable(L, 0, 3);
+        set_text(L, "name", service->name);
+        set_text(L, "title", service->title);
+        set_number(L, "program", static_cast<int64_t>(service->program));
+        lua_rawseti(L, -2, ++number);
+    }
+}
+
+void push_apis(lua_State* L)
+{
+    lua_newtable(L);
+    int number = 0;
+    for (const Service* service : all_services)
+        for (const Api& api : *service)
+            if (api.registered()) {
+                push_made_api(L, *service, api);
+                lua_rawseti(L, -2, ++number);
+            }
+}
+
+// What is said of each kind of text, by its name.
+void push_kinds(lua_State* L)
+{
+    lua_newtable(L);
+    for (const TextKind& kind : text_kinds)
+        set_text(L, kind.name, kind.meaning);
+}
+
+// The lists of the table schema, which are there from their first use on.
+int make_list(lua_State* L)
+{
+    const std::string_view name = lua_type(L, 2) == LUA_TSTRING ? lua_tostring(L, 2) : "";
+    lua_settop(L, 2);
+    if (name == "services")
+        push_services(L);
+    else if (name == "apis")
+        push_apis(L);
+    else if (name == "kinds")
+        push_kinds(L);
+    else
+        return 0;
+    lua_pushvalue(L, 2);
+    lua_pushvalue(L, 3);
+    lua_rawset(L, 1);
+    return 1;
+}
+
+// A function with everything made so far, whose tables stand on top of the stack.
+void set_function(lua_State* L, int table, const char* name, lua_CFunction function)
+{
+    for (int i = 0; i < made_count; i++)
+        lua_pushvalue(L, -made_count);
+    lua_pushcclosure(L, function, made_count);
+    lua_setfield(L, table, name);
 }
 } // namespace
 
@@ -127,34 +230,15 @@ int luaopen_librpc_schema(lua_State* L)
 {
     lua_settop(L, 0);
     luaL_checkstack(L, 20, nullptr);
-    constexpr int schema = 1, services = 2, apis = 3, by_name = 4, inputs = 5, outputs = 6;
-    lua_createtable(L, 0, 3);
-    lua_createtable(L, static_cast<int>(all_services.size()), 0);
-    for (int i = apis; i <= outputs; i++)
+    constexpr int schema = 1, meta = 2;
+    lua_createtable(L, 0, 4);
+    lua_createtable(L, 0, 1);
+    for (int i = 0; i < made_count; i++)
         lua_newtable(L);
-    int number = 0, api_number = 0;
-    for (const Service* service : all_services) {
-        lua_createtable(L, 0, 3);
-        set_text(L, "name", service->name);
-        set_text(L, "title", service->title);
-        set_number(L, "program", static_cast<int64_t>(service->program));
-        lua_rawseti(L, services, ++number);
-        for (const Api& api : *service) {
-            if (!api.registered())
-                continue;
-            push_api(L, inputs, outputs, *service, api);
-            lua_pushvalue(L, -1);
-            lua_setfield(L, by_name, api.name);
-            lua_rawseti(L, apis, ++api_number);
-        }
-    }
-    lua_pushvalue(L, services);
-    lua_setfield(L, schema, "services");
-    lua_pushvalue(L, apis);
-    lua_setfield(L, schema, "apis");
-    lua_pushvalue(L, by_name);
-    lua_pushcclosure(L, find_api, 1);
-    lua_setfield(L, schema, "api");
-    lua_settop(L, schema);
+    set_function(L, schema, "api", find_api);
+    set_function(L, schema, "table", find_table);
+    set_function(L, meta, "__index", make_list);
+    lua_settop(L, meta);
+    lua_setmetatable(L, schema);
     return 1;
 }

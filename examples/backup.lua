@@ -23,11 +23,8 @@ local function rows_of(set)
   elseif not get then
     return nil, set.table .. ": cannot be read"
   end
-  local row, message = record.call(get.name)
-  if not row then
-    return nil, message
-  end
-  return { (row.res or 0) == 0 and row or nil }
+  local row, message = record.get(set.table)
+  return row and { row }, message
 end
 
 -- A value as Lua source.
@@ -56,8 +53,11 @@ local function save(service, path)
           local name = position.name
           if kept[name] ~= nil then
             file:write((" [%q] = %s,"):format(name, source(kept[name])))
-          elseif position.kind == "bytes" then
+          end
+          if position.kind == "bytes" then
             complain("not kept:", set.table .. ": " .. name)
+          elseif position.kind == "real" then
+            complain("kept with two decimals:", set.table .. ": " .. name)
           end
         end
         file:write(" } },\n")

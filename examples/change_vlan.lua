@@ -1,6 +1,9 @@
 -- Gives a VLAN another name; everything else of it stays as it is:
 --
 --     lua5.1 examples/change_vlan.lua 10 phones
+--
+-- The fields' names are those of the simulated device's file of names,
+-- sim/names.lua.
 local record = require "librpc.record"
 
 local vlan, name = arg[1], arg[2]
@@ -9,8 +12,8 @@ if not name then
   os.exit(2)
 end
 
--- Reads the row, changes the fields given and sends all of it.
-local status, message = record.change("vlaninfo", { field1 = vlan, field3 = name })
+-- Reads the row of the key, changes the fields given and sends all of it.
+local status, message = record.change("vlaninfo", { vlan = vlan }, { name = name })
 if not status then
   io.stderr:write("change_vlan: ", message, "\n")
   os.exit(1)
@@ -19,5 +22,5 @@ elseif status ~= 0 then
   os.exit(1)
 end
 
-local row = assert(record.call("oltmib_vlaninfo_get_1", { field1 = vlan }))
-print(("VLAN %d is now %s, ports %s"):format(row.field1, row.field3, row.field5))
+local row = assert(record.get("vlaninfo", { vlan = vlan }))
+print(("VLAN %d is now %s, ports %s"):format(row.vlan, row.name, row.untagged))

@@ -54,6 +54,16 @@ while port[#port] == "0" do
   port = fields(callapi("oltmib_portinfo_getn_1", port[1]))
 end
 
+headline "The ports by the names of their fields"
+-- librpc.record takes and gives tables. What a field is called is no part of the
+-- device's interface; a file of names tells it, here sim/names.lua.
+local record = require "librpc.record"
+for _, row in ipairs(record.rows("portinfo", nil, { limit = 100 })) do
+  print(("  %-6s link %-5s speed %-5s %s"):format(row.name, row.link, row.speed, row.description))
+end
+local _, changes = record.change("portinfo", { port = 2 }, { description = "customer 22" })
+print(("change    %s -> %s"):format(changes.description.before, changes.description.after))
+
 headline "Counters move"
 for _ = 1, 2 do
   local stat = fields(callapi("oltmib_portstat_get_1", "1"))

@@ -8,7 +8,7 @@ local record = require "librpc.record"
 local interval, rounds = tonumber(arg[1] or 2), tonumber(arg[2] or math.huge)
 
 local function read()
-  local rows, message = record.rows "oltmib_portstat_getn_1"
+  local rows, message = record.rows "portstat"
   if not rows then
     io.stderr:write("watch_counters: ", message, "\n")
     os.exit(1)

@@ -4,29 +4,7 @@
 
 // clang-format off
 const std::vector<Key> special_keys = {
-    {"devinfo", ""},
-    {"devcapbool", "text64a"}, {"devcapint", "text64a"}, {"devcapstr", "text64a"},
-    {"libconfbool", "text64a"}, {"libconfint", "text64a"}, {"libconfstr", "text64a"},
-    {"vlanbitmapinfo", "field1"},
-    {"fdb", "mac"},
-    {"macauth_user", "mac"},
-    {"nsmauthmac", "value1 mac1"},
-    {"nsmpsmac", "value1 mac1"},
-    {"nsmpsmacstate", "value1 mac1"},
-    {"nsmipsguser", "value1 mac1"},
-    {"lldpifnei", "value1 mac1"},
-    {"mstp_if", "value1 value2"}, // instance, port
-    {"mstp_ifstate", "value1 value2"},
-    {"igmpsnp_mrouter", "int1 text40"},
-    {"igmpsnp_grp", "int1 text40 text32a"},
-    {"igmpsnp_static_grp", "int1 text40 text32a"},
-    {"igmpsnp_fastleave", "int1"},
-    {"snmp_community", "text40"},
-    {"snmp_srv", "int1"},
-    {"snmp_host", "text80a"},
-    {"account", "text40"},
-    {"syslogremote", "int1"},
-    {"policy", "name class_"},
+#include "keys.inc" // made of names.lua
 };
 
 const std::vector<Alias> aliases = {

@@ -12,10 +12,11 @@ struct Content {
 };
 
 // How a table differs from the rule that its rows are told apart by the first
-// position of their text, and that a table without a getn has one row.
+// position of their text, and that a table without a getn has one row. They stand
+// in names.lua, from which CMake takes them: one row a table that names its key.
 struct Key {
     const char* table;
-    const char* members; // of the record; "" is a table of one row
+    const char* members; // of the record, without a C++ name's last '_'; "" is a table of one row
 };
 
 // An API that works on another table's rows.

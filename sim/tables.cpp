@@ -84,9 +84,9 @@ std::string generated(const Position& field, const std::string& member, size_t n
 
 Field field_named(const Record& record, const std::string& name)
 {
-    for (unsigned i = 0; i < record.count; i++)
-        if (member_name(record, i) == name)
-            return record.fields[i];
+    for (const Field& field : record)
+        if (field_name(record, field) == name)
+            return field;
     fail(record.name, std::string("a member among ") + record.members, name);
 }
 

@@ -13,7 +13,7 @@ local function gives(arguments, output, errors, status, environment)
 end
 
 gives("port_table.lua", [[
-ifx  name   description           speed    MTU
+port name   description           speed    MTU
 1    ge1    uplink to the core     1000   1500
 2    ge2    customer 2             1000   1500
 3    ge3    customer 3             1000   1500
@@ -25,9 +25,9 @@ ifx  name   description           speed    MTU
 ]])
 
 gives("change_vlan.lua 10 phones", "VLAN 10 is now phones, ports ge1,ge2\n")
-gives("change_vlan.lua 10 'phones&co'", "", "change_vlan: oltmib_vlaninfo_set_1: field3: expected a text without '&', "
+gives("change_vlan.lua 10 'phones&co'", "", "change_vlan: oltmib_vlaninfo_set_1: name: expected a text without '&', "
   .. 'which separates fields, found "phones&co"\n', 1)
-gives("change_vlan.lua 11 phones", "", "change_vlan: oltmib_vlaninfo_get_1: res: expected the row to change, with 0, "
+gives("change_vlan.lua 11 phones", "", "change_vlan: oltmib_vlaninfo_get_1: res: expected 0, of a row that is there, "
   .. "found 1\n", 1)
 gives("change_vlan.lua 10", "", "usage: change_vlan.lua VLAN NAME\n", 2)
 
@@ -49,11 +49,33 @@ gives("backup.lua save vrrpinfo /run/vrrp.lua", "")
 gives("backup.lua save nothing /run/nothing.lua", "", "backup: no such service, or none with settings: nothing\n", 1)
 gives("backup.lua", "", "usage: backup.lua save SERVICE FILE | restore FILE\n", 2)
 
+-- The page of fifteen tables: each daemon's, by the names of its fields.
+local dashboard = example("dashboard.cgi")
+check.equal("dashboard: tables", { select(2, dashboard:gsub("<h2>", "")), select(2, dashboard:gsub("<table>", "")) },
+  { 15, 15 })
+check.equal("dashboard: nothing failed", dashboard:match('<p role="alert">(.-)</p>'), nil)
+for _, line in ipairs {
+  '<h2>Device</h2>\n<table>\n<tr><th scope="col">host name</th><th scope="col">model</th><th scope="col">serial</th>'
+    .. '<th scope="col">software</th><th scope="col">uptime (s)</th></tr>\n<tr><td>olt-lab-1</td><td>OLT-8G</td>'
+    .. "<td>SN20260117-0042</td><td>1.4.2</td><td>86400</td></tr>\n</table>\n",
+  "<tr><td>5</td><td>ge5</td><td></td><td>on</td><td>down</td><td>0</td><td>1500</td></tr>\n",
+  "<tr><td>admin</td><td>15</td><td>on</td></tr>\n",
+  "<tr><td>serial-1</td><td>192.0.2.41</td><td>yes</td></tr>\n",
+} do
+  check.equal("dashboard: " .. line, dashboard:find(line, 1, true) ~= nil, true)
+end
+check.equal("dashboard: a wrong name is told",
+  example("dashboard.cgi", "LIBRPC_NAMES="):match('<p role="alert">(.-)</p>'),
+  "devinfo: expected a name of its fields, found model")
+local account = example("page.cgi", "QUERY_STRING='table=account'")
+check.equal("page.cgi shows no secret", { account:match("<td>admin</td>"), account:match("secret") },
+  { "<td>admin</td>" })
+
 local function html(title, body)
   return "Content-Type: text/html; charset=utf-8\r\n\r\n<!DOCTYPE html>\n<title>" .. title .. "</title>\n<h1>" .. title
     .. "</h1>\n" .. body
 end
-gives("page.cgi", "Status: 200 OK\r\n" .. html("svi", "<table>\n<tr><th>field1</th><th>name</th><th>field3</th>"
+gives("page.cgi", "Status: 200 OK\r\n" .. html("svi", "<table>\n<tr><th>vlan</th><th>interface</th><th>address</th>"
   .. "<th>text</th><th>oper</th><th>res</th></tr>\n<tr><td>1</td><td>vlan1</td><td>192.0.2.10/24</td><td></td>"
   .. "<td>0</td><td>0</td></tr>\n<tr><td>20</td><td>vlan20</td><td>198.51.100.1/24</td><td></td><td>0</td>"
   .. "<td>0</td></tr>\n</table>\n"), "", 0, "QUERY_STRING=table=svi")
@@ -63,6 +85,10 @@ shell.run(shell.interpreter .. [[ $LIBRPC_TEST_SOURCE/lua/rpcctl set svi field1=
 output = example("page.cgi", "QUERY_STRING='table=svi'")
 check.equal("markup in a text", output:match("<td>20</td><td>(.-)</td>"), "&lt;b&gt;&quot;")
 shell.tell "stop lpdet"
+dashboard = example("dashboard.cgi")
+check.equal("dashboard: one daemon's end", { select(2, dashboard:gsub("<table>", "")),
+  dashboard:match('<h2>Loop detection by port</h2>\n<p role="alert">(.-) %[RPC') }, { 14,
+  "oltmib_lpdet_portinfo_getn_1 (service lpdet, program 50018): the daemon has not registered with the port mapper" })
 gives("page.cgi", "Status: 503 Service Unavailable\r\n" .. html("lpdet_portinfo", "<p>oltmib_lpdet_portinfo_getn_1 "
   .. "(service lpdet, program 50018): the daemon has not registered with the port mapper [RPC: Program not registered]"
   .. "</p>\n"), "127.0.0.1: RPC: Program not registered\n", 0, "QUERY_STRING=table=lpdet_portinfo")

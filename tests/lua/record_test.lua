@@ -221,7 +221,7 @@ check.equal("a wrong field is not sent", calls, {})
 -- record.find
 check.equal("find", record.find("portinfo", "getn").name, "oltmib_portinfo_getn_1")
 check.equal("find another verb", record.find("dyinggasp_support", "other").name, "oltmib_dyinggasp_support_1")
-check.row(record.find, { "portrate", "set" }, { "nil", 'portrate: expected get or getn, found "set"', "unknown_api" })
+check.row(record.find, { "portrate", "set" }, { "nil", 'portrate: expected get or getn, found "set"', "no_operation" })
 check.row(record.find, { "portinf", "get" },
   { "nil", 'librpc: expected the name of a table (did you mean portinfo?), found "portinf"', "unknown_api" })
 
@@ -234,38 +234,44 @@ local function row_of(number)
   return { field1 = number, name = "vlan" .. number, field3 = "192.0.2." .. number, text = "", oper = 0, res = 0 }
 end
 calls, answers = {}, { svi(1), svi(20), svi(20, 1) }
-check.row(record.rows, { walk }, { { row_of(1), row_of(20) } })
+local function last_of(number)
+  local row = row_of(number)
+  row.res = 1
+  return row
+end
+check.row(record.rows, { walk }, { { row_of(1), row_of(20) }, "res", last_of(20) })
 check.equal("each row is the key of the next", calls,
   { walk .. " ", walk .. " 1&vlan1&192.0.2.1", walk .. " 20&vlan20&192.0.2.20" })
 calls, answers = {}, { svi(20), svi(0, 1) }
-check.row(record.rows, { walk, { field1 = 1, oper = 3 } }, { { row_of(20) } })
+check.row(record.rows, { walk, { field1 = 1, oper = 3 } }, { { row_of(20) }, "res", last_of(0) })
 check.equal("the operation code goes along", calls, { walk .. " 1&&&&3", walk .. " 20&vlan20&192.0.2.20&&3" })
 answers = { svi(1), svi(2), svi(1) }
 check.row(record.rows, { walk }, { "nil",
   'oltmib_svi_getn_1: expected another row, found row "1&vlan1&192.0.2.1" again', "repeated_row",
-  { row_of(1), row_of(2), row_of(1) } }, "a daemon that begins again")
+  { row_of(1), row_of(2), row_of(1) }, "nil" }, "a daemon that begins again")
 answers = { svi(1), svi(1) }
 check.row(record.rows, { walk }, { "nil",
   'oltmib_svi_getn_1: expected another row, found row "1&vlan1&192.0.2.1" again', "repeated_row",
-  { row_of(1), row_of(1) } }, "a daemon that repeats a row")
+  { row_of(1), row_of(1) }, "nil" }, "a daemon that repeats a row")
 answers = { svi(1), svi(2), svi(3) }
 check.row(record.rows, { walk, nil, { limit = 2 } },
-  { "nil", "oltmib_svi_getn_1: expected at most 2 rows, found more", "too_many_rows", { row_of(1), row_of(2) } })
+  { "nil", "oltmib_svi_getn_1: expected at most 2 rows, found more", "too_many_rows", { row_of(1), row_of(2) },
+    row_of(3) })
 answers = { svi(1) }
 failure = "timed_out"
-check.row(record.rows, { walk }, { "nil", "a sentence about it", "timed_out", { row_of(1) } })
+check.row(record.rows, { walk }, { "nil", "a sentence about it", "timed_out", { row_of(1) }, "nil" })
 failure = nil
 answers = { svi(1), svi(2), svi(3) }
 check.row(record.rows, { walk, nil, { done = function(row)
   return row.field1 == 3
-end } }, { { row_of(1), row_of(2) } })
+end } }, { { row_of(1), row_of(2) }, "end", row_of(3) })
 calls, answers = {}, { svi(1), svi(2, 1) }
 check.row(record.rows, { walk, nil, { next = function(row)
   return { field1 = row.field1 + 100 }
-end } }, { { row_of(1) } })
+end } }, { { row_of(1) }, "res", last_of(2) })
 check.equal("the next key is the caller's", calls, { walk .. " ", walk .. " 101" })
 check.row(record.rows, { "oltmib_svi_get_1" },
-  { "nil", 'oltmib_svi_get_1: expected a getn API, found "get"', "unknown_api", {} })
+  { "nil", 'oltmib_svi_get_1: expected a getn API, found "get"', "no_operation", {} })
 check.row(record.rows, { "oltmib_ioctlinfo_getn_1" },
   { "nil", "oltmib_ioctlinfo_getn_1: expected a `done` option, because its rows have no `res`, found none",
     "no_end", {} })
@@ -279,23 +285,27 @@ check.equal("a text that cannot go back ends the key", calls[2], "oltmib_lldpifn
 
 -- record.change
 calls, answers = {}, { svi(20), "0" }
-check.row(record.change, { "svi", { field1 = 20, field3 = "192.0.2.99", oper = 2 } }, { 0 })
+check.row(record.change, { "svi", { field1 = 20, field3 = "192.0.2.99", oper = 2 } }, { 0,
+  { field3 = { before = "192.0.2.20", after = "192.0.2.99" }, oper = { before = 0, after = 2 } } })
 check.equal("a change reads, then sends all", calls,
-  { "oltmib_svi_get_1 20&&192.0.2.99", "oltmib_svi_set_1 20&vlan20&192.0.2.99&&2" })
+  { "oltmib_svi_get_1 20", "oltmib_svi_set_1 20&vlan20&192.0.2.99&&2" })
 answers = { svi(20, 1) }
 check.row(record.change, { "svi", { field1 = 20 } },
-  { "nil", "oltmib_svi_get_1: res: expected the row to change, with 0, found 1", "daemon_status" })
+  { "nil", "oltmib_svi_get_1: res: expected 0, of a row that is there, found 1", "no_row", last_of(20) })
 answers = { svi(21) }
 check.row(record.change, { "svi", { field1 = 20 } },
-  { "nil", "oltmib_svi_get_1: field1: expected the row 20, found 21", "other_row" })
+  { "nil", "oltmib_svi_get_1: field1: expected the row 20, found 21", "other_row", row_of(21) })
 answers = { "OLT&SN&00-1E-80-4C-00-01&1&2&3&0&0&olt&0" }
 check.row(record.change, { "devinfo", { hostname = "olt-2" } }, { "nil", "oltmib_devinfo_set_1: mac: expected a value, "
   .. 'because the argument cannot carry the row\'s own, found "00-1E-80-4C-00-01"', "not_carried" })
 calls, answers = {}, { "OLT&SN&00-1E-80-4C-00-01&1&2&3&0&4294967295&olt&0", "0" }
-check.row(record.change, { "devinfo", { hostname = "olt-2", mac = "" } }, { 0 })
+check.row(record.change, { "devinfo", { hostname = "olt-2", mac = "" } }, { 0, {
+  hostname = { before = "olt", after = "olt-2" },
+  mac = { before = "00-1E-80-4C-00-01", after = "00-00-00-00-00-00" },
+} })
 check.equal("a MAC that is left out on purpose", calls[2], "oltmib_devinfo_set_1 OLT&SN&&1&2&3&0&-1&olt-2")
 check.row(record.change, { "vlanbitmapinfo", {} }, { "nil", 'vlanbitmapinfo: expected set, found "get"',
-  "unknown_api" })
+  "no_operation" })
 
 -- record.difference
 for _, row in ipairs {

@@ -90,7 +90,9 @@ fails("set svi field1=20 name=" .. ("x"):rep(40), 2, 'rpcctl: oltmib_svi_set_1: 
 fails("set svi field1=20 'name=a&b'", 2, "rpcctl: oltmib_svi_set_1: name: expected a text without '&', which separates "
   .. 'fields, found "a&b"; texts cannot hold it, there is no escaping\n')
 fails("set svi field1=21 name=x", 6,
-  "rpcctl: oltmib_svi_get_1: res: expected the row to change, with 0, found 1\n")
+  "rpcctl: oltmib_svi_get_1: res: expected 0, of a row that is there, found 1\n")
+fails([[set svi 'field1=x"\y']], 2,
+  [[rpcctl: oltmib_svi_set_1: field1: expected a whole number, found "x\"\\y"]] .. "\n") -- escaped once
 fails("set vlanbitmapinfo field1=1", 2, "rpcctl: set: expected --only, because vlanbitmapinfo has no get to read the "
   .. "row with, found none; see rpcctl set --help\n")
 fails("set portrate ifx=1", 3, 'rpcctl: portrate: expected get or getn, found "set"; '

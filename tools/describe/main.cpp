@@ -56,6 +56,7 @@ void write_files(const fs::path& source, const fs::path& out)
     }
     put_file(out / "docs/reference/README.md", write_reference_index);
     put_file(out / "docs/reference/librpc.lua", write_annotations);
+    put_file(out / "docs/reference/names.lua", write_empty_names);
     put_file(out / "tools/wireshark/librpc.lua", [&](auto& to) {
         write_dissector_data(to);
         to << '\n' << read_file(source / "tools/wireshark/dissector.lua");

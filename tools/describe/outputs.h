@@ -21,6 +21,9 @@ void write_reference_index(std::ostream& out);
 // LuaLS annotations: docs/reference/librpc.lua.
 void write_annotations(std::ostream& out);
 
+// A file of names with nothing filled in: docs/reference/names.lua.
+void write_empty_names(std::ostream& out);
+
 // The programs and records as Lua tables: the first half of the Wireshark
 // plug-in, whose second half is tools/wireshark/dissector.lua.
 void write_dissector_data(std::ostream& out);

@@ -26,7 +26,7 @@ class Block:
 
 def blocks_of(document, section):
     """The blocks of a section ("## SECTION" up to the next heading), or of all."""
-    blocks, block, paragraph, ended = [], None, "", True
+    blocks, block, paragraph, ended, indent = [], None, "", True, 0
     inside = not section
     for number, line in enumerate(document.read_text().splitlines(), 1):
         where = f"{document.name}:{number}"

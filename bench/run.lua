@@ -2,6 +2,7 @@
 -- performance.svg. run.lua BUILD PORT PID OUTPUT SPEED,
 -- the daemon's port and process; see tools/dev_bench.sh.
 local output = require("output")
+local pages = require("pages")
 local plot = require("plot")
 local profile = require("profile")
 local report = require("report")
@@ -27,6 +28,9 @@ local results = {}
 
 progress("start")
 results.startup = startup.measure(library, rounds(201))
+
+progress("pages")
+results.pages = pages.measure(build, rounds(201))
 
 progress("calls")
 timing.use(tonumber(arg[2]), tonumber(arg[3]))

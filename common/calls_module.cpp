@@ -382,7 +382,7 @@ int make_message(lua_State* L)
     const size_t size = strlen(argument) + 1;
     auto* copy = static_cast<char*>(lua_newuserdata(L, size)); // parsers cut up what they read
     memcpy(copy, argument, size);
-    const uint32_t xid = random_bits();
+    const uint32_t xid = random_bits().call_xid;
     const Call call = make_call(*found.api, parse_argument(*found.api, room.request, copy), room.reply.bytes);
     const CallHeader header = {xid, found.service->client->program, static_cast<uint32_t>(server_version),
                                call.procedure};

@@ -32,7 +32,9 @@ GroupFailure creation_failure(const CreationFailure& creation)
 
 // One daemon's calls.
 struct CallGroup::Lane {
-    explicit Lane(const ServiceClient& service) : service(service), query(service.program, server_version) {}
+    explicit Lane(const ServiceClient& service) : service(service), query(service.program, server_version, Life::Long)
+    {
+    }
 
     const ServiceClient& service;
     Lane* next = nullptr;
@@ -133,7 +135,7 @@ bool CallGroup::open(Lane& lane)
         return true;
     }
     lane.asks = true;
-    use(lane, lane.query.start());
+    use(lane, lane.query.start(random_bits().query_xid));
     if (lane.asks)
         watch(lane.query.fd());
     return lane.is_ready();
@@ -148,14 +150,15 @@ void CallGroup::use(Lane& lane, PortQuery::State state)
     const uint16_t port = lane.query.port();
     lane.asks = false;
     lane.query.~PortQuery();
-    new (&lane.query) PortQuery(lane.service.program, server_version);
+    new (&lane.query) PortQuery(lane.service.program, server_version, Life::Long);
     if (state == PortQuery::State::Failed)
         return fail_waiting(lane, creation_failure(failure));
-    if (!open_udp_socket(lane.own, port, LocalPort::Reserved, random_bits(), socket_wait_ms(TIMEOUT))) {
+    const RandomBits random = random_bits();
+    if (!open_udp_socket(lane.own, port, LocalPort::Reserved, random.port, socket_wait_ms(TIMEOUT))) {
         const CreationFailure refused = {RPC_SYSTEMERROR, error_of(RPC_SYSTEMERROR, errno)};
         return fail_waiting(lane, creation_failure(refused));
     }
-    lane.xid = random_bits();
+    lane.xid = random.call_xid;
     watch(lane.own.fd);
 }
 

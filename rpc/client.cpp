@@ -13,6 +13,10 @@ namespace
 const Caller* handle_caller; // of one thread
 pthread_t handle_thread;
 
+// What a call wants left for the socket's own receive, which is not exact, to
+// wait first.
+constexpr int64_t enough_ms = ms_of_second * TIMEOUT.tv_sec - ms_of_second / 2;
+
 constexpr int patience_ms = 100; // between looks at who still wants to wait
 
 Mutex clients_mutex; // guards every pool
@@ -76,6 +80,8 @@ Client* find_client(ClientPool& pool)
 // Waits a little for a client to come back. With clients_mutex held.
 void wait_for_client(ClientPool& pool)
 {
+    if (!clients_mutex.is_held) // one thread: nobody will give one back
+        return void(poll(nullptr, 0, patience_ms));
     timespec until;
     clock_gettime(CLOCK_REALTIME, &until);
     until.tv_nsec += patience_ms * 1000000;
@@ -95,10 +101,11 @@ bool fail(CreationFailure& failure, enum clnt_stat status, int number)
     return false;
 }
 
-bool ask_port(uint32_t program, Deadline deadline, const Caller& caller, uint16_t& port, CreationFailure& failure)
+bool ask_port(uint32_t program, uint32_t xid, Deadline deadline, const Caller& caller, uint16_t& port,
+              CreationFailure& failure)
 {
-    PortQuery query(program, server_version);
-    PortQuery::State state = query.start();
+    PortQuery query(program, server_version, Life::OneCall);
+    PortQuery::State state = query.start(xid);
     while (state == PortQuery::State::Asking) {
         const Deadline next = query.next().or_sooner(deadline);
         pollfd readable = {query.fd(), POLLIN, 0};
@@ -120,12 +127,13 @@ bool ask_port(uint32_t program, Deadline deadline, const Caller& caller, uint16_
 bool make_client(const ServiceClient& service, Client& client, Deadline deadline, const Caller& caller,
                  CreationFailure& failure)
 {
+    const RandomBits random = random_bits();
     uint16_t port = 0;
-    if (!ask_port(service.program, deadline, caller, port, failure))
+    if (!ask_port(service.program, random.query_xid, deadline, caller, port, failure))
         return false;
-    if (!open_udp_socket(client.socket, port, LocalPort::Reserved, random_bits(), socket_wait_ms(TIMEOUT)))
+    if (!open_udp_socket(client.socket, port, LocalPort::Reserved, random.port, socket_wait_ms(TIMEOUT)))
         return fail(failure, RPC_SYSTEMERROR, errno);
-    client.xid = random_bits();
+    client.xid = random.call_xid;
     return true;
 }
 } // namespace
@@ -155,9 +163,10 @@ Client* lend_client(const ServiceClient& service, Deadline deadline, const Calle
     clients_mutex.unlock();
     if (!is_new)
         return client;
-    client->time = TimeLeft::Some;
-    if (make_client(service, *client, deadline, caller, failure))
+    if (make_client(service, *client, deadline, caller, failure)) {
+        client->time = deadline.left() > enough_ms ? TimeLeft::All : TimeLeft::Some;
         return client;
+    }
     give_back_client(service, *client, true);
     return nullptr;
 }
@@ -174,7 +183,7 @@ bool find_port(const ServiceClient& service, Deadline deadline, const Caller& ca
     }
     if (port != 0)
         return true;
-    if (!ask_port(service.program, deadline, caller, port, failure))
+    if (!ask_port(service.program, random_bits().query_xid, deadline, caller, port, failure))
         return false;
     const Guard guard(clients_mutex);
     pool.port = port;
@@ -210,7 +219,7 @@ void keep_as_client(const ServiceClient& service, UdpSocket& socket)
     list(pool);
     client->state = Client::State::Idle;
     client->generation = pool.generation;
-    client->xid = random_bits();
+    client->xid = random_bits().call_xid;
     client->socket = socket;
     socket = {};
 }

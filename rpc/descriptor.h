@@ -23,7 +23,11 @@ struct Descriptor {
 
     // Takes over a descriptor that was just made, under a number of 3 or more.
     // False, with errno set, where there is none.
-    bool take(int made)
+    bool take(int made) { return take_number(made) && know(); }
+
+    // The same without knowing it again: for one that is closed before the host
+    // runs. Only close_blindly may close it.
+    bool take_number(int made)
     {
         if (made >= 0 && made <= STDERR_FILENO) {
             const int higher = fcntl(made, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
@@ -32,11 +36,28 @@ struct Descriptor {
             errno = number;
             made = higher;
         }
+        fd = made < 0 ? 0 : made;
+        return made >= 0;
+    }
+
+    // Learns to know the descriptor again. Closes it where that fails.
+    bool know()
+    {
         struct stat now;
-        if (made < 0 || fstat(made, &now) != 0)
+        if (fstat(fd, &now) != 0) {
+            close_blindly();
             return false;
-        fd = made, device = now.st_dev, inode = now.st_ino;
+        }
+        device = now.st_dev, inode = now.st_ino;
         return true;
+    }
+
+    void close_blindly()
+    {
+        const int number = errno;
+        ::close(fd);
+        fd = 0;
+        errno = number;
     }
 
     // Closes the descriptor where the number is still its own. Keeps errno.

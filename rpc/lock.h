@@ -5,13 +5,41 @@
 
 #include <pthread.h>
 
+#if __has_include(<sys/single_threaded.h>)
+#include <sys/single_threaded.h>
+#define LIBRPC_KNOWS_ONE_THREAD
+#endif
+
 // A mutex that needs no initialisation at run time and stays usable in a forked
-// child: around_fork holds it while the process forks.
+// child whose parent held it while it forked. A process that has one thread and
+// whose C library says so (glibc 2.32) takes none: nothing between lock() and
+// unlock() can start another.
 struct Mutex {
     pthread_mutex_t mutex = PTHREAD_MUTEX_INITIALIZER;
+    bool is_held = false;
 
-    void lock() { pthread_mutex_lock(&mutex); }
-    void unlock() { pthread_mutex_unlock(&mutex); }
+    void lock()
+    {
+        if (has_one_thread())
+            return;
+        pthread_mutex_lock(&mutex);
+        is_held = true;
+    }
+    void unlock()
+    {
+        if (!is_held)
+            return;
+        is_held = false;
+        pthread_mutex_unlock(&mutex);
+    }
+    static bool has_one_thread()
+    {
+#ifdef LIBRPC_KNOWS_ONE_THREAD
+        return __libc_single_threaded != 0;
+#else
+        return false;
+#endif
+    }
 };
 
 // Holds a mutex while it lives.
@@ -37,7 +65,7 @@ class Turn
         const Guard guard(mutex);
         watch_forks();
         if (depth == 0 || !pthread_equal(owner, pthread_self())) {
-            while (depth > 0)
+            while (depth > 0 && mutex.is_held)
                 pthread_cond_wait(&free, &mutex.mutex);
             owner = pthread_self();
         }

@@ -70,13 +70,21 @@ bool_t xdr_address(XDR* xdrs, u_int* port)
 }
 } // namespace
 
-PortQuery::State PortQuery::start()
+PortQuery::State PortQuery::start(uint32_t first_xid)
 {
-    if (!open_udp_socket(socket, PMAPPORT, LocalPort::Any, 0, 0))
+    if (!open_udp_socket(socket, PMAPPORT, LocalPort::Any, 0, 0, life))
         return fail(RPC_SYSTEMERROR, errno);
-    xid = random_bits();
+    xid = first_xid;
     end = Deadline::after(port_query_ms);
     return ask();
+}
+
+void PortQuery::close()
+{
+    if (life == Life::Long)
+        socket.close();
+    else if (socket.is_open())
+        socket.close_blindly();
 }
 
 PortQuery::State PortQuery::ask()

@@ -27,20 +27,20 @@ class PortQuery
   public:
     enum class State : uint8_t { Asking, Found, Failed };
 
-    PortQuery(uint32_t program, uint32_t version) : program(program), program_version(version) {}
-    ~PortQuery() { socket.close(); }
+    PortQuery(uint32_t program, uint32_t version, Life life) : program(program), program_version(version), life(life) {}
+    ~PortQuery() { close(); }
     PortQuery(const PortQuery&) = delete;
     PortQuery& operator=(const PortQuery&) = delete;
 
-    // Opens the socket and asks.
-    State start();
+    // Opens the socket and asks, under a number that nobody can guess.
+    State start(uint32_t xid);
     // Takes the datagrams that came; never waits.
     State receive();
     // Asks again or gives up, where it is time.
     State check_time();
 
     // Gives the query up.
-    void close() { socket.close(); }
+    void close();
 
     int fd() const { return socket.fd; }
     Deadline next() const { return repeat.or_sooner(end); } // for check_time
@@ -54,6 +54,7 @@ class PortQuery
     State use_versions(const rpc_err& error);
 
     const uint32_t program, program_version; // that are looked for
+    const Life life;                         // of the socket
     uint32_t version = 2;                    // of the port mapper's protocol
     uint32_t xid = 0;
     unsigned asked = 0;

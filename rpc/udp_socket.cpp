@@ -41,8 +41,8 @@ bool is_others(uint16_t port)
     return false;
 }
 
-// Takes a reserved port other than `not_this`, or none.
-void bind_reserved(int fd, uint32_t random, uint16_t not_this)
+// Takes a reserved port other than `not_this`. False where it takes none.
+bool bind_reserved(int fd, uint32_t random, uint16_t not_this)
 {
     for (int tries = 0; tries < port_tries; random = random * 1664525 + 1013904223) {
         const auto port = static_cast<uint16_t>(first_port + (random >> 8) % (end_port - first_port));
@@ -50,9 +50,12 @@ void bind_reserved(int fd, uint32_t random, uint16_t not_this)
             continue;
         tries++;
         const sockaddr_in address = loopback(port);
-        if (bind(fd, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0 || errno != EADDRINUSE)
-            return;
+        if (bind(fd, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0)
+            return true;
+        if (errno != EADDRINUSE)
+            return false;
     }
+    return false;
 }
 
 bool set_wait(int fd, int64_t wait_ms)
@@ -62,20 +65,20 @@ bool set_wait(int fd, int64_t wait_ms)
     return wait_ms == 0 || setsockopt(fd, SOL_SOCKET, SO_RCVTIMEO, &wait, sizeof wait) == 0;
 }
 
-// Whose port is its own would talk to itself.
 bool connect_to(int fd, uint16_t port)
 {
     const sockaddr_in server = loopback(port);
-    if (connect(fd, reinterpret_cast<const sockaddr*>(&server), sizeof server) != 0)
-        return false;
+    return connect(fd, reinterpret_cast<const sockaddr*>(&server), sizeof server) == 0;
+}
+
+// The port that the kernel chose may be the server's own: the socket would talk
+// to itself. The kernel chooses none that is reserved.
+bool talks_to_itself(int fd, uint16_t port)
+{
     sockaddr_in own = {};
     socklen_t size = sizeof own;
-    if (getsockname(fd, reinterpret_cast<sockaddr*>(&own), &size) != 0)
-        return false;
-    if (own.sin_port != server.sin_port)
-        return true;
-    errno = ECONNREFUSED;
-    return false;
+    return port >= IPPORT_RESERVED && getsockname(fd, reinterpret_cast<sockaddr*>(&own), &size) == 0 &&
+           own.sin_port == htons(port);
 }
 
 // Errors of a send on what is no UDP socket of ours.
@@ -97,7 +100,7 @@ ssize_t UdpSocket::send(const void* datagram, size_t size)
     const ssize_t sent = sendto(fd, datagram, size, MSG_NOSIGNAL | MSG_FASTOPEN, to, sizeof server);
     if (sent >= 0 || !tells_of_another(errno))
         return sent;
-    if (is_ours()) // a system that does not know the flag
+    if (inode == 0 || is_ours()) // a system that does not know the flag
         return sendto(fd, datagram, size, MSG_NOSIGNAL, to, sizeof server);
     errno = EBADF;
     return -1;
@@ -105,26 +108,34 @@ ssize_t UdpSocket::send(const void* datagram, size_t size)
 
 ssize_t UdpSocket::receive(void* datagram, size_t size, int flags) const { return recv(fd, datagram, size, flags); }
 
-bool open_udp_socket(UdpSocket& opened, uint16_t port, LocalPort local, uint32_t random, int64_t wait_ms)
+bool open_udp_socket(UdpSocket& opened, uint16_t port, LocalPort local, uint32_t random, int64_t wait_ms, Life life)
 {
     UdpSocket made;
-    if (!made.take(socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0)))
+    if (!made.take_number(socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0)))
         return false;
-    if (local == LocalPort::Reserved)
-        bind_reserved(made.fd, random, port);
-    if (!connect_to(made.fd, port) || !set_wait(made.fd, wait_ms)) {
-        made.close();
+    const bool is_bound = local == LocalPort::Reserved && bind_reserved(made.fd, random, port);
+    bool is_ready = connect_to(made.fd, port) && set_wait(made.fd, wait_ms);
+    if (is_ready && !is_bound && talks_to_itself(made.fd, port)) {
+        errno = ECONNREFUSED;
+        is_ready = false;
+    }
+    if (!is_ready) {
+        made.close_blindly();
         return false;
     }
+    if (life == Life::Long && !made.know())
+        return false;
     made.port = port;
     opened = made;
     return true;
 }
 
-uint32_t random_bits()
+RandomBits random_bits()
 {
-    uint32_t bits;
+    RandomBits bits;
     if (getrandom(&bits, sizeof bits, GRND_NONBLOCK) == sizeof bits)
         return bits;
-    return static_cast<uint32_t>(milliseconds_now()) * 2654435761U ^ static_cast<uint32_t>(getpid()) << 16;
+    const uint32_t seed = static_cast<uint32_t>(milliseconds_now()) * 2654435761U ^ static_cast<uint32_t>(getpid())
+                                                                                        << 16;
+    return {seed, seed >> 7, seed * 2246822519U};
 }

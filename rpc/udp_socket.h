@@ -24,11 +24,21 @@ struct UdpSocket : Descriptor {
     ssize_t receive(void* datagram, size_t size, int flags) const;
 };
 
+// Whether the host's own code may run while a socket is open.
+enum class Life : uint8_t {
+    Long,
+    OneCall, // close_blindly closes it
+};
+
 // A socket that is connected to that port of 127.0.0.1, closed on exec; reading
 // waits for `wait_ms` at most, 0 for ever. `random` chooses among reserved
 // ports: those that are taken cost a step each. False with errno set;
 // ECONNREFUSED where the port is the socket's own.
-bool open_udp_socket(UdpSocket& socket, uint16_t port, LocalPort local, uint32_t random, int64_t wait_ms);
+bool open_udp_socket(UdpSocket& socket, uint16_t port, LocalPort local, uint32_t random, int64_t wait_ms,
+                     Life life = Life::Long);
 
 // Bits that nobody can guess, unless the kernel has none.
-uint32_t random_bits();
+struct RandomBits {
+    uint32_t query_xid, port, call_xid; // what a client needs
+};
+RandomBits random_bits();

@@ -24,7 +24,7 @@ measure() {
   rpcbind -w
   exec 3< <(exec "$build/bench/bench_daemon")
   read -r port daemon <&3 || fail bench_daemon "its port" "nothing"
-  export LUA_PATH="$PWD/bench/?.lua" LUA_CPATH="$build/?.so;$build/bench/?.so"
+  export LUA_PATH="$PWD/bench/?.lua;$PWD/lua/?.lua" LUA_CPATH="$build/?.so;$build/bench/?.so"
   lua5.1 bench/run.lua "$build" "$port" "$daemon" "$output" "$speed"
 }
 

@@ -129,9 +129,9 @@ struct ExchangeTest : testing::Test {
 
     void make()
     {
-        ASSERT_TRUE(open_udp_socket(client.socket, ntohs(daemon.port()), LocalPort::Reserved, random_bits(),
+        ASSERT_TRUE(open_udp_socket(client.socket, ntohs(daemon.port()), LocalPort::Reserved, random_bits().port,
                                     socket_wait_ms(long_wait)));
-        client.xid = random_bits();
+        client.xid = random_bits().call_xid;
     }
 
     uint32_t next_xid() const { return client.xid + 1; }
@@ -530,7 +530,7 @@ TEST(UdpSocketTest, reserved_ports_are_found_however_many_are_taken)
     std::set<in_port_t> ports;
     int reserved = 0;
     for (UdpSocket& one : all) {
-        ASSERT_TRUE(open_udp_socket(one, ntohs(daemon.port()), LocalPort::Reserved, random_bits(), 0));
+        ASSERT_TRUE(open_udp_socket(one, ntohs(daemon.port()), LocalPort::Reserved, random_bits().port, 0));
         const in_port_t port = ntohs(Socket::port_of(one.fd));
         reserved += port < 1024;
         ports.insert(port);

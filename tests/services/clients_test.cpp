@@ -73,8 +73,9 @@ class Clients : public testing::Test
 };
 } // namespace
 
-TEST_F(Clients, ServicesStandInTheOrderOfRegistration)
+TEST(Services, StandInTheOrderOfRegistration)
 {
+    const std::vector<Expected> expected = expected_services();
     ASSERT_EQ(std::size(all_services), expected.size());
     for (size_t i = 0; i < expected.size(); i++) {
         EXPECT_EQ(all_services[i]->name, expected[i].service);

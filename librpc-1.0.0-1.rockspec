@@ -7,7 +7,7 @@ source = { url = "git+file://.", tag = "v1.0.0" }
 description = {
   summary = "Device tables of a switch or optical line terminal, over ONC RPC",
   detailed = [[
-    callapi(name, argument) reads and changes the tables that fifteen local
+    callapi(name, argument) reads and changes the tables that local
     daemons own. With it come records with named fields (librpc.record), the
     description of every table (librpc.schema), reasons for failures
     (librpc.status) and rpcctl, a command line.

@@ -42,7 +42,7 @@ set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "device tables of a switch or optical line
 set(CPACK_PACKAGE_DESCRIPTION
 "Lua module through which web pages and command scripts on the management
 processor of a switch or optical line terminal read and change the device's
-tables. It calls the fifteen local daemons that own them by ONC RPC over UDP.
+tables. It calls the local daemons that own them by ONC RPC over UDP.
 With it come a module for records with named fields and rpcctl, a command line.")
 set(CPACK_STRIP_FILES ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)

@@ -16,6 +16,8 @@ inline int64_t microseconds_now()
     return static_cast<int64_t>(now.tv_sec) * ms_of_second * us_of_ms + now.tv_nsec / 1000;
 }
 
+inline int64_t milliseconds_now() { return microseconds_now() / us_of_ms; }
+
 // A point in time at which something ends.
 struct Deadline {
     int64_t at; // of microseconds_now

@@ -44,7 +44,7 @@ for option; do
 done
 
 [ "$(id -u)" = 0 ] || fail "user" "root, for a network of its own" "$(id -un)"
-for program in cmake ninja rpcgen lua5.1 rpcbind valgrind strace unshare ip taskset readelf size strip lscpu pkg-config; do
+for program in cmake rpcgen lua5.1 rpcbind valgrind strace unshare ip taskset readelf size strip lscpu pkg-config; do
   command -v "$program" >/dev/null || fail "$program" "an installed program" "none"
 done
 

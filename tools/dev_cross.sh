@@ -85,7 +85,7 @@ build() { # FOLDER NAME [OPTION]...
 	folder=$1 name=$2
 	shift 2
 	mkdir -p "$folder"
-	if ! cmake -S . -B "$folder" -G Ninja -DCMAKE_BUILD_TYPE=Release -DLIBRPC_WERROR=ON -DLIBRPC_TESTS=ON "$@" \
+	if ! cmake -S . -B "$folder" -DCMAKE_BUILD_TYPE=Release -DLIBRPC_WERROR=ON -DLIBRPC_TESTS=ON "$@" \
 		>"$folder/configure.log" 2>&1; then
 		cat "$folder/configure.log" >&2
 		fail "cmake: expected a configured build for $name, found the errors above"
@@ -132,11 +132,11 @@ done
 lua=$build/lua5.1
 printf '#!/bin/sh\nexec %s %s/usr/bin/lua5.1 "$@"\n' "$emulated" "$sysroot" >"$lua"
 chmod +x "$lua"
-if [ "$(id -u)" != 0 ]; then
+if ! problem=$(tools/with_device.sh --allowed 2>&1); then
 	[ "$failed" = 0 ] || fail "$arch: expected every test to pass, found $failed that did not"
-	skip "user: expected root, for a network of the tests' own (try sudo), found $(id -un)"
+	skip "$problem"
 fi
-LUA_CPATH="$build/?.so;$build/tests/e2e/?.so" LUA_PATH="$PWD/tests/e2e/?.lua"
+LUA_CPATH="$build/?.so;$build/tests/e2e/?.so" LUA_PATH="$PWD/tests/e2e/?.lua;$PWD/tests/lua/?.lua"
 E2E_INTERPRETER=$lua LIBRPC_TEST_SOURCE=$PWD
 export LUA_CPATH LUA_PATH E2E_INTERPRETER LIBRPC_TEST_SOURCE
 passed=0

@@ -27,7 +27,7 @@ cd "$(dirname "$0")/.."
 build=$PWD/build-fuzz
 kept=$PWD/tests/fuzz/corpus
 mkdir -p "$build/found"
-cmake -S . -B "$build" -G Ninja -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++ \
+cmake -S . -B "$build" -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++ \
 	-DCMAKE_BUILD_TYPE=RelWithDebInfo -DLIBRPC_WERROR=ON -DLIBRPC_TESTS=ON -DLIBRPC_FUZZ=ON \
 	-DLIBRPC_SANITIZE=fuzzer-no-link,address,undefined >"$build/configure.log" ||
 	fail "$build/configure.log: expected a configured build, found the errors above"

@@ -28,8 +28,8 @@ tidy() {
 }
 build() { # PRESET FOLDER
   cmake --preset "$1" >/dev/null || return
-  cmake --build "$2" >/tmp/lint-build.log && return
-  tail -n 50 /tmp/lint-build.log
+  cmake --build "$2" >"$2/build.log" && return
+  tail -n 50 "$2/build.log"
   return 1
 }
 

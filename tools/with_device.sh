@@ -10,6 +10,11 @@
 #     SIM_LOG      its log, a line a call
 #     RPCBIND_PID  the port mapper
 # and in /run a file system that nobody else sees. Ends with the command's status.
+#
+#     with_device.sh --allowed
+#
+# tells whether this user may have such a network: root, or whoever may make user
+# namespaces and has ids of their own there (the port mapper changes its user).
 set -euo pipefail
 
 fail() {
@@ -17,18 +22,34 @@ fail() {
   exit 2
 }
 
-[ $# -ge 3 ] || fail arguments "BUILD [OPTION]... -- COMMAND..." "$*"
-
-if [ -z "${IN_DEVICE_NETWORK:-}" ]; then
-  [ "$(id -u)" = 0 ] || fail privileges "root, for a network of its own (try sudo)" "$(id -un)"
+# Sets `namespaces` to what runs a command in a network of its own.
+make_namespaces() {
+  local problem
+  PATH=$PATH:/usr/sbin:/sbin # where a user's shell does not look
   for program in unshare ip rpcbind rpcinfo; do
     command -v "$program" >/dev/null || fail programs "$program (./dev demo installs it)" none
   done
-  [ -x "$1/simulated_device" ] || fail "$1" "a built simulated_device" none
-  # in a chroot / is no mount point, whose propagation could be changed
   namespaces=(unshare -n -m)
+  if [ "$(id -u)" != 0 ]; then
+    namespaces+=(--user --map-root-user --map-auto)
+    problem=$("${namespaces[@]}" true 2>&1) ||
+      fail privileges "root (try sudo) or user namespaces with ids (Debian: uidmap)" "$(id -un): $problem"
+  fi
+  # in a chroot / is no mount point, whose propagation could be changed
   "${namespaces[@]}" true 2>/dev/null || namespaces+=(--propagation unchanged)
   problem=$("${namespaces[@]}" true 2>&1) || fail privileges "leave to make network and mount namespaces" "$problem"
+}
+
+if [ "$*" = --allowed ]; then
+  make_namespaces
+  exit
+fi
+
+[ $# -ge 3 ] || fail arguments "BUILD [OPTION]... -- COMMAND..." "$*"
+
+if [ -z "${IN_DEVICE_NETWORK:-}" ]; then
+  make_namespaces
+  [ -x "$1/simulated_device" ] || fail "$1" "a built simulated_device" none
   IN_DEVICE_NETWORK=1 exec "${namespaces[@]}" "$0" "$@"
 fi
 unset IN_DEVICE_NETWORK

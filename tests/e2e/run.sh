@@ -10,7 +10,7 @@ build=$1
 shift
 here=$(dirname "$(realpath "$0")")
 export LUA_CPATH="$build/?.so;$build/tests/e2e/?.so;;"
-export LUA_PATH="$here/?.lua;$here/../../lua/?.lua;;" LIBRPC_NAMES="$here/../../sim/names.lua"
+export LUA_PATH="$here/?.lua;$here/../lua/?.lua;$here/../../lua/?.lua;;" LIBRPC_NAMES="$here/../../sim/names.lua"
 interpreter=$1
 shift
 command=()

@@ -1,7 +1,5 @@
-// Reads the files of this folder, which model/make makes.
-//
-// apis.txt, records.txt and exports.txt hold one entry a line, its words
-// between blanks. vectors/PROGRAM.txt holds blocks like
+// Reads the lists of this folder (golden_list.h) and its vectors, which model/make
+// makes: vectors/PROGRAM.txt holds blocks like
 //
 //     api oltmib_vrrp_ssstate_get_1
 //     arg 7&1&&4
@@ -16,37 +14,14 @@
 // converters without its line end. A line that opens with # is a comment.
 #pragma once
 
-#include <cstdlib>
-#include <fstream>
 #include <gtest/gtest.h>
 #include <map>
 #include <optional>
-#include <sstream>
-#include <string>
-#include <vector>
+
+#include "tests/golden/golden_list.h"
 
 namespace golden
 {
-inline std::string folder()
-{
-    const char* elsewhere = getenv("GOLDEN_FOLDER");
-    return elsewhere ? elsewhere : GOLDEN_FOLDER;
-}
-
-// The entries of a list, each as its words.
-inline std::vector<std::vector<std::string>> list(const std::string& name)
-{
-    std::vector<std::vector<std::string>> entries;
-    std::ifstream file(folder() + "/" + name);
-    for (std::string line; std::getline(file, line);) {
-        std::istringstream words(line);
-        if (!line.empty() && line[0] != '#')
-            entries.emplace_back(std::istream_iterator<std::string>(words), std::istream_iterator<std::string>());
-    }
-    EXPECT_FALSE(entries.empty()) << folder() << '/' << name << ": expected entries, found none";
-    return entries;
-}
-
 struct Vector {
     std::string place; // "50013.txt:7"
     std::string api;

@@ -4,18 +4,6 @@
 
 using namespace support;
 
-TEST(Auth, RegistersSeventeenApisInOrder)
-{
-    EXPECT_EQ(service_named("auth").program, 50010U);
-    EXPECT_EQ(registered_rows(service_named("auth")), rows("auth_global get 1 set 2\n"
-                                                           "d1x_pcfg get 4 getn 5 set 6\n"
-                                                           "d1x_pst get 7 getn 8\n"
-                                                           "macauth_pcfg get 10 getn 11 set 12\n"
-                                                           "macauth_user get 13 getn 14\n"
-                                                           "radglobal get 15 set 16\n"
-                                                           "radsrv get 18 getn 19 set 20"));
-}
-
 // Four fields, a number, a word and two numbers, in that order both ways.
 TEST(Auth, GlobalTakesFourFieldsInOrder)
 {

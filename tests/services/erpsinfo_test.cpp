@@ -13,20 +13,6 @@ const std::string mac_00_to_55("\x00\x11\x22\x33\x44\x55", 6);
 const std::string mac_aa_to_ff("\xAA\xBB\xCC\xDD\xEE\xFF", 6);
 } // namespace
 
-TEST(Erpsinfo, RegistersRingsThenLldp)
-{
-    EXPECT_EQ(registered_rows(erpsinfo), rows("erpsinst get 1 getn 2 set 3\n"
-                                              "erpsring get 4 getn 5 set 6\n"
-                                              "erpsprof get 7 getn 8 set 9\n"
-                                              "erpsstate getn 12 set 13\n"
-                                              "lldpcfg get 21 set 22\n"
-                                              "lldpifcfg get 23 getn 24 set 25\n"
-                                              "lldpifnei get 26 getn 27\n"
-                                              "lldpifstat get 29 getn 30 set 31\n"));
-}
-
-TEST(Erpsinfo, NoConverterTraces) { EXPECT_EQ(tracing_functions(erpsinfo), std::vector<std::string>()); }
-
 // Rings.
 
 TEST(Erpsinfo, InstanceTextHasItsFirstIntBeforeItsSecondText)

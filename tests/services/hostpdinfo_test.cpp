@@ -67,27 +67,6 @@ class DecimalComma
 };
 } // namespace
 
-TEST(Hostpdinfo, RegistersItsRowsInThisOrder)
-{
-    EXPECT_EQ(registered_rows(hostpdinfo), rows("telnet set 1 get 2\n"
-                                                "web set 3 get 4\n"
-                                                "snmp_community set 5 get 6 getn 7\n"
-                                                "snmp_srv set 8 get 9 getn 10\n"
-                                                "account set 11 get 12 getn 13\n"
-                                                "ntp set 15 get 16\n"
-                                                "snmp_view set 17 get 18 getn 19\n"
-                                                "snmp_group set 20 get 21 getn 22\n"
-                                                "snmp_user set 23 get 24 getn 25\n"
-                                                "snmp_host set 26 get 27 getn 28\n"
-                                                "ssh set 31 get 32\n"
-                                                "dhcpdinfo get 40 set 41\n"
-                                                "sysloginfo get 44 set 45\n"
-                                                "syslogremote get 47 set 49\n"
-                                                "alert get 50 set 52\n"));
-}
-
-TEST(Hostpdinfo, NoConverterTraces) { EXPECT_EQ(tracing_functions(hostpdinfo), std::vector<std::string>()); }
-
 // Management access and accounts.
 
 TEST(Hostpdinfo, ManagementTablesCarryNineFieldsInRecordOrder)
@@ -248,19 +227,17 @@ TEST(Hostpdinfo, SnmpConfigurationRequestHasAStubAndNoRegistration)
     EXPECT_EQ(lua_getapibyname("oltmib_snmp_cfg_req_1"), nullptr);
     EXPECT_FALSE(api_named("oltmib_snmp_cfg_req_1").registered());
 
-    oltmib_hostpdInfoEntry request = {};
-    request.int1 = 12;
-    strcpy(request.text32, "save");
-    request.res = 13;
+    const Units sent = wire(12, zeros(40 + 1 + 64 + 80 + 80), chars(32, "save"), 0, 13);
+    const auto request = record_of_units(*api_named("oltmib_snmp_cfg_req_1").request, sent);
     FakeDaemon daemon;
     daemon.reply = ints(-4);
-    const void* reply = oltmib_snmp_cfg_req_1(&request, daemon.client());
+    const void* reply = oltmib_snmp_cfg_req_1(request.get(), daemon.client());
     ASSERT_NE(reply, nullptr);
     EXPECT_EQ(*static_cast<const int*>(reply), -4);
     EXPECT_EQ(daemon.procedure, 14U);
-    EXPECT_EQ(daemon.request, wire(12, zeros(40 + 1 + 64 + 80 + 80), chars(32, "save"), 0, 13));
+    EXPECT_EQ(daemon.request, sent);
     daemon.status = RPC_TIMEDOUT;
-    EXPECT_EQ(oltmib_snmp_cfg_req_1(&request, daemon.client()), nullptr);
+    EXPECT_EQ(oltmib_snmp_cfg_req_1(request.get(), daemon.client()), nullptr);
 }
 
 TEST(Hostpdinfo, ViewTextOf450CharactersIsKeptAsItsFirst399)

@@ -9,34 +9,6 @@ char* arg2str_hslinfo(void* reply);
 char* arg2str_dyinggasp(void* reply);
 }
 
-namespace
-{
-const Service& hslinfo = service_named("hslinfo");
-}
-
-TEST(Hslinfo, RegistersTwentySixRows)
-{
-    EXPECT_EQ(registered_rows(hslinfo), rows("mgmtvlan get 9 set 10\n"
-                                             "portintfmode get 11 getn 12 set 13\n"
-                                             "dyinggasp support 81 get 82 set 83\n"
-                                             "portinbandan get 84 getn 85 set 86\n"
-                                             "mbaserial get 90 getn 91 set 92\n"
-                                             "mbainst get 93 getn 94 set 95\n"
-                                             "mbainststate get 96 getn 97 set 98\n"
-                                             "mbaserialstatis get 99 getn 100 set 101\n"
-                                             "mbainststatis get 102 getn 103 set 104\n"));
-}
-
-TEST(Hslinfo, ParsersTraceWithTheseLinesAndNoFormatterDoes)
-{
-    const std::vector<std::string> functions = {
-        "str2arg_hslinfo: 27",          "str2arg_hslportintfmode: 53", "str2arg_hslportinbandan: 99",
-        "str2arg_mbaserial: 125",       "str2arg_mbainst: 162",        "str2arg_mbainststate: 202",
-        "str2arg_mbaserialstatis: 238", "str2arg_mbainststatis: 275",
-    };
-    EXPECT_EQ(tracing_functions(hslinfo), functions);
-}
-
 // The management interface.
 
 TEST(Hslinfo, ManagementCarriesTenFields)

@@ -8,17 +8,6 @@ namespace
 const Service& igmpsnpinfo = service_named("igmpsnpinfo");
 }
 
-TEST(Igmpsnpinfo, RegistersTwelveRows)
-{
-    EXPECT_EQ(registered_rows(igmpsnpinfo), rows("igmpsnp get 1 set 2\n"
-                                                 "igmpsnp_mrouter get 4 getn 5 set 6\n"
-                                                 "igmpsnp_static_grp get 7 getn 8 set 9\n"
-                                                 "igmpsnp_grp get 10 getn 11\n"
-                                                 "igmpsnp_fastleave get 13 set 14\n"));
-}
-
-TEST(Igmpsnpinfo, NoConverterTraces) { EXPECT_EQ(tracing_functions(igmpsnpinfo), std::vector<std::string>()); }
-
 TEST(Igmpsnpinfo, GlobalCarriesSixFields)
 {
     EXPECT_BOTH_WAYS("oltmib_igmpsnp_get_1", "1&2&3&t&4&5", 1, 2, 3, chars(32, "t"), 4, 5);

@@ -3,15 +3,6 @@
 
 using namespace support;
 
-namespace
-{
-const Service& ipcminfo = service_named("ipcminfo");
-}
-
-TEST(Ipcminfo, RegistersThreeRows) { EXPECT_EQ(registered_rows(ipcminfo), rows("ioctlinfo get 1 getn 2 set 3")); }
-
-TEST(Ipcminfo, NoConverterTraces) { EXPECT_EQ(tracing_functions(ipcminfo), std::vector<std::string>()); }
-
 TEST(Ipcminfo, EightFieldsComeBackWithTheirTextsCutTo31Characters)
 {
     const Units record = wire(1, 2, 3, 4, chars(32, "a"), chars(32, "b"), 5, 6);

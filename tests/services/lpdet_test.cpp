@@ -9,14 +9,6 @@ namespace
 const Service& lpdet = service_named("lpdet");
 }
 
-TEST(Lpdet, RegistersFiveRows)
-{
-    EXPECT_EQ(registered_rows(lpdet), rows("lpdet_global get 1 set 3\n"
-                                           "lpdet_portinfo get 4 getn 5 set 6\n"));
-}
-
-TEST(Lpdet, NoConverterTraces) { EXPECT_EQ(tracing_functions(lpdet), std::vector<std::string>()); }
-
 TEST(Lpdet, GlobalReturnsSixFieldsTheFourthAText)
 {
     EXPECT_REQUEST("oltmib_lpdet_global_get_1", "", zeros(37));

@@ -11,18 +11,6 @@ const Service& mstpinfo = service_named("mstpinfo");
 const std::string bridge("\x80\x00\x00\x11\x22\x33\x44\x55", 8);
 } // namespace
 
-TEST(Mstpinfo, RegistersThirteenRows)
-{
-    EXPECT_EQ(registered_rows(mstpinfo), rows("mstp_global get 1 set 2\n"
-                                              "mstp_mst get 3 set 4\n"
-                                              "mstp_inst get 5 getn 6 set 7\n"
-                                              "mstp_if get 8 getn 9 set 10\n"
-                                              "mstp_ifstate get 11 getn 12\n"
-                                              "mstp_reset_if detect 13\n"));
-}
-
-TEST(Mstpinfo, NoConverterTraces) { EXPECT_EQ(tracing_functions(mstpinfo), std::vector<std::string>()); }
-
 TEST(Mstpinfo, EmptyGlobalArgumentSendsZerosAndReturnsFourteenFields)
 {
     EXPECT_REQUEST("oltmib_mstp_global_get_1", "", zeros(45));

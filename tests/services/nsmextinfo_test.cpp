@@ -6,30 +6,12 @@ using namespace support;
 
 namespace
 {
-const Service& nsmextinfo = service_named("nsmextinfo");
 const std::string mac_00_to_55("\x00\x11\x22\x33\x44\x55", 6);
 const std::string mac_aa_to_ff("\xAA\xBB\xCC\xDD\xEE\xFF", 6);
 } // namespace
 
 // The ports' settings stand before the system's information, though their
 // procedures come later.
-TEST(Nsmextinfo, RegistersPowerInItsOddOrderAndTheRestBehind)
-{
-    EXPECT_EQ(registered_rows(nsmextinfo), rows("poeconf get 1 set 2\n"
-                                                "poeifconf get 5 getn 6 set 7\n"
-                                                "poeinfo get 3 set 4\n"
-                                                "poeifinfo get 8 getn 9 set 10\n"
-                                                "nsmauthmac get 20 getn 21 set 22\n"
-                                                "nsmps get 23 getn 24 set 25\n"
-                                                "nsmpsmac get 26 getn 27 set 28\n"
-                                                "nsmpsstate get 29 getn 30\n"
-                                                "nsmpsmacstate get 31 getn 32\n"
-                                                "nsmipsgif get 40 getn 41 set 42\n"
-                                                "nsmipsguser get 43 getn 44 set 45\n"));
-}
-
-TEST(Nsmextinfo, NoConverterTraces) { EXPECT_EQ(tracing_functions(nsmextinfo), std::vector<std::string>()); }
-
 // Power over Ethernet.
 
 TEST(Nsmextinfo, PowerSettingsCarrySevenFields)

@@ -3,15 +3,6 @@
 
 using namespace support;
 
-namespace
-{
-const Service& ribinfo = service_named("ribinfo");
-}
-
-TEST(Ribinfo, RegistersThreeRows) { EXPECT_EQ(registered_rows(ribinfo), rows("route get 1 getn 2 set 3")); }
-
-TEST(Ribinfo, NoConverterTraces) { EXPECT_EQ(tracing_functions(ribinfo), std::vector<std::string>()); }
-
 TEST(Ribinfo, NineFieldsComeBackUnchanged)
 {
     const Units record = wire(chars(64, "192.0.2.0"), chars(64, "255.255.255.0"), chars(32, "10.0.0.1"), 1, 2,

@@ -104,6 +104,33 @@ inline const Api& api_named(const std::string& name)
     abort();
 }
 
+// A record as it lies in memory, of the units that travel, and back. A test that
+// names no member compiles whatever becomes of the description.
+inline std::unique_ptr<char[]> record_of_units(const Record& record, Units units)
+{
+    for (uint32_t& unit : units)
+        unit = htonl(unit);
+    auto object = std::make_unique<char[]>(record.size);
+    XDR xdrs;
+    xdrmem_create(&xdrs, reinterpret_cast<char*>(units.data()), static_cast<u_int>(units.size() * BYTES_PER_XDR_UNIT),
+                  XDR_DECODE);
+    EXPECT_TRUE(record.xdr(&xdrs, object.get())) << record.name;
+    EXPECT_EQ(XDR_GETPOS(&xdrs), units.size() * BYTES_PER_XDR_UNIT) << record.name;
+    return object;
+}
+
+inline Units units_of_record(const Record& record, const void* object)
+{
+    Units units(record.units);
+    XDR xdrs;
+    xdrmem_create(&xdrs, reinterpret_cast<char*>(units.data()), static_cast<u_int>(units.size() * BYTES_PER_XDR_UNIT),
+                  XDR_ENCODE);
+    EXPECT_TRUE(record.xdr(&xdrs, const_cast<void*>(object))) << record.name;
+    for (uint32_t& unit : units)
+        unit = ntohl(unit);
+    return units;
+}
+
 // The daemon: `client` is what a stub takes.
 class FakeDaemon
 {
@@ -240,64 +267,6 @@ inline void register_once(const Service& service)
         if (static_cast<const ApiNode*>(at)->clntinit == service.clnt_init)
             return;
     EXPECT_EQ(service.init(), 1) << service.name;
-}
-
-// The rows that the service puts in the registry, in the registry's order, as
-// "portinfo_get 1": name without "oltmib_" and "_1", and the stub's procedure.
-inline std::vector<std::string> registered_rows(const Service& service)
-{
-    register_once(service);
-    std::vector<std::string> rows;
-    for (const ListLinks* at = apinode_head.next; at != &apinode_head; at = at->next) {
-        const auto& node = *static_cast<const ApiNode*>(at);
-        if (node.clntinit != service.clnt_init)
-            continue;
-        const Api& api = api_named(node.name);
-        EXPECT_TRUE(node.func == api.func && node.str2arg == api.parser->str2arg &&
-                    node.ret2str == api.formatter->ret2str)
-            << api.name;
-        EXPECT_TRUE(node.clntdestroy == service.clnt_destroy) << api.name;
-        const std::string name = api.name;
-        EXPECT_EQ(name.substr(0, 7) + name.substr(name.size() - 2), "oltmib__1");
-        rows.push_back(name.substr(7, name.size() - 9) + " " + std::to_string(api.procedure));
-    }
-    return rows;
-}
-
-// The same written by hand: "portinfo get 1 getn 2 set 3", one table a line.
-inline std::vector<std::string> rows(const std::string& tables)
-{
-    std::vector<std::string> rows;
-    std::istringstream lines(tables);
-    for (std::string line; std::getline(lines, line);) {
-        std::istringstream words(line);
-        std::string table, verb, procedure;
-        words >> table;
-        while (words >> verb >> procedure)
-            rows.push_back(table + "_" + verb + " " + procedure);
-    }
-    return rows;
-}
-
-// What the converters of all registered rows of `service` print while tracing
-// is on, as "function: line" in the rows' order. A function prints at most once
-// here, though several rows name it.
-inline std::vector<std::string> tracing_functions(const Service& service)
-{
-    std::vector<std::string> functions;
-    const auto note = [&](const std::string& printed) {
-        const std::string function = printed.substr(0, printed.find(']'));
-        if (!function.empty() && (functions.empty() || functions.back() != function.substr(1)))
-            functions.push_back(function.substr(1));
-    };
-    for (const Api& api : service)
-        if (api.registered()) {
-            const auto argument = exact_copy("");
-            const Units record(api.output() ? api.output()->record->size : sizeof(int));
-            note(printed_by([&] { api.parser->str2arg(argument.get()); }));
-            note(printed_by([&] { format(api, record.data()); }));
-        }
-    return functions;
 }
 
 // A service by its folder's name.

@@ -3,23 +3,6 @@
 
 using namespace support;
 
-namespace
-{
-const Service& vrrpinfo = service_named("vrrpinfo");
-}
-
-TEST(Vrrpinfo, RegistersSixRows)
-{
-    EXPECT_EQ(registered_rows(vrrpinfo), rows("vrrp_ssconf get 1 getn 2 set 3\n"
-                                              "vrrp_ssstate get 4 getn 5 set 6\n"));
-}
-
-TEST(Vrrpinfo, ParsersTraceWithTheseLinesAndNoFormatterDoes)
-{
-    const std::vector<std::string> functions = {"str2arg_vrrp_ssconf: 30", "str2arg_vrrp_ssstate: 58"};
-    EXPECT_EQ(tracing_functions(vrrpinfo), functions);
-}
-
 TEST(Vrrpinfo, ConfigurationCarriesThirteenFields)
 {
     const Units record =

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include "common/text.h"
-#include "services/devinfo/records.h"
 #include "tests/unit/support.h"
 
 EXPORT void* str2arg_devinfo(char* text);
@@ -20,24 +19,40 @@ EXPORT void* oltmib_accesslog_set_1(void* argp, CLIENT* clnt);
 
 namespace
 {
-oltmib_DevInfoEntry& parse_devinfo(const std::string& text)
+void* parse_devinfo(std::string text) { return str2arg_devinfo(text.data()); }
+
+// The units of a device information record.
+Bytes device_units(const char* first, const char* second, const Bytes& mac, const char* third, const char* fourth,
+                   const char* fifth, uint32_t saveconfig, uint32_t number, const std::string& hostname, uint32_t oper,
+                   uint32_t res)
 {
-    return parsed<oltmib_DevInfoEntry>(str2arg_devinfo, text);
+    return text_units(first, 32) + text_units(second, 32) + mac + text_units(third, 32) + text_units(fourth, 32) +
+           text_units(fifth, 32) + units({saveconfig, number}) + text_units(hostname, 64) + units({oper, res});
 }
 
-std::string text_of(oltmib_DevInfoEntry entry) { return arg2str_devinfo(&entry); }
-
-const oltmib_DevInfoEntry device = {
-    "a", "b", {0x00, 0x11, 0x22, char(0xAA), char(0xBB), char(0xCC)}, "c", "d", "e", -1, -1, "host", 77, 5};
-} // namespace
-
-TEST(devinfo, get_with_an_empty_argument_sends_an_all_zero_record)
+// What a get sends for an argument, and its text of a reply.
+Bytes request_of(const std::string& text)
 {
     ScriptedClient client;
-    EXPECT_EQ(oltmib_devinfo_get_1(&parse_devinfo(""), client.get()), nullptr); // no reply was laid ready
+    EXPECT_EQ(oltmib_devinfo_get_1(parse_devinfo(text), client.get()), nullptr); // no reply was laid ready
     EXPECT_EQ(client.procedure, 1U);
-    EXPECT_EQ(client.request, Bytes(4 * 234));
+    return client.request;
 }
+
+void* replied(const Bytes& reply)
+{
+    ScriptedClient client;
+    client.reply = reply;
+    return oltmib_devinfo_get_1(parse_devinfo(""), client.get());
+}
+
+std::string text_of(const Bytes& reply) { return arg2str_devinfo(replied(reply)); }
+
+const Bytes device = device_units("a", "b", units({0x00, 0x11, 0x22, 0xFFFFFFAA, 0xFFFFFFBB, 0xFFFFFFCC}), "c", "d",
+                                  "e", 0xFFFFFFFF, 0xFFFFFFFF, "host", 77, 5);
+} // namespace
+
+TEST(devinfo, get_with_an_empty_argument_sends_an_all_zero_record) { EXPECT_EQ(request_of(""), Bytes(4 * 234)); }
 
 TEST(devinfo, reply_prints_the_mac_in_the_third_position_in_upper_case_with_dashes)
 {
@@ -47,7 +62,7 @@ TEST(devinfo, reply_prints_the_mac_in_the_third_position_in_upper_case_with_dash
 TEST(devinfo, host_name_of_70_characters_is_cut_to_63_before_sending)
 {
     ScriptedClient client;
-    oltmib_devinfo_set_1(&parse_devinfo("&&&&&&&&" + std::string(70, 'h')), client.get());
+    oltmib_devinfo_set_1(parse_devinfo("&&&&&&&&" + std::string(70, 'h')), client.get());
     EXPECT_EQ(client.request,
               Bytes(4 * (32 + 32 + 6 + 32 + 32 + 32 + 1 + 1)) + text_units(std::string(63, 'h'), 64) + Bytes(4 * 2));
 }
@@ -62,46 +77,38 @@ TEST(devinfo, reply_text_never_contains_oper_and_ends_with_res)
 
 TEST(devinfo, mac_text_is_not_parsed_but_copied_to_five_characters)
 {
-    const char* mac = parse_devinfo("&&00:11:22:AA:BB:CC").mac;
-    EXPECT_EQ(std::string(mac, 6), std::string("00:11\0", 6));
+    EXPECT_EQ(request_of("&&00:11:22:AA:BB:CC"),
+              device_units("", "", text_units("00:11", 6), "", "", "", 0, 0, "", 0, 0));
 }
 
 TEST(devinfo, fields_are_read_in_order)
 {
-    const auto& entry = parse_devinfo("a&b&m&c&d&e&-3&4294967295&host&10&11");
-    EXPECT_STREQ(entry.text32a, "a");
-    EXPECT_STREQ(entry.text32b, "b");
-    EXPECT_STREQ(entry.mac, "m");
-    EXPECT_STREQ(entry.text32c, "c");
-    EXPECT_STREQ(entry.text32d, "d");
-    EXPECT_STREQ(entry.text32e, "e");
-    EXPECT_EQ(entry.saveconfig, -3);
-    EXPECT_STREQ(entry.hostname, "host");
-    EXPECT_EQ(entry.oper, 10);
-    EXPECT_EQ(entry.res, 11);
+    EXPECT_EQ(request_of("a&b&m&c&d&e&-3&-1&host&10&11"),
+              device_units("a", "b", text_units("m", 6), "c", "d", "e", 0xFFFFFFFD, 0xFFFFFFFF, "host", 10, 11));
 }
 
 TEST(devinfo, both_converters_trace)
 {
     EXPECT_EQ(traced([] { parse_devinfo("&&&&&&1&2&olt&4"); }),
               "[str2arg_devinfo: 28]save config 1, hostname olt, oper 4.\r\n");
-    EXPECT_EQ(traced([] { text_of(device); }),
+    void* reply = replied(device);
+    EXPECT_EQ(traced([&] { arg2str_devinfo(reply); }),
               "[arg2str_devinfo: 37]str: a&b&00-11-22-AA-BB-CC&c&d&e&-1&4294967295&host&5.\r\n");
 }
 
 TEST(devinfo, capability_and_configuration_entries_print_all_seven_fields)
 {
     const char* text = "one&two&-3&four&five&6&7";
-    EXPECT_STREQ(arg2str_devcap(&parsed<oltmib_devcapEntry>(str2arg_devcap, text)), text);
-    EXPECT_STREQ(arg2str_libconf(&parsed<oltmib_libconfEntry>(str2arg_libconf, text)), text);
-    EXPECT_EQ(traced([&] { arg2str_devcap(&parsed<oltmib_devcapEntry>(str2arg_devcap, text)); }), "");
+    EXPECT_STREQ(arg2str_devcap(str2arg_devcap(std::string(text).data())), text);
+    EXPECT_STREQ(arg2str_libconf(str2arg_libconf(std::string(text).data())), text);
+    EXPECT_EQ(traced([&] { arg2str_devcap(str2arg_devcap(std::string(text).data())); }), "");
 }
 
 TEST(devinfo, set_reply_of_0_is_the_text_0)
 {
     ScriptedClient client;
     client.reply = units({0});
-    EXPECT_STREQ(int2str(oltmib_devinfo_set_1(&parse_devinfo(""), client.get())), "0");
+    EXPECT_STREQ(int2str(oltmib_devinfo_set_1(parse_devinfo(""), client.get())), "0");
     EXPECT_EQ(client.procedure, 3U);
 }
 
@@ -109,18 +116,21 @@ TEST(devinfo, api_get_is_a_stub_of_procedure_4_that_is_not_registered)
 {
     ScriptedClient client;
     client.reply = units({3, 4});
-    oltmib_apiEntry request = {1, 2};
-    const auto* reply = static_cast<oltmib_apiEntry*>(oltmib_api_get_1(&request, client.get()));
-    ASSERT_NE(reply, nullptr);
-    EXPECT_EQ(reply->int1, 3);
-    EXPECT_EQ(reply->int2, 4);
-    EXPECT_EQ(client.procedure, 4U);
-    EXPECT_EQ(client.request, units({1, 2}));
-    for_each_api([](const Service&, const Api& api) {
-        if (strcmp(api.name, "oltmib_api_get_1") == 0) {
-            EXPECT_FALSE(api.registered());
-        }
+    for_each_api([&](const Service&, const Api& api) {
+        if (api.func != oltmib_api_get_1)
+            return;
+        EXPECT_FALSE(api.registered());
+        Bytes sent = units({1, 2}), back(sent.size());
+        Object request(*api.request);
+        EXPECT_TRUE(api.request->xdr(MemoryStream(XDR_DECODE, sent.data(), sent.size()).get(), request.data()));
+        void* reply = oltmib_api_get_1(request.data(), client.get());
+        ASSERT_NE(reply, nullptr);
+        EXPECT_TRUE(api.reply->xdr(MemoryStream(XDR_ENCODE, back.data(), back.size()).get(), reply));
+        EXPECT_EQ(back, client.reply);
+        EXPECT_EQ(client.procedure, 4U);
+        EXPECT_EQ(client.request, sent);
     });
+    EXPECT_EQ(client.calls, 1);
 }
 
 TEST(devinfo, access_log_sends_its_three_ints_in_a_row)

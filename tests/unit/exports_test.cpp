@@ -130,19 +130,16 @@ TEST_F(Exports, opening_registers_every_api_in_order_with_its_own_functions)
 
 TEST_F(Exports, every_service_has_its_client_pair)
 {
-    const std::map<std::string, std::string> pairs = {
-        {"50002", "devinfo"},    {"50003", "hslinfo"},  {"50004", "nsminfo"},     {"50005", "erpsinfo"},
-        {"50006", "hostpdinfo"}, {"50007", "mstpinfo"}, {"50008", "igmpsnpinfo"}, {"50009", "nsmextinfo"},
-        {"50010", "auth"},       {"50011", "ribinfo"},  {"50013", "vrrpinfo"},    {"50015", "sdsminfo"},
-        {"50016", "ipcminfo"},   {"50017", "dhcpsnp"},  {"50018", "lpdet"},
-    };
+    std::map<std::string, std::vector<std::string>> services;
+    for (const auto& service : golden::list("services.txt"))
+        services[service[0]] = service;
     const auto rows = golden::list("apis.txt");
     const auto registered = nodes();
     ASSERT_EQ(registered.size(), rows.size());
     for (size_t i = 0; i < rows.size(); i++) {
-        const std::string prefix = "oltmib_" + pairs.at(rows[i][0]) + "_clnt_";
-        EXPECT_EQ(reinterpret_cast<void*>(registered[i]->clntinit), find(prefix + "init")) << rows[i][1];
-        EXPECT_EQ(reinterpret_cast<void*>(registered[i]->clntdestroy), find(prefix + "destroy")) << rows[i][1];
+        const auto& service = services.at(rows[i][0]);
+        EXPECT_EQ(reinterpret_cast<void*>(registered[i]->clntinit), find(service.at(3))) << rows[i][1];
+        EXPECT_EQ(reinterpret_cast<void*>(registered[i]->clntdestroy), find(service.at(4))) << rows[i][1];
     }
 }
 

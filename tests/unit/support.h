@@ -218,9 +218,3 @@ inline std::vector<const Record*> all_records()
     });
     return records;
 }
-
-// Calls a parser with a copy of `text`.
-template <class Entry> Entry& parsed(ApiParser parser, std::string text)
-{
-    return *static_cast<Entry*>(parser(text.data()));
-}

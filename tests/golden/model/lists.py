@@ -1,4 +1,4 @@
-"""The lists beside the vectors: APIs, records and exported names."""
+"""The lists beside the vectors: services, APIs, records and exported names."""
 from services import SERVICES
 
 HELPERS = """
@@ -8,9 +8,19 @@ HELPERS = """
     int2str mac2str str2mac strsplit strsplit2 hex2str str2hex strappend"""
 
 
+def in_order():
+    return sorted(SERVICES, key=lambda service: service.opened)
+
+
+def services():
+    return ["# program, name, registration function and client pair, in the order of registration"] + [
+        "%d %s oltmib_%s_init %s" % (service.program, service.name, service.registration, " ".join(clients_of(service)))
+        for service in in_order()]
+
+
 def apis():
     lines = ["# program stub procedure request reply parser formatter, in the order of registration"]
-    for service in sorted(SERVICES, key=lambda service: service.opened):
+    for service in in_order():
         for api in service.apis:
             lines.append("%d %s %d %s %s %s %s" % (
                 service.program, api.name, api.procedure, api.request.name if api.request else "void",
@@ -23,8 +33,12 @@ def records():
         "%s %d" % (record.name, record.units) for service in SERVICES for record in service.records.values()]
 
 
+def clients_of(service):
+    return ["oltmib_%s_clnt_%s" % (service.name, end) for end in ("init", "destroy")]
+
+
 def exports():
-    clients = ["oltmib_%s_clnt_%s" % (service.name, end) for service in SERVICES for end in ("init", "destroy")]
+    clients = [name for service in SERVICES for name in clients_of(service)]
     routines = ["xdr_" + name for service in SERVICES for name in list(service.records) + service.nested]
     converters = {name for service in SERVICES for api in service.apis for name in (api.table.parser, api.formatter)}
     return (["# the registry, the Lua functions and the text helpers"] + HELPERS.split() +
@@ -35,4 +49,4 @@ def exports():
             ["# converters"] + sorted(converters - {"int2str"}))
 
 
-LISTS = {"apis.txt": apis, "records.txt": records, "exports.txt": exports}
+LISTS = {"services.txt": services, "apis.txt": apis, "records.txt": records, "exports.txt": exports}

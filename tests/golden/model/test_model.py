@@ -8,7 +8,6 @@ import subprocess
 import sys
 import tempfile
 import unittest
-from collections import Counter
 
 sys.dont_write_bytecode = True
 import description
@@ -159,14 +158,13 @@ class WorkedOutByHand(unittest.TestCase):
 
 
 class TheServices(unittest.TestCase):
-    def test_fifteen_services_have_304_apis_and_310_stubs(self):
+    def test_every_stub_has_a_name_of_its_own(self):
         stubs = [stub.name for service in SERVICES for stub in service.stubs]
-        self.assertEqual((len(SERVICES), len(APIS), len(stubs), len(set(stubs))), (15, 304, 310, 310))
-        verbs = Counter(name.split("_")[-2] for name in stubs)
-        self.assertEqual(verbs, {"get": 121, "getn": 79, "set": 107, "req": 1, "detect": 1, "support": 1})
+        self.assertEqual(len(set(stubs)), len(stubs))
+        self.assertLess(set(APIS), set(stubs))
 
     def test_they_open_one_after_another(self):
-        self.assertEqual(sorted(service.opened for service in SERVICES), list(range(1, 16)))
+        self.assertEqual(sorted(service.opened for service in SERVICES), list(range(1, len(SERVICES) + 1)))
 
     def test_no_procedure_is_called_twice(self):
         for service in SERVICES:

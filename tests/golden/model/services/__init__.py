@@ -1,4 +1,4 @@
-"""The fifteen services, in the order in which the device's documents have them.
+"""The services, in the order in which the device's documents have them.
 
 A new one is a file here and its name in this list.
 """

@@ -44,7 +44,7 @@ Call null_call() { return {null_procedure, as_xdrproc(xdr_void), nullptr, as_xdr
 
 const char* name_of(const ApiCall& call) { return call.api ? call.api->name : null_name; }
 
-size_t weight_of(const Api* api)
+size_t size_of(const Api* api)
 {
     const unsigned request = api && api->request ? api->request->units : 0;
     const unsigned reply = !api ? 0 : api->reply ? api->reply->units : 1;
@@ -76,7 +76,7 @@ unsigned ApiCalls::begin(const Service& service, const Api* api, const char* arg
         call->api = api;
         call->service = service.client;
         call->deadline = deadline;
-        call->weight = weight_of(api);
+        call->size = size_of(api);
         call->begun = seconds_now();
         memcpy(call->argument, argument, length + 1);
         if (group.add(*call))

@@ -41,7 +41,7 @@ struct CallGroup::Lane {
     UdpSocket own;
     Client* lent = nullptr;
     uint32_t xid = 0;
-    size_t under_way = 0;         // bytes
+    size_t under_way = 0;         // kernel_memory of what was sent
     bool lost_one = false;        // a call was not answered in time: the daemon may be another by now
     GroupCall* waiting = nullptr; // for their turn
     GroupCall** last_waiting = &waiting;
@@ -70,7 +70,7 @@ struct CallGroup::Lane {
         call.next = nullptr;
         *last_sent = &call;
         last_sent = &call.next;
-        under_way += call.weight;
+        under_way += kernel_memory(call.size);
     }
     // Takes the call that *link leads to out of `sent`.
     GroupCall& unlink_sent(GroupCall** link)
@@ -79,7 +79,7 @@ struct CallGroup::Lane {
         *link = call.next;
         if (last_sent == &call.next)
             last_sent = link;
-        under_way -= call.weight;
+        under_way -= kernel_memory(call.size);
         return call;
     }
 };
@@ -116,7 +116,7 @@ void CallGroup::advance(Lane& lane)
         close(lane, true);
     if (!lane.waiting || lane.asks || (!lane.is_ready() && !open(lane)))
         return;
-    while (lane.waiting && (!lane.sent || lane.under_way + lane.waiting->weight <= group_window)) {
+    while (lane.waiting && (!lane.sent || lane.under_way + kernel_memory(lane.waiting->size) <= group_window)) {
         if (!lane.is_ready() || !send(lane, *lane.waiting))
             return;
     }

@@ -3,9 +3,9 @@
 // callback of a group calls Lua.
 //
 // A service's calls go through a lane: a socket of the group's own, found by a
-// port query that runs beside those of other lanes. The bytes that are under way
-// to one daemon, and back, are bounded, because more would be lost in the
-// kernel's buffers before the daemon sees them; what does not fit waits.
+// port query that runs beside those of other lanes. What is under way to one
+// daemon, and back, is bounded, because more would be lost in the kernel's buffers
+// before the daemon sees it; what does not fit waits.
 #pragma once
 
 #include <cstddef>
@@ -18,8 +18,22 @@
 #include "rpc/port_mapper.h"
 #include "rpc/udp_socket.h"
 
-// Bytes under way to one daemon, or back.
-constexpr size_t group_window = 64 * 1024;
+// Memory of the kernel's that one group's datagrams to one daemon, or back, may
+// occupy: twice that fits a socket's buffer, which has 212,992 bytes unless somebody
+// says otherwise, for replies may come doubled, and another group may be under way.
+constexpr size_t group_window = 96 * 1024;
+
+// What a datagram of that size counts in a socket's buffer: more than itself.
+// Small ones count seven times their size, which is why they, too, are bounded by
+// what they count.
+constexpr size_t kernel_memory(size_t datagram)
+{
+    constexpr size_t around = 448, least = 512, description = 256;
+    size_t room = least;
+    while (room < datagram + around)
+        room *= 2;
+    return room + description;
+}
 
 // Why a call of a group ended without a reply.
 struct GroupFailure {
@@ -39,7 +53,7 @@ struct GroupCall {
     const ServiceClient* service = nullptr;
     Deadline deadline = {0};
     int64_t started = 0; // of milliseconds_now
-    size_t weight = 0;   // bytes of the request or of the reply, whichever are more
+    size_t size = 0;     // of the request or of the reply, whichever is larger
     uint32_t xid = 0;
 };
 

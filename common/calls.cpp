@@ -120,7 +120,7 @@ size_t ApiCalls::encode(GroupCall& base, uint32_t xid, uint32_t* units)
     return encode_call(header, message.encode, message.request, units);
 }
 
-void ApiCalls::replied(GroupCall& base, uint32_t* units, size_t size, uint16_t port)
+bool ApiCalls::replied(GroupCall& base, uint32_t* units, size_t size, uint16_t port)
 {
     auto& call = static_cast<ApiCall&>(base);
     Room room;
@@ -128,18 +128,18 @@ void ApiCalls::replied(GroupCall& base, uint32_t* units, size_t size, uint16_t p
     rpc_err error;
     call.port = port;
     call.length = 0;
-    if (decode_reply(units, size, message.decode, message.reply, error) != RPC_SUCCESS) {
-        call.status = failed_call(name_of(call), call.owner, error);
-        return call.calls->finish(call);
+    const bool is_reply = decode_reply(units, size, message.decode, message.reply, error) == RPC_SUCCESS;
+    if (is_reply) {
+        if (call.api)
+            call.length = format_reply(*call.api, room.reply, room.text);
+        call.text = static_cast<char*>(malloc(call.length + 1));
     }
-    if (call.api)
-        call.length = format_reply(*call.api, room.reply, room.text);
-    call.text = static_cast<char*>(malloc(call.length + 1));
     if (call.text)
         memcpy(call.text, room.text, call.length);
     else
-        call.status = no_memory(name_of(call));
+        call.status = is_reply ? no_memory(name_of(call)) : failed_call(name_of(call), call.owner, error);
     call.calls->finish(call);
+    return is_reply;
 }
 
 void ApiCalls::failed(GroupCall& base, const GroupFailure& failure)

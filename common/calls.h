@@ -65,7 +65,7 @@ class ApiCalls
 
   private:
     static size_t encode(GroupCall& call, uint32_t xid, uint32_t* units);
-    static void replied(GroupCall& call, uint32_t* units, size_t size, uint16_t port);
+    static bool replied(GroupCall& call, uint32_t* units, size_t size, uint16_t port);
     static void failed(GroupCall& call, const GroupFailure& failure);
 
     unsigned begin(const Service& service, const Api* api, const char* argument, Deadline deadline, CallStatus& status);

@@ -42,7 +42,7 @@ struct CallGroup::Lane {
     Client* lent = nullptr;
     uint32_t xid = 0;
     size_t under_way = 0;         // kernel_memory of what was sent
-    bool lost_one = false;        // a call was not answered in time: the daemon may be another by now
+    bool is_doubted = false;      // a call failed: the daemon may be another by now, its port too
     GroupCall* waiting = nullptr; // for their turn
     GroupCall** last_waiting = &waiting;
     GroupCall* sent = nullptr;
@@ -112,9 +112,9 @@ bool CallGroup::add(GroupCall& call)
 // Sends what may be sent, and finds out where to, if need be.
 void CallGroup::advance(Lane& lane)
 {
-    if (lane.lost_one && !lane.sent)
+    if (lane.is_doubted && !lane.sent)
         close(lane, true);
-    if (!lane.waiting || lane.asks || (!lane.is_ready() && !open(lane)))
+    if (!lane.waiting || lane.asks || ((!lane.is_ready() || lane.is_doubted) && !open(lane)))
         return;
     while (lane.waiting && (!lane.sent || lane.under_way + kernel_memory(lane.waiting->size) <= group_window)) {
         if (!lane.is_ready() || !send(lane, *lane.waiting))
@@ -123,12 +123,12 @@ void CallGroup::advance(Lane& lane)
 }
 
 // True when there is a socket now. Otherwise its port is asked for, or every
-// call that waits has failed.
+// call that waits has failed. What is under way through a doubted socket stays.
 bool CallGroup::open(Lane& lane)
 {
-    if (clients == LaneClients::Shared)
+    if (clients == LaneClients::Shared && !lane.is_ready())
         lane.lent = lend_idle_client(lane.service);
-    if (lane.lent) {
+    if (lane.lent && !lane.is_doubted) {
         lane.xid = lane.lent->xid;
         return true;
     }
@@ -136,7 +136,7 @@ bool CallGroup::open(Lane& lane)
     use(lane, lane.query.start());
     if (lane.asks)
         watch(lane.query.fd());
-    return lane.is_ready();
+    return lane.is_ready() && !lane.is_doubted;
 }
 
 // Goes on with what the port query says.
@@ -151,6 +151,14 @@ void CallGroup::use(Lane& lane, PortQuery::State state)
     new (&lane.query) PortQuery(lane.service.program, server_version);
     if (state == PortQuery::State::Failed)
         return fail_waiting(lane, creation_failure(failure));
+    if (lane.is_ready() && lane.socket().port == port) {
+        lane.is_doubted = false;
+        return;
+    }
+    if (lane.is_ready()) { // nobody answers there any more
+        close(lane, true);
+        fail_sent(lane, call_failure(error_of(RPC_CANTRECV, ECONNREFUSED)));
+    }
     if (!open_udp_socket(lane.own, port, LocalPort::Reserved, random_bits(), socket_wait_ms(TIMEOUT))) {
         const CreationFailure refused = {RPC_SYSTEMERROR, error_of(RPC_SYSTEMERROR, errno)};
         return fail_waiting(lane, creation_failure(refused));
@@ -208,7 +216,8 @@ void CallGroup::take(Lane& lane, uint32_t* units, size_t size)
         if (answers(static_cast<ssize_t>(size), units, (*link)->xid)) {
             GroupCall& call = lane.unlink_sent(link);
             open_calls--;
-            owner.replied(call, units, size, lane.socket().port);
+            if (!owner.replied(call, units, size, lane.socket().port))
+                lane.is_doubted = true;
             return;
         }
 }
@@ -224,7 +233,7 @@ void CallGroup::lose(Lane& lane, const rpc_err& error)
 
 void CallGroup::close(Lane& lane, bool failed)
 {
-    lane.lost_one = false;
+    lane.is_doubted = false;
     if (lane.lent) {
         lane.lent->xid = lane.xid;
         give_back_client(lane.service, *lane.lent, failed);
@@ -271,7 +280,7 @@ void CallGroup::expire(Lane& lane, int64_t now)
             continue;
         }
         end(lane.unlink_sent(link), call_failure(error_of(RPC_TIMEDOUT)));
-        lane.lost_one = true;
+        lane.is_doubted = true;
     }
     for (GroupCall** link = &lane.waiting; *link;) {
         GroupCall* call = *link;
@@ -352,7 +361,7 @@ void CallGroup::close()
 {
     while (Lane* lane = lanes) {
         lanes = lane->next;
-        close(*lane, lane->sent || lane->lost_one);
+        close(*lane, lane->sent || lane->is_doubted);
         lane->~Lane();
         free(lane);
     }

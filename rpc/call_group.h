@@ -62,8 +62,8 @@ struct GroupOwner {
     // Writes the call's message into datagram_units; its size, 0 when it does not fit.
     size_t (*encode)(GroupCall& call, uint32_t xid, uint32_t* units);
     // The call has ended: with a datagram that bears its xid, from the daemon's
-    // port, or without.
-    void (*replied)(GroupCall& call, uint32_t* units, size_t size, uint16_t port);
+    // port, or without. False when that datagram is no reply to it.
+    bool (*replied)(GroupCall& call, uint32_t* units, size_t size, uint16_t port);
     void (*failed)(GroupCall& call, const GroupFailure& failure);
 };
 

@@ -440,3 +440,14 @@ case "services_tells_who_is_there" (function()
     end
   end
 end)
+
+case "a_failed_call_drops_the_client_of_its_service_only" (function()
+  calls.all({ { devinfo }, { vlan, "10" } }, 5)
+  tell "fault devinfo count=1 error prog_unavail"
+  local _, failures = calls.all({ { devinfo }, { vlan, "10" } }, 5)
+  equal(failures[1].code, "rejected", "code")
+  local texts = calls.all({ { devinfo }, { vlan, "10" } }, 5)
+  equal(texts[1], identity, "the next call")
+  equal(lookups(50002), 2, "lookups of the service that failed")
+  equal(lookups(50004), 1, "lookups of another service")
+end)

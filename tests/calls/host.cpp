@@ -1,7 +1,8 @@
 // What a host program of many calls has and Lua lacks, as a Lua module: waiting
-// for a descriptor, a UDP socket of its own, its memory and its descriptors.
+// for a descriptor, a UDP socket of its own, its memory, its descriptors.
 #include <arpa/inet.h>
 #include <cerrno>
+#include <cstdlib>
 #include <cstring>
 #include <dirent.h>
 #include <lua.hpp>
@@ -9,6 +10,7 @@
 #include <netinet/in.h>
 #include <poll.h>
 #include <sys/socket.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace
@@ -65,23 +67,41 @@ int do_memory(lua_State* L)
     return 1;
 }
 
+// What the process has open, one after another.
+template <class Do> void for_each_descriptor(lua_State* L, Do todo)
+{
+    DIR* folder = opendir("/proc/self/fd");
+    if (!folder)
+        luaL_error(L, "/proc/self/fd: expected a folder, found: %s", strerror(errno));
+    while (const dirent* entry = readdir(folder))
+        if (const int fd = atoi(entry->d_name); entry->d_name[0] != '.' && fd != dirfd(folder))
+            todo(fd);
+    closedir(folder);
+}
+
 // descriptors(): how many the process has open.
 int do_descriptors(lua_State* L)
 {
-    int count = -1; // the folder's own
-    DIR* folder = opendir("/proc/self/fd");
-    if (!folder)
-        return luaL_error(L, "/proc/self/fd: expected a folder, found: %s", strerror(errno));
-    while (const dirent* entry = readdir(folder))
-        count += entry->d_name[0] != '.';
-    closedir(folder);
+    int count = 0;
+    for_each_descriptor(L, [&](int) { count++; });
     lua_pushinteger(L, count);
     return 1;
 }
 
+// close_sockets(): closes every socket of the process, whoever made it.
+int do_close_sockets(lua_State* L)
+{
+    for_each_descriptor(L, [](int fd) {
+        struct stat now;
+        if (fstat(fd, &now) == 0 && S_ISSOCK(now.st_mode))
+            close(fd);
+    });
+    return 0;
+}
+
 const luaL_Reg functions[] = {
-    {"readable", do_readable},       {"exchange", do_exchange}, {"memory", do_memory},
-    {"descriptors", do_descriptors}, {nullptr, nullptr},
+    {"readable", do_readable},       {"exchange", do_exchange},           {"memory", do_memory},
+    {"descriptors", do_descriptors}, {"close_sockets", do_close_sockets}, {nullptr, nullptr},
 };
 } // namespace
 

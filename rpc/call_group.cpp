@@ -180,9 +180,9 @@ bool CallGroup::send(Lane& lane, GroupCall& call)
     while (lane.socket().send(units, size) < 0) {
         if (errno == EINTR)
             continue;
-        if (errno == EBADF) { // the host closed the descriptor: nothing has left
-            close(lane, true);
-            return advance(lane), false;
+        if (errno == EBADF) { // the host closed the descriptor: this one has not left
+            lose(lane, error_of(RPC_CANTRECV, EBADF));
+            return false;
         }
         const rpc_err error = error_of(RPC_CANTSEND, errno);
         end(lane.pop_waiting(), call_failure(error));

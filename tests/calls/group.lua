@@ -405,3 +405,21 @@ case "descriptors_refused_fail_calls_and_the_group_goes_on" (function()
   id = group:call(vlan, "10", 5)
   equal(ends_by_descriptor(group, 1)[id], vlan10, "text")
 end)
+
+-- Somebody closes every descriptor of the process, as hosts do that become daemons.
+case "a_socket_that_the_host_closed_ends_its_calls_and_is_made_anew" (function()
+  tell "fault oltmib_vlaninfo_get_1 drop"
+  local group = calls.group()
+  local open = group:call(vlan, "10", 20)
+  while executions() < 1 do
+    group:wait(0.02)
+  end
+  host.close_sockets()
+  local next_one = group:call(port, "3", 5)
+  local good = group:call(devinfo, "", 5)
+  local texts, failures = ends_of(group, 3)
+  equal(failures[open] and failures[open].code, "failed", "code of the open call")
+  equal(texts[good], identity, "a call of another service")
+  equal(texts[next_one]:match("^%d"), "3", "the next call")
+  equal(executions(), 3, "executions")
+end)

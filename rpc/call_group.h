@@ -19,9 +19,10 @@
 #include "rpc/udp_socket.h"
 
 // Memory of the kernel's that one group's datagrams to one daemon, or back, may
-// occupy: twice that fits a socket's buffer, which has 212,992 bytes unless somebody
-// says otherwise, for replies may come doubled, and another group may be under way.
-constexpr size_t group_window = 96 * 1024;
+// occupy. A socket's buffer has 212,992 bytes unless somebody says otherwise, of
+// which a quarter may be counted for some time after it was read. Twice the window
+// fits the rest: replies may come doubled, and another group may be under way.
+constexpr size_t group_window = 72 * 1024;
 
 // What a datagram of that size counts in a socket's buffer: more than itself.
 // Small ones count seven times their size, which is why they, too, are bounded by

@@ -183,24 +183,30 @@ void ApiCalls::process()
         group.process();
 }
 
+// Looks at least once, however late it is: whoever waits until something has ended
+// relies on deadlines being found over.
 void ApiCalls::wait(Deadline until, const Caller& caller)
 {
-    while (!finished && is_open() && !is_closed && until.left() > 0) {
+    while (!finished && is_open() && !is_closed) {
         group.wait(until);
-        if (!finished && caller.has_given_up()) {
+        if (finished)
+            break;
+        if (caller.has_given_up()) {
             rpc_err error = {};
             error.re_status = RPC_INTR;
             error.re_errno = EINTR;
-            group.fail_all({GroupFailure::Kind::Call, error, {}});
+            group.fail_all(error);
         }
+        if (until.left() <= 0)
+            break;
     }
 }
 
 Deadline ApiCalls::next_due() const
 {
-    if (finished)
-        return {0};
-    return is_open() && !is_closed ? group.next_due() : Deadline{INT64_MAX};
+    if (is_closed || (!finished && !is_open()))
+        return {INT64_MAX};
+    return finished ? Deadline{0} : group.next_due();
 }
 
 void ApiCalls::close()
@@ -213,7 +219,7 @@ void ApiCalls::close()
                 break;
             }
     }
-    group.fail_all({GroupFailure::Kind::NotSent, {}, {}}); // which nobody will hear of
+    group.fail_all({}); // which nobody will hear of
     while (finished)
         drop_finished();
     group.close();

@@ -41,11 +41,13 @@ class ApiCalls
     // Takes what came, without waiting.
     void process();
     // Waits until a call has ended, the time is over, or nobody waits any more:
-    // every open call is then interrupted.
+    // every open call is then interrupted. A call whose own deadline is over ends
+    // here even where the time was over before.
     void wait(Deadline until, const Caller& caller);
 
-    // The call that ended first of those not yet dropped, or null.
-    ApiCall* first_finished() { return finished; }
+    // The call that ended first of those not yet dropped, or null: in the child
+    // of a fork the ends are the parent's.
+    ApiCall* first_finished() { return is_closed ? nullptr : finished; }
     void drop_finished();
 
     bool is_open() const { return group.is_open(); }

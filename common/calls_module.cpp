@@ -20,6 +20,7 @@ namespace
 constexpr char group_type[] = "librpc.calls.group";
 constexpr char message_type[] = "librpc.calls.message";
 constexpr double most_seconds = 1e6;
+constexpr Deadline no_deadline = {INT64_MAX}; // each call has its own
 
 // Seconds as an argument: a deadline from now, 25 seconds where there is none.
 Deadline check_deadline(lua_State* L, int index)
@@ -136,12 +137,11 @@ int check_items(lua_State* L, int list)
 
 // Waits for every open call, and puts each end into the tables at `texts` and
 // `texts` + 1, at the place that `places` has for its id.
-void collect(lua_State* L, ApiCalls& calls, Deadline deadline, int places, int texts)
+void collect(lua_State* L, ApiCalls& calls, int places, int texts)
 {
     const Caller caller = caller_of(L);
-    const Deadline last_look = {deadline.at + ms_of_second}; // by when every call has ended by its own deadline
     while (calls.is_open() || calls.first_finished()) {
-        calls.wait(last_look, caller);
+        calls.wait(no_deadline, caller);
         while (const ApiCall* call = calls.first_finished()) {
             lua_rawgeti(L, places, static_cast<int>(call->id));
             const int place = static_cast<int>(lua_tointeger(L, -1));
@@ -184,7 +184,7 @@ int all(lua_State* L)
             lua_rawseti(L, texts, i);
         }
     }
-    collect(L, calls, deadline, places, texts);
+    collect(L, calls, places, texts);
     calls.close();
     lua_settop(L, texts + 1);
     return 2;
@@ -214,7 +214,7 @@ int services(lua_State* L)
     }
     const Caller caller = caller_of(L);
     while (calls.is_open() || calls.first_finished()) {
-        calls.wait({deadline.at + ms_of_second}, caller);
+        calls.wait(no_deadline, caller);
         while (const ApiCall* call = calls.first_finished()) {
             for (place = 1; all_services[static_cast<size_t>(place) - 1] != call->owner;)
                 place++;
@@ -328,12 +328,13 @@ int group_finished(lua_State* L)
 }
 
 // group:wait([seconds]): true once something is finished; false when the time is
-// over or nothing is open.
+// over or nothing is open; nil, a message, a code where the group is dead.
 int group_wait(lua_State* L)
 {
     ApiCalls& calls = check_group(L);
-    const Deadline until = lua_isnoneornil(L, 2) ? Deadline{INT64_MAX} : check_deadline(L, 2);
-    calls.process();
+    const Deadline until = lua_isnoneornil(L, 2) ? no_deadline : check_deadline(L, 2);
+    if (!calls.is_usable())
+        return push_refusal(L, group_closed("group:wait"));
     calls.wait(until, caller_of(L));
     calls.keep_alarm();
     lua_pushboolean(L, calls.first_finished() != nullptr);

@@ -346,13 +346,13 @@ void CallGroup::wait(Deadline until)
     process();
 }
 
-void CallGroup::fail_all(const GroupFailure& failure)
+void CallGroup::fail_all(const rpc_err& error)
 {
     for (Lane* lane = lanes; lane; lane = lane->next) {
-        fail_waiting(*lane, failure);
+        fail_waiting(*lane, {GroupFailure::Kind::NotSent, error, {}});
         if (!lane->sent)
             continue;
-        fail_sent(*lane, failure);
+        fail_sent(*lane, call_failure(error));
         close(*lane, true);
     }
 }

@@ -41,7 +41,7 @@ struct GroupFailure {
     enum class Kind : uint8_t {
         Call,     // after it was sent: `error`
         NoClient, // there was nowhere to send it: `creation`
-        NotSent,  // its time was over while it waited for its turn
+        NotSent,  // it was over while it waited for its turn
     };
     Kind kind;
     rpc_err error;
@@ -89,8 +89,8 @@ class CallGroup
     void process();
     // Waits until something came or is due, `until` at most; then process().
     void wait(Deadline until);
-    // Ends every open call as failed.
-    void fail_all(const GroupFailure& failure);
+    // Ends every open call: as failed, those that still wait as not sent.
+    void fail_all(const rpc_err& error);
     // Gives the open calls up without a word and closes every socket.
     void close();
 

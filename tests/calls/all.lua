@@ -451,3 +451,22 @@ case "a_failed_call_drops_the_client_of_its_service_only" (function()
   equal(lookups(50002), 2, "lookups of the service that failed")
   equal(lookups(50004), 1, "lookups of another service")
 end)
+
+case "what_never_left_the_queue_says_not_sent" (function()
+  tell "fault erpsinfo drop"
+  local list = {}
+  for i = 1, 40 do
+    list[i] = { "oltmib_lldpifnei_get_1", tostring(i) } -- the largest record
+  end
+  local texts, failures = calls.all(list, 0.5)
+  local codes = {}
+  for i = 1, #list do
+    equal(texts[i], false, "text " .. i)
+    codes[failures[i].code] = (codes[failures[i].code] or 0) + 1
+  end
+  equal((codes.timed_out or 0) + (codes.not_sent or 0), 40, "failures")
+  equal(codes.not_sent > 0 and codes.timed_out > 0, true, "both kinds")
+  equal(executions(), codes.timed_out, "executions")
+  equal(failures[40].message, "oltmib_lldpifnei_get_1 (service erpsinfo, program 50005): the wait was over before the "
+    .. "call's turn came; it was not sent, so it may be repeated")
+end)

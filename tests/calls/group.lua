@@ -437,3 +437,72 @@ case "an_interrupted_wait_says_what_was_sent" (function()
   equal(sent and sent + waiting, 12, text)
   equal(tonumber(sent), executions(), "executions")
 end)
+
+case "a_closed_group_says_so" (function()
+  tell "fault nsminfo drop"
+  local group = calls.group()
+  local before = host.descriptors()
+  local fd = group:pollfd()
+  for i = 1, 100 do
+    group:call(vlan, tostring(i), 10)
+    group:call(devinfo, "", 10)
+  end
+  equal(group:wait(10), true, "something has ended")
+  group:close()
+  equal(host.descriptors(), before, "descriptors")
+  equal(host.readable(fd, 0), false, "the old number")
+  for _ in group:finished() do
+    error("a closed group has no ends")
+  end
+  local id, message, code = group:call(devinfo, "")
+  equal(id, nil, "id")
+  equal(message, "oltmib_devinfo_get_1: the group was closed, or it is the parent's of this forked process")
+  equal(code, "closed", "code")
+  fd, message, code = group:pollfd()
+  equal(fd, nil, "descriptor")
+  equal(type(message), "string", "message")
+  equal(code, "closed", "code of pollfd")
+  local ended
+  ended, message, code = group:wait(5)
+  equal(ended, nil, "wait")
+  equal(type(message), "string", "message")
+  equal(code, "closed", "code of wait")
+  equal(group:timeout(), nil, "timeout")
+  group:close()
+end)
+
+case "an_inherited_group_is_dead_in_the_child_and_alive_in_the_parent" (function()
+  tell "fault oltmib_vlaninfo_get_1 delay 500"
+  local group = calls.group()
+  group:pollfd()
+  local fetched = group:call(devinfo, "", 10)
+  equal(group:wait(10), true, "one has ended")
+  local open = group:call(vlan, "10", 10)
+  local child = process.fork()
+  if child == 0 then
+    local ok, message = pcall(function()
+      for _ in group:finished() do
+        error("the ends are the parent's")
+      end
+      equal(select(3, group:call(vlan, "10")), "closed", "call")
+      equal(select(3, group:wait(5)), "closed", "wait")
+      equal(select(3, group:pollfd()), "closed", "pollfd")
+      equal(group:timeout(), nil, "timeout")
+      equal(calls.all({ { vlan, "20" } }, 5)[1]:match("^%d+"), "20", "all in the child")
+      local own = calls.group()
+      local id = own:call(vlan, "20", 5)
+      equal(ends_of(own, 1)[id]:match("^%d+"), "20", "a group of the child's own")
+      group:close()
+      own:close()
+    end)
+    if not ok then
+      io.stderr:write(message, "\n")
+    end
+    process.exit(ok and 0 or 1)
+  end
+  equal(process.wait(child), 0, "the child's status")
+  local texts = ends_of(group, 2)
+  equal(texts[fetched], identity, "what had ended")
+  equal(texts[open], vlan10, "what was open")
+  equal(executions(), 4, "executions")
+end)

@@ -202,11 +202,20 @@ void ApiCalls::wait(Deadline until, const Caller& caller)
     }
 }
 
-Deadline ApiCalls::next_due() const
+Deadline ApiCalls::next_due()
 {
     if (is_closed || (!finished && !is_open()))
         return {INT64_MAX};
-    return finished ? Deadline{0} : group.next_due();
+    return finished ? Deadline{0} : group.exact_due();
+}
+
+// An alarm that rings early costs its host one look.
+void ApiCalls::keep_alarm()
+{
+    if (is_closed || (!finished && !is_open()))
+        group.set_alarm({INT64_MAX});
+    else
+        group.set_alarm(finished ? Deadline{0} : group.next_due());
 }
 
 void ApiCalls::close()

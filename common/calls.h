@@ -52,10 +52,10 @@ class ApiCalls
 
     bool is_open() const { return group.is_open(); }
     // When there is something to do next, INT64_MAX where there is nothing.
-    Deadline next_due() const;
+    Deadline next_due();
     // See CallGroup::descriptor. From now on keep_alarm tells it what is due.
     int descriptor() { return group.descriptor(); }
-    void keep_alarm() { group.set_alarm(next_due()); }
+    void keep_alarm();
 
     // Gives everything up.
     void close();

@@ -14,6 +14,8 @@ namespace
 {
 constexpr nfds_t most_polled = 64; // descriptors that one wait looks at
 constexpr int most_a_turn = 256;   // datagrams that one lane takes before the next
+constexpr int64_t usual_receive_ms = socket_wait_ms(TIMEOUT);
+constexpr int64_t least_receive_ms = 50; // less is not worth a socket's own receive
 
 rpc_err error_of(enum clnt_stat status, int number = 0)
 {
@@ -48,8 +50,16 @@ struct CallGroup::Lane {
     GroupCall* sent = nullptr;
     GroupCall** last_sent = &sent;
 
+    int64_t receive_ms = usual_receive_ms; // how long the socket's own receive waits
+
     UdpSocket& socket() { return lent ? lent->socket : own; }
     bool is_ready() const { return lent || own.is_open(); }
+
+    bool limit_receive(int64_t ms)
+    {
+        receive_ms = ms;
+        return socket().set_wait(ms);
+    }
 
     void wait_last(GroupCall& call)
     {
@@ -102,7 +112,7 @@ bool CallGroup::add(GroupCall& call)
     Lane* lane = lane_of(*call.service);
     if (!lane)
         return false;
-    call.started = milliseconds_now();
+    bound = open_calls > 0 ? bound.or_sooner(call.deadline) : call.deadline;
     open_calls++;
     lane->wait_last(call);
     advance(*lane);
@@ -159,7 +169,7 @@ void CallGroup::use(Lane& lane, PortQuery::State state)
         close(lane, true);
         fail_sent(lane, call_failure(error_of(RPC_CANTRECV, ECONNREFUSED)));
     }
-    if (!open_udp_socket(lane.own, port, LocalPort::Reserved, random_bits(), socket_wait_ms(TIMEOUT))) {
+    if (!open_udp_socket(lane.own, port, LocalPort::Reserved, random_bits(), usual_receive_ms)) {
         const CreationFailure refused = {RPC_SYSTEMERROR, error_of(RPC_SYSTEMERROR, errno)};
         return fail_waiting(lane, creation_failure(refused));
     }
@@ -196,17 +206,21 @@ bool CallGroup::send(Lane& lane, GroupCall& call)
 
 void CallGroup::receive(Lane& lane)
 {
-    uint32_t units[datagram_units];
-    for (int taken = 0; lane.sent && lane.is_ready() && taken < most_a_turn; taken++) {
-        const ssize_t got = lane.socket().receive(units, sizeof units, MSG_DONTWAIT);
-        if (got < 0) {
-            if (errno != EAGAIN && errno != EINTR)
-                lose(lane, error_of(RPC_CANTRECV, errno));
-            break;
-        }
-        take(lane, units, static_cast<size_t>(got));
-    }
+    for (int taken = 0; lane.sent && lane.is_ready() && taken < most_a_turn && take_one(lane, MSG_DONTWAIT);)
+        taken++;
     advance(lane);
+}
+
+// False when there was none.
+bool CallGroup::take_one(Lane& lane, int flags)
+{
+    uint32_t units[datagram_units];
+    const ssize_t got = lane.socket().receive(units, sizeof units, flags);
+    if (got >= 0)
+        take(lane, units, static_cast<size_t>(got));
+    else if (errno != EAGAIN && errno != EINTR)
+        lose(lane, error_of(RPC_CANTRECV, errno));
+    return got >= 0;
 }
 
 // Most replies come in the order of their calls.
@@ -234,6 +248,9 @@ void CallGroup::lose(Lane& lane, const rpc_err& error)
 void CallGroup::close(Lane& lane, bool failed)
 {
     lane.is_doubted = false;
+    if (!failed && lane.is_ready() && lane.receive_ms != usual_receive_ms)
+        failed = !lane.limit_receive(usual_receive_ms);
+    lane.receive_ms = usual_receive_ms;
     if (lane.lent) {
         lane.lent->xid = lane.xid;
         give_back_client(lane.service, *lane.lent, failed);
@@ -296,54 +313,115 @@ void CallGroup::expire(Lane& lane, int64_t now)
         lane.last_waiting = &(*lane.last_waiting)->next;
 }
 
-void CallGroup::process()
+// Ends what is over, where the bound says that something may be.
+void CallGroup::expire_all()
 {
-    for (Lane* lane = lanes; lane; lane = lane->next) {
-        if (lane->asks) {
-            use(*lane, lane->query.receive());
-            if (lane->asks)
-                use(*lane, lane->query.check_time());
-            advance(*lane);
-        }
-        if (lane->sent)
-            receive(*lane); // once more before a deadline ends it: the process may have been stopped
-    }
     const int64_t now = milliseconds_now();
+    if (bound.at > now)
+        return;
     for (Lane* lane = lanes; lane; lane = lane->next) {
         expire(*lane, now);
         advance(*lane);
     }
+    bound = next_deadline();
+}
+
+Deadline CallGroup::next_deadline() const
+{
+    Deadline next = {INT64_MAX};
+    for (const Lane* lane = lanes; lane; lane = lane->next)
+        for (const GroupCall* list : {lane->sent, lane->waiting})
+            for (const GroupCall* call = list; call; call = call->next)
+                next = next.or_sooner(call->deadline);
+    return next;
 }
 
 Deadline CallGroup::next_due() const
 {
-    Deadline due = {INT64_MAX};
-    for (const Lane* lane = lanes; lane; lane = lane->next) {
+    Deadline due = bound;
+    for (const Lane* lane = lanes; lane; lane = lane->next)
         if (lane->asks)
             due = due.or_sooner(lane->query.next());
-        for (const GroupCall* list : {lane->sent, lane->waiting})
-            for (const GroupCall* call = list; call; call = call->next)
-                due = due.or_sooner(call->deadline);
-    }
     return due;
 }
 
+Deadline CallGroup::exact_due()
+{
+    bound = next_deadline();
+    return next_due();
+}
+
+// The only lane that has anything under way, or null.
+CallGroup::Lane* CallGroup::only_lane() const
+{
+    Lane* only = nullptr;
+    for (Lane* lane = lanes; lane; lane = lane->next) {
+        if (!lane->asks && !lane->sent)
+            continue;
+        if (only || lane->asks || !lane->is_ready())
+            return nullptr;
+        only = lane;
+    }
+    return only;
+}
+
+// Receives one datagram of a lane, waiting in the socket's own receive, which
+// saves looking before and after. False when that cannot be: its wait is not
+// exact, so the last moments before a deadline are poll's.
+bool CallGroup::receive_alone(Lane& lane, Deadline until)
+{
+    const int64_t left = next_due().or_sooner(until).left();
+    if (left < least_receive_ms)
+        return false;
+    if (lane.receive_ms > left && !lane.limit_receive(left / 8 * 7))
+        return false;
+    take_one(lane, 0);
+    advance(lane);
+    return true;
+}
+
+void CallGroup::process() { look({0}); }
+
 void CallGroup::wait(Deadline until)
 {
+    Lane* alone = only_lane();
+    if (!alone || !receive_alone(*alone, until))
+        look(until);
+    expire_all();
+}
+
+// Waits for datagrams and takes those that came: once more before a deadline ends
+// calls, for the process may have been stopped.
+void CallGroup::look(Deadline until)
+{
     pollfd descriptors[most_polled];
+    Lane* of[most_polled];
     nfds_t count = 0;
-    const auto add = [&](int fd) {
-        if (count < most_polled)
+    for (Lane* lane = lanes; lane && count < most_polled; lane = lane->next) {
+        const bool is_open = lane->sent && lane->is_ready();
+        for (const int fd : {lane->asks ? lane->query.fd() : -1, is_open ? lane->socket().fd : -1}) {
+            if (fd < 0 || count == most_polled)
+                continue;
+            of[count] = lane;
             descriptors[count++] = {fd, POLLIN, 0};
-    };
-    for (Lane* lane = lanes; lane; lane = lane->next) {
-        if (lane->asks)
-            add(lane->query.fd());
-        if (lane->sent && lane->is_ready())
-            add(lane->socket().fd);
+        }
     }
-    poll(descriptors, count, next_due().or_sooner(until).left_for_poll());
-    process();
+    const int ready = poll(descriptors, count, next_due().or_sooner(until).left_for_poll());
+    for (nfds_t i = 0; i < count; i++) {
+        Lane& lane = *of[i];
+        const bool is_readable = ready > 0 && descriptors[i].revents != 0;
+        if (!lane.asks || descriptors[i].fd != lane.query.fd()) {
+            if (is_readable)
+                receive(lane);
+            continue;
+        }
+        if (is_readable)
+            use(lane, lane.query.receive());
+        if (lane.asks)
+            use(lane, lane.query.check_time());
+        advance(lane);
+    }
+    expire_all();
 }
 
 void CallGroup::fail_all(const rpc_err& error)
@@ -412,8 +490,9 @@ int CallGroup::descriptor()
 
 void CallGroup::set_alarm(Deadline due)
 {
-    if (!timer.is_open())
+    if (!timer.is_open() || due.at == alarm.at)
         return;
+    alarm = due;
     itimerspec when = {};
     if (due.at < INT64_MAX) {
         const int64_t left = due.left();

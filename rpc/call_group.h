@@ -53,8 +53,7 @@ struct GroupCall {
     GroupCall* next = nullptr;
     const ServiceClient* service = nullptr;
     Deadline deadline = {0};
-    int64_t started = 0; // of milliseconds_now
-    size_t size = 0;     // of the request or of the reply, whichever is larger
+    size_t size = 0; // of the request or of the reply, whichever is larger
     uint32_t xid = 0;
 };
 
@@ -95,8 +94,10 @@ class CallGroup
     void close();
 
     bool is_open() const { return open_calls > 0; }
-    // When something is due next; only while a call is open.
+    // When something is due next, or earlier; only while a call is open.
     Deadline next_due() const;
+    // The same to the moment, at the price of a look at every call.
+    Deadline exact_due();
 
     // A descriptor that is readable when there is something to do, from now on
     // for the group's life. -1 with errno where there is none.
@@ -116,9 +117,15 @@ class CallGroup
     bool open(Lane& lane);
     void use(Lane& lane, PortQuery::State state);
     bool send(Lane& lane, GroupCall& call);
+    void look(Deadline until);
+    Lane* only_lane() const;
+    bool receive_alone(Lane& lane, Deadline until);
     void receive(Lane& lane);
+    bool take_one(Lane& lane, int flags);
     void take(Lane& lane, uint32_t* units, size_t size);
     void expire(Lane& lane, int64_t now);
+    void expire_all();
+    Deadline next_deadline() const;
     void end(GroupCall& call, const GroupFailure& failure);
     void fail_calls(GroupCall*& list, const GroupFailure& failure);
     void fail_waiting(Lane& lane, const GroupFailure& failure);
@@ -131,5 +138,7 @@ class CallGroup
     const LaneClients clients;
     Lane* lanes = nullptr;
     size_t open_calls = 0;
+    Deadline bound = {0}; // no open call's deadline is before
+    Deadline alarm = {INT64_MAX};
     Descriptor epoll, timer;
 };

@@ -55,13 +55,6 @@ void bind_reserved(int fd, uint32_t random, uint16_t not_this)
     }
 }
 
-bool set_wait(int fd, int64_t wait_ms)
-{
-    const timeval wait = {static_cast<time_t>(wait_ms / ms_of_second),
-                          static_cast<suseconds_t>(wait_ms % ms_of_second * 1000)};
-    return wait_ms == 0 || setsockopt(fd, SOL_SOCKET, SO_RCVTIMEO, &wait, sizeof wait) == 0;
-}
-
 // Whose port is its own would talk to itself.
 bool connect_to(int fd, uint16_t port)
 {
@@ -105,6 +98,12 @@ ssize_t UdpSocket::send(const void* datagram, size_t size)
 
 ssize_t UdpSocket::receive(void* datagram, size_t size, int flags) const { return recv(fd, datagram, size, flags); }
 
+bool UdpSocket::set_wait(int64_t ms) const
+{
+    const timeval wait = {static_cast<time_t>(ms / ms_of_second), static_cast<suseconds_t>(ms % ms_of_second * 1000)};
+    return setsockopt(fd, SOL_SOCKET, SO_RCVTIMEO, &wait, sizeof wait) == 0;
+}
+
 bool open_udp_socket(UdpSocket& opened, uint16_t port, LocalPort local, uint32_t random, int64_t wait_ms)
 {
     UdpSocket made;
@@ -112,7 +111,7 @@ bool open_udp_socket(UdpSocket& opened, uint16_t port, LocalPort local, uint32_t
         return false;
     if (local == LocalPort::Reserved)
         bind_reserved(made.fd, random, port);
-    if (!connect_to(made.fd, port) || !set_wait(made.fd, wait_ms)) {
+    if (!connect_to(made.fd, port) || (wait_ms > 0 && !made.set_wait(wait_ms))) {
         made.close();
         return false;
     }

@@ -22,6 +22,8 @@ struct UdpSocket : Descriptor {
     // `flags` are recv's own.
     ssize_t send(const void* datagram, size_t size);
     ssize_t receive(void* datagram, size_t size, int flags) const;
+    // From now on reading waits for `ms` at most, 0 for ever.
+    bool set_wait(int64_t ms) const;
 };
 
 // A socket that is connected to that port of 127.0.0.1, closed on exec; reading

@@ -2,6 +2,7 @@
 #include "common/calls.h"
 
 #include <cerrno>
+#include <cstddef>
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
@@ -52,7 +53,13 @@ size_t size_of(const Api* api)
 }
 } // namespace
 
-ApiCalls::ApiCalls(LaneClients clients) : group({encode, replied, failed}, clients)
+struct ApiCalls::Block {
+    Block* next;
+    size_t used, size; // of the room behind this
+};
+
+ApiCalls::ApiCalls(CallsOf whom)
+    : whom(whom), group({encode, replied, failed}, whom == CallsOf::Page ? LaneClients::Shared : LaneClients::Own)
 {
     const Guard guard(mutex);
     static bool watching;
@@ -64,24 +71,61 @@ ApiCalls::ApiCalls(LaneClients clients) : group({encode, replied, failed}, clien
 
 ApiCalls::~ApiCalls() { close(); }
 
+void* ApiCalls::allocate(size_t size)
+{
+    if (whom == CallsOf::Loop)
+        return malloc(size);
+    constexpr size_t usual = 16 * 1024 - sizeof(Block) - 16, alignment = alignof(max_align_t);
+    static_assert(sizeof(Block) % alignof(void*) == 0, "what stands behind a block is aligned");
+    size = (size + alignment - 1) / alignment * alignment;
+    if (!blocks || blocks->size - blocks->used < size) {
+        const size_t room = size > usual ? size : usual;
+        auto* block = static_cast<Block*>(malloc(sizeof(Block) + room));
+        if (!block)
+            return nullptr;
+        *block = {blocks, 0, room};
+        blocks = block;
+    }
+    char* memory = reinterpret_cast<char*>(blocks + 1) + blocks->used;
+    blocks->used += size;
+    return memory;
+}
+
+void ApiCalls::release(void* memory)
+{
+    if (whom == CallsOf::Loop)
+        free(memory);
+}
+
+void ApiCalls::release_blocks()
+{
+    while (Block* block = blocks) {
+        blocks = block->next;
+        free(block);
+    }
+}
+
 unsigned ApiCalls::begin(const Service& service, const Api* api, const char* argument, Deadline deadline,
                          CallStatus& status)
 {
     const size_t length = strlen(argument);
-    auto* call = static_cast<ApiCall*>(calloc(1, sizeof(ApiCall) + length));
+    auto* call = static_cast<ApiCall*>(allocate(sizeof(ApiCall) + length));
     if (call) {
+        call->service = service.client;
+        call->deadline = deadline;
+        call->size = size_of(api);
         call->calls = this;
         call->id = last_id + 1;
         call->owner = &service;
         call->api = api;
-        call->service = service.client;
-        call->deadline = deadline;
-        call->size = size_of(api);
-        call->begun = seconds_now();
+        call->text = nullptr;
+        call->port = 0;
+        call->seconds = 0;
+        call->begun = whom == CallsOf::Loop || !api ? seconds_now() : 0;
         memcpy(call->argument, argument, length + 1);
         if (group.add(*call))
             return ++last_id;
-        free(call);
+        release(call);
     }
     status = no_memory(api ? api->name : null_name);
     return 0;
@@ -132,7 +176,7 @@ bool ApiCalls::replied(GroupCall& base, uint32_t* units, size_t size, uint16_t p
     if (is_reply) {
         if (call.api)
             call.length = format_reply(*call.api, room.reply, room.text);
-        call.text = static_cast<char*>(malloc(call.length + 1));
+        call.text = static_cast<char*>(call.calls->allocate(call.length + 1));
     }
     if (call.text)
         memcpy(call.text, room.text, call.length);
@@ -161,7 +205,8 @@ void ApiCalls::failed(GroupCall& base, const GroupFailure& failure)
 
 void ApiCalls::finish(ApiCall& call)
 {
-    call.seconds = seconds_now() - call.begun;
+    if (call.begun > 0)
+        call.seconds = seconds_now() - call.begun;
     call.next_finished = nullptr;
     *last_finished = &call;
     last_finished = &call.next_finished;
@@ -173,8 +218,8 @@ void ApiCalls::drop_finished()
     finished = call->next_finished;
     if (!finished)
         last_finished = &finished;
-    free(call->text);
-    free(call);
+    release(call->text);
+    release(call);
 }
 
 void ApiCalls::process()
@@ -231,6 +276,7 @@ void ApiCalls::close()
     group.fail_all({}); // which nobody will hear of
     while (finished)
         drop_finished();
+    release_blocks();
     group.close();
     is_closed = true;
 }

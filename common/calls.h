@@ -18,16 +18,22 @@ struct ApiCall : GroupCall {
     CallStatus status;    // once it has ended
     char* text;           // of the reply; null without one
     size_t length;        // of that text
-    uint16_t port;        // of the daemon, where there was an answer
-    double seconds;       // that it took
-    double begun;         // of the host's clock
+    uint16_t port;        // of the daemon; 0 where there was no answer
+    double seconds;       // that it took, where they are told
+    double begun;         // of the host's clock, where they are
     char argument[1];     // goes on behind the struct
+};
+
+// For how long the calls of one owner are: as memory and clock are best used.
+enum class CallsOf : uint8_t {
+    Page, // begun together, over together: one memory, given back at the end
+    Loop, // any number over any time: each has its own memory, and its seconds told
 };
 
 class ApiCalls
 {
   public:
-    explicit ApiCalls(LaneClients clients);
+    explicit ApiCalls(CallsOf whom);
     ~ApiCalls();
     ApiCalls(const ApiCalls&) = delete;
     ApiCalls& operator=(const ApiCalls&) = delete;
@@ -37,6 +43,8 @@ class ApiCalls
     unsigned call(const char* name, const char* argument, Deadline deadline, CallStatus& status);
     // The same for the null procedure of a service (RFC 5531, section 12.1).
     unsigned call_null(const Service& service, Deadline deadline, CallStatus& status);
+    // Leaves the next id out, so that ids are places in a list of which one did not begin.
+    void skip_id() { last_id++; }
 
     // Takes what came, without waiting.
     void process();
@@ -72,7 +80,14 @@ class ApiCalls
 
     unsigned begin(const Service& service, const Api* api, const char* argument, Deadline deadline, CallStatus& status);
     void finish(ApiCall& call);
+    void* allocate(size_t size);
+    void release(void* memory);
+    void release_blocks();
 
+    struct Block;
+
+    const CallsOf whom;
+    Block* blocks = nullptr; // of a page, the newest first
     CallGroup group;
     ApiCall* finished = nullptr;
     ApiCall** last_finished = &finished;

@@ -370,7 +370,7 @@ CallGroup::Lane* CallGroup::only_lane() const
 // exact, so the last moments before a deadline are poll's.
 bool CallGroup::receive_alone(Lane& lane, Deadline until)
 {
-    const int64_t left = next_due().or_sooner(until).left();
+    const int64_t left = next_due().or_sooner(until).at - coarse_milliseconds_now() - coarse_ms;
     if (left < least_receive_ms)
         return false;
     if (lane.receive_ms > left && !lane.limit_receive(left / 8 * 7))
@@ -387,7 +387,6 @@ void CallGroup::wait(Deadline until)
     Lane* alone = only_lane();
     if (!alone || !receive_alone(*alone, until))
         look(until);
-    expire_all();
 }
 
 // Waits for datagrams and takes those that came: once more before a deadline ends

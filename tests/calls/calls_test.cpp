@@ -176,7 +176,7 @@ class Calls : public testing::Test
 
     std::map<uint32_t, std::unique_ptr<Daemon>> daemons;
     std::unique_ptr<FakePortMapper> mapper;
-    ApiCalls calls{LaneClients::Own};
+    ApiCalls calls{CallsOf::Loop};
 };
 
 // Tables whose requests and replies are the same record.
@@ -274,7 +274,7 @@ TEST_F(Calls, WhatIsUnderWayToADaemonTakesNoMoreOfTheKernelThanTheWindow)
         }
         for (const Api* api : {least, most}) {
             ASSERT_NE(api, nullptr);
-            ApiCalls own(LaneClients::Own);
+            ApiCalls own(CallsOf::Loop);
             CallStatus status;
             for (int i = 0; i < 1000; i++)
                 EXPECT_NE(own.call(api->name, "1", Deadline::after(20000), status), 0U);
@@ -338,7 +338,7 @@ TEST_F(Calls, NoServiceWaitsForAnother)
 {
     Daemon &busy = daemon_of("nsminfo"), &quiet = daemon_of("devinfo");
     for (const bool busy_first : {true, false}) {
-        ApiCalls own(LaneClients::Own);
+        ApiCalls own(CallsOf::Loop);
         CallStatus status;
         const auto begin = [&](const char* name, const std::string& argument) {
             return own.call(name, argument.c_str(), Deadline::after(20000), status);

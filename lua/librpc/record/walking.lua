@@ -4,7 +4,7 @@
 --
 --     local walk = walking.start("portinfo", key, options)
 --     while walk.text do
---       walk:take(calling.exchange(walk.api, walk.text))
+--       walk:take(calling.exchange(walk.api, walk.text, walk:left()))
 --     end
 --     return walk:result()
 local calling = require "librpc.record.calling"
@@ -52,8 +52,28 @@ local Walk = {}
 Walk.__index = Walk
 
 -- Ends the walk as a failure.
-function Walk:fail(_, message, code)
-  self.text, self.message, self.code = nil, message, code
+function Walk:fail(_, message, code, details)
+  self.text, self.message, self.code, self.details = nil, message, code, details
+end
+
+-- Ends it because its time is over.
+function Walk:fail_late()
+  self:fail(fail("deadline", self.api.name, ("the end within %.14g seconds"):format(self.seconds), nil,
+    ("%d rows and no end"):format(#self.rows)))
+end
+
+-- Gives the walk so many seconds from now on, where it has not fewer.
+function Walk:limit_time(seconds)
+  self.clock = require "librpc.record.clock"
+  local deadline = self.clock() + seconds
+  if not self.deadline or deadline < self.deadline then
+    self.deadline, self.seconds = deadline, seconds
+  end
+end
+
+-- The seconds that it still has; nil where there is no deadline.
+function Walk:left()
+  return self.deadline and math.max(self.deadline - self.clock(), 0)
 end
 
 -- Ends it as it should.
@@ -87,15 +107,20 @@ function Walk:end_of(row, presented)
   return self.ends[result] and "end" or "daemon_status"
 end
 
--- Takes the reply to `text`, or nil, a message and a code, and says in `text` what
--- to ask next: nil at the end.
-function Walk:take(reply, message, code)
+-- The codes of calls whose time is over: a walk's calls have what is left of its own.
+local is_late = { timed_out = true, not_sent = true }
+
+-- Takes the reply to `text`, or nil, a message, a code and perhaps details, and says
+-- in `text` what to ask next: nil at the end.
+function Walk:take(reply, message, code, details)
   local row
   if reply then
     row, message, code = calling.row_of(self.api, self.view, reply)
+  elseif self.deadline and is_late[code] then
+    return self:fail_late()
   end
   if not row then
-    return self:fail(nil, message, code)
+    return self:fail(nil, message, code, details)
   end
   local presented = names.present(self.view, row)
   local why = self:end_of(row, presented)
@@ -111,9 +136,8 @@ function Walk:take(reply, message, code)
     return self:fail(fail("too_many_rows", self.api.name, ("at most %d rows"):format(self.limit), nil, "more"))
   end
   self.rows[#self.rows + 1] = presented
-  if self.deadline and self.clock() >= self.deadline then
-    return self:fail(fail("deadline", self.api.name, ("the end within %.14g seconds"):format(self.seconds), nil,
-      ("%d rows and no end"):format(#self.rows)))
+  if self:left() == 0 then
+    return self:fail_late()
   end
   local fields
   if self.next then
@@ -156,7 +180,7 @@ end
 --   ends       a list of the results with which a walk ends; any other that is not
 --              0 is then a failure
 --   limit      rows at most, 100000 if not given
---   seconds    that the walk may take, looked at between two calls
+--   seconds    that the walk may take: its calls get what is left of them
 function walking.start(name, key, options)
   local api, message, code = getn_of(name)
   if not api then
@@ -176,7 +200,7 @@ function walking.start(name, key, options)
   end
   options = options or {}
   local walk = setmetatable({ api = api, view = view, rows = {}, asked = {}, done = options.done, next = options.next,
-    limit = options.limit or default_limit, ends = view.ends, seconds = options.seconds }, Walk)
+    limit = options.limit or default_limit, ends = view.ends }, Walk)
   if options.ends then
     walk.ends = {}
     for _, result in ipairs(options.ends) do
@@ -186,9 +210,8 @@ function walking.start(name, key, options)
   if not walk.done and not tables.has_output(api, view.res) then
     return fail("no_end", api.name, "a `done` option, because its rows have no `res`", nil, "none")
   end
-  if walk.seconds then
-    walk.clock = require "librpc.record.clock"
-    walk.deadline = walk.clock() + walk.seconds
+  if options.seconds then
+    walk:limit_time(options.seconds)
   end
   if type(key) == "table" then
     walk.oper = calling.by_schema(view, key)[view.oper]
@@ -207,7 +230,7 @@ function walking.rows(name, key, options)
     return nil, message, code, {}
   end
   while walk.text do
-    walk:take(calling.exchange(walk.api, walk.text))
+    walk:take(calling.exchange(walk.api, walk.text, walk:left()))
   end
   return walk:result()
 end

@@ -83,6 +83,22 @@ end
 local kept = record.walks({ { "portinfo" }, { "portinfo", { ifx = 4 } } }, 5)
 check.equal("two walks of one table", { #kept[1], #kept[2], kept[2][1].ifx }, { 8, 4, 5 })
 
+-- A table that is not walked gives its one row.
+rows, failures, ends = record.walks({ { "telnet" }, { "agsys" }, { "vlanbitmapinfo" }, { "nothing" },
+  { "mstp_bri", "key" }, { "telnet", nil, { limt = 1 } } }, 5)
+check.equal("one row each", { rows[1], rows[2], #rows[3], #rows[4], #rows[5], #rows[6] },
+  { { (record.get "telnet") }, { (record.get "agsys") }, 0, 0, 0, 0 })
+check.equal("its end", { ends[1], ends[2] }, { { why = "end" }, { why = "end" } })
+check.equal("failures", { failures[1], failures[2], failures[3].code, failures[4].code, failures[6].code },
+  { [3] = "no_operation", [4] = "unknown_api", [5] = "unknown_option" })
+shell.tell "fault oltmib_telnet_get_1 drop"
+shell.tell "fault oltmib_agsys_get_1 count=1 truncate 8"
+rows, failures = record.walks({ { "telnet" }, { "agsys" } }, 0.3)
+check.equal("one that is silent", { #rows[1], failures[1] }, { 0, { code = "deadline",
+  message = "oltmib_telnet_get_1: expected the end within 0.3 seconds, found 0 rows and no end" } })
+check.equal("one that is cut", failures[2].code, "bad_reply")
+shell.tell "clear"
+
 -- A walk that fails hands back what it has, with the reason; others go on.
 shell.tell "fault oltmib_vlaninfo_getn_1 after=2 error system_err"
 rows, failures, ends = record.walks({ { "vlaninfo" }, { "portinfo" }, { "nothing" }, { "vlaninfo", nil, { limt = 1 } },

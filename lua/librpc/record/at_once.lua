@@ -3,6 +3,7 @@
 local calling = require "librpc.record.calling"
 local calls = require "librpc.calls"
 local names = require "librpc.names"
+local reading = require "librpc.record.reading"
 local tables = require "librpc.record.tables"
 local walking = require "librpc.record.walking"
 
@@ -85,6 +86,54 @@ function at_once.all(list, seconds)
   return rows, failures
 end
 
+-- The one row of a table that is not walked, read in the manner of a walk.
+local Row = setmetatable({}, { __index = walking.Walk })
+Row.__index = Row
+
+function Row:take(reply, message, code, details)
+  if not reply then
+    return self:fail_call(message, code, details)
+  end
+  local row
+  row, message, code = calling.row_of(self.api, self.view, reply)
+  if row then
+    row, message, code, self.last = reading.accept(self.api, self.view, self.key, row)
+  end
+  if not row then
+    return self:fail(nil, message, code)
+  end
+  self.rows[1] = names.present(self.view, row)
+  self:finish("end")
+end
+
+-- What walks an item of a list: a walk, or the one row of a table that has no getn.
+local function start(name, key, options)
+  local apis, view, table_name = reading.open(name)
+  if not apis or apis.getn then
+    return walking.start(name, key, options)
+  end
+  local right, message, code = walking.check_options(options)
+  if not right then
+    return nil, message, code
+  end
+  local checked
+  checked, message, code = reading.checked_key(apis, view, table_name, key)
+  if not checked then
+    return nil, message, code
+  end
+  local text
+  text, message, code = calling.argument_of(apis.get, view, checked)
+  if not text then
+    return nil, message, code
+  end
+  local row = setmetatable({ api = apis.get, view = view, text = text, rows = {},
+    key = calling.by_schema(view, checked) }, Row)
+  if options and options.seconds then
+    row:limit_time(options.seconds)
+  end
+  return row
+end
+
 local kept -- a group that no walk uses; its sockets know the daemons' ports
 
 -- Sends what the walk asks next; one that cannot be sent has ended.
@@ -102,7 +151,7 @@ end
 -- asks for its next row as soon as the one before is there. The rows of each, which
 -- are all that it had where it failed; why it failed, by the same place; and how it
 -- ended where it did not: { why =, last = }. `seconds` is a deadline for all; a
--- walk's own may be sooner.
+-- walk's own may be sooner. A table that has no getn gives its one row.
 function at_once.walks(list, seconds)
   local right, message, code = check_list("record.walks", list, "{ table, key, options }", seconds)
   if not right then
@@ -114,7 +163,7 @@ function at_once.walks(list, seconds)
     group = calls.group()
   end
   for i, item in ipairs(list) do
-    local walk, problem, problem_code = walking.start(item[1], item[2], item[3])
+    local walk, problem, problem_code = start(item[1], item[2], item[3])
     walks[i] = walk or { rows = {} }
     if walk then
       if seconds then

@@ -50,6 +50,7 @@ end
 
 local Walk = {}
 Walk.__index = Walk
+walking.Walk = Walk
 
 -- Ends the walk as a failure.
 function Walk:fail(_, message, code, details)
@@ -110,17 +111,24 @@ end
 -- The codes of calls whose time is over: a walk's calls have what is left of its own.
 local is_late = { timed_out = true, not_sent = true }
 
+-- Ends it because a call had no reply.
+function Walk:fail_call(message, code, details)
+  if self.deadline and is_late[code] then
+    return self:fail_late()
+  end
+  return self:fail(nil, message, code, details)
+end
+
 -- Takes the reply to `text`, or nil, a message, a code and perhaps details, and says
 -- in `text` what to ask next: nil at the end.
 function Walk:take(reply, message, code, details)
-  local row
-  if reply then
-    row, message, code = calling.row_of(self.api, self.view, reply)
-  elseif self.deadline and is_late[code] then
-    return self:fail_late()
+  if not reply then
+    return self:fail_call(message, code, details)
   end
+  local row
+  row, message, code = calling.row_of(self.api, self.view, reply)
   if not row then
-    return self:fail(nil, message, code, details)
+    return self:fail(nil, message, code)
   end
   local presented = names.present(self.view, row)
   local why = self:end_of(row, presented)
@@ -173,6 +181,14 @@ local function getn_of(name)
   return api
 end
 
+-- True, or what fail gives.
+function walking.check_options(options)
+  if options == nil then
+    return true
+  end
+  return require("librpc.record.problems").check_options("record.rows", options, option_types)
+end
+
 -- A walk of a table, or of its getn, from the row behind `key` (a table of fields;
 -- nil: the first row). Each row is the key of the next. Options:
 --   done(row)  true at the end, which is not a row
@@ -191,12 +207,10 @@ function walking.start(name, key, options)
   if not view then
     return nil, message, code
   end
-  if options ~= nil then
-    local right
-    right, message, code = require("librpc.record.problems").check_options("record.rows", options, option_types)
-    if not right then
-      return nil, message, code
-    end
+  local right
+  right, message, code = walking.check_options(options)
+  if not right then
+    return nil, message, code
   end
   options = options or {}
   local walk = setmetatable({ api = api, view = view, rows = {}, asked = {}, done = options.done, next = options.next,

@@ -2,6 +2,7 @@
 #include "common/calls.h"
 
 #include <cerrno>
+#include <cstddef>
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
@@ -44,7 +45,7 @@ Call null_call() { return {null_procedure, as_xdrproc(xdr_void), nullptr, as_xdr
 
 const char* name_of(const ApiCall& call) { return call.api ? call.api->name : null_name; }
 
-size_t weight_of(const Api* api)
+size_t size_of(const Api* api)
 {
     const unsigned request = api && api->request ? api->request->units : 0;
     const unsigned reply = !api ? 0 : api->reply ? api->reply->units : 1;
@@ -52,7 +53,13 @@ size_t weight_of(const Api* api)
 }
 } // namespace
 
-ApiCalls::ApiCalls(LaneClients clients) : group({encode, replied, failed}, clients)
+struct ApiCalls::Block {
+    Block* next;
+    size_t used, size; // of the room behind this
+};
+
+ApiCalls::ApiCalls(CallsOf whom)
+    : whom(whom), group({encode, replied, failed}, whom == CallsOf::Page ? LaneClients::Shared : LaneClients::Own)
 {
     const Guard guard(mutex);
     static bool watching;
@@ -64,24 +71,61 @@ ApiCalls::ApiCalls(LaneClients clients) : group({encode, replied, failed}, clien
 
 ApiCalls::~ApiCalls() { close(); }
 
+void* ApiCalls::allocate(size_t size)
+{
+    if (whom == CallsOf::Loop)
+        return malloc(size);
+    constexpr size_t usual = 16 * 1024 - sizeof(Block) - 16, alignment = alignof(max_align_t);
+    static_assert(sizeof(Block) % alignof(void*) == 0, "what stands behind a block is aligned");
+    size = (size + alignment - 1) / alignment * alignment;
+    if (!blocks || blocks->size - blocks->used < size) {
+        const size_t room = size > usual ? size : usual;
+        auto* block = static_cast<Block*>(malloc(sizeof(Block) + room));
+        if (!block)
+            return nullptr;
+        *block = {blocks, 0, room};
+        blocks = block;
+    }
+    char* memory = reinterpret_cast<char*>(blocks + 1) + blocks->used;
+    blocks->used += size;
+    return memory;
+}
+
+void ApiCalls::release(void* memory)
+{
+    if (whom == CallsOf::Loop)
+        free(memory);
+}
+
+void ApiCalls::release_blocks()
+{
+    while (Block* block = blocks) {
+        blocks = block->next;
+        free(block);
+    }
+}
+
 unsigned ApiCalls::begin(const Service& service, const Api* api, const char* argument, Deadline deadline,
                          CallStatus& status)
 {
     const size_t length = strlen(argument);
-    auto* call = static_cast<ApiCall*>(calloc(1, sizeof(ApiCall) + length));
+    auto* call = static_cast<ApiCall*>(allocate(sizeof(ApiCall) + length));
     if (call) {
+        call->service = service.client;
+        call->deadline = deadline;
+        call->size = size_of(api);
         call->calls = this;
         call->id = last_id + 1;
         call->owner = &service;
         call->api = api;
-        call->service = service.client;
-        call->deadline = deadline;
-        call->weight = weight_of(api);
-        call->begun = seconds_now();
+        call->text = nullptr;
+        call->port = 0;
+        call->seconds = 0;
+        call->begun = whom == CallsOf::Loop || !api ? seconds_now() : 0;
         memcpy(call->argument, argument, length + 1);
         if (group.add(*call))
             return ++last_id;
-        free(call);
+        release(call);
     }
     status = no_memory(api ? api->name : null_name);
     return 0;
@@ -120,7 +164,7 @@ size_t ApiCalls::encode(GroupCall& base, uint32_t xid, uint32_t* units)
     return encode_call(header, message.encode, message.request, units);
 }
 
-void ApiCalls::replied(GroupCall& base, uint32_t* units, size_t size, uint16_t port)
+bool ApiCalls::replied(GroupCall& base, uint32_t* units, size_t size, uint16_t port)
 {
     auto& call = static_cast<ApiCall&>(base);
     Room room;
@@ -128,18 +172,18 @@ void ApiCalls::replied(GroupCall& base, uint32_t* units, size_t size, uint16_t p
     rpc_err error;
     call.port = port;
     call.length = 0;
-    if (decode_reply(units, size, message.decode, message.reply, error) != RPC_SUCCESS) {
-        call.status = failed_call(name_of(call), call.owner, error);
-        return call.calls->finish(call);
+    const bool is_reply = decode_reply(units, size, message.decode, message.reply, error) == RPC_SUCCESS;
+    if (is_reply) {
+        if (call.api)
+            call.length = format_reply(*call.api, room.reply, room.text);
+        call.text = static_cast<char*>(call.calls->allocate(call.length + 1));
     }
-    if (call.api)
-        call.length = format_reply(*call.api, room.reply, room.text);
-    call.text = static_cast<char*>(malloc(call.length + 1));
     if (call.text)
         memcpy(call.text, room.text, call.length);
     else
-        call.status = no_memory(name_of(call));
+        call.status = is_reply ? no_memory(name_of(call)) : failed_call(name_of(call), call.owner, error);
     call.calls->finish(call);
+    return is_reply;
 }
 
 void ApiCalls::failed(GroupCall& base, const GroupFailure& failure)
@@ -161,7 +205,8 @@ void ApiCalls::failed(GroupCall& base, const GroupFailure& failure)
 
 void ApiCalls::finish(ApiCall& call)
 {
-    call.seconds = seconds_now() - call.begun;
+    if (call.begun > 0)
+        call.seconds = seconds_now() - call.begun;
     call.next_finished = nullptr;
     *last_finished = &call;
     last_finished = &call.next_finished;
@@ -173,8 +218,8 @@ void ApiCalls::drop_finished()
     finished = call->next_finished;
     if (!finished)
         last_finished = &finished;
-    free(call->text);
-    free(call);
+    release(call->text);
+    release(call);
 }
 
 void ApiCalls::process()
@@ -183,24 +228,39 @@ void ApiCalls::process()
         group.process();
 }
 
+// Looks at least once, however late it is: whoever waits until something has ended
+// relies on deadlines being found over.
 void ApiCalls::wait(Deadline until, const Caller& caller)
 {
-    while (!finished && is_open() && !is_closed && until.left() > 0) {
+    while (!finished && is_open() && !is_closed) {
         group.wait(until);
-        if (!finished && caller.has_given_up()) {
+        if (finished)
+            break;
+        if (caller.has_given_up()) {
             rpc_err error = {};
             error.re_status = RPC_INTR;
             error.re_errno = EINTR;
-            group.fail_all({GroupFailure::Kind::Call, error, {}});
+            group.fail_all(error);
         }
+        if (until.left() <= 0)
+            break;
     }
 }
 
-Deadline ApiCalls::next_due() const
+Deadline ApiCalls::next_due()
 {
-    if (finished)
-        return {0};
-    return is_open() && !is_closed ? group.next_due() : Deadline{INT64_MAX};
+    if (is_closed || (!finished && !is_open()))
+        return {INT64_MAX};
+    return finished ? Deadline{0} : group.exact_due();
+}
+
+// An alarm that rings early costs its host one look.
+void ApiCalls::keep_alarm()
+{
+    if (is_closed || (!finished && !is_open()))
+        group.set_alarm({INT64_MAX});
+    else
+        group.set_alarm(finished ? Deadline{0} : group.next_due());
 }
 
 void ApiCalls::close()
@@ -213,9 +273,10 @@ void ApiCalls::close()
                 break;
             }
     }
-    group.fail_all({GroupFailure::Kind::NotSent, {}, {}}); // which nobody will hear of
+    group.fail_all({}); // which nobody will hear of
     while (finished)
         drop_finished();
+    release_blocks();
     group.close();
     is_closed = true;
 }

@@ -18,16 +18,22 @@ struct ApiCall : GroupCall {
     CallStatus status;    // once it has ended
     char* text;           // of the reply; null without one
     size_t length;        // of that text
-    uint16_t port;        // of the daemon, where there was an answer
-    double seconds;       // that it took
-    double begun;         // of the host's clock
+    uint16_t port;        // of the daemon; 0 where there was no answer
+    double seconds;       // that it took, where they are told
+    double begun;         // of the host's clock, where they are
     char argument[1];     // goes on behind the struct
+};
+
+// For how long the calls of one owner are: as memory and clock are best used.
+enum class CallsOf : uint8_t {
+    Page, // begun together, over together: one memory, given back at the end
+    Loop, // any number over any time: each has its own memory, and its seconds told
 };
 
 class ApiCalls
 {
   public:
-    explicit ApiCalls(LaneClients clients);
+    explicit ApiCalls(CallsOf whom);
     ~ApiCalls();
     ApiCalls(const ApiCalls&) = delete;
     ApiCalls& operator=(const ApiCalls&) = delete;
@@ -37,23 +43,27 @@ class ApiCalls
     unsigned call(const char* name, const char* argument, Deadline deadline, CallStatus& status);
     // The same for the null procedure of a service (RFC 5531, section 12.1).
     unsigned call_null(const Service& service, Deadline deadline, CallStatus& status);
+    // Leaves the next id out, so that ids are places in a list of which one did not begin.
+    void skip_id() { last_id++; }
 
     // Takes what came, without waiting.
     void process();
     // Waits until a call has ended, the time is over, or nobody waits any more:
-    // every open call is then interrupted.
+    // every open call is then interrupted. A call whose own deadline is over ends
+    // here even where the time was over before.
     void wait(Deadline until, const Caller& caller);
 
-    // The call that ended first of those not yet dropped, or null.
-    ApiCall* first_finished() { return finished; }
+    // The call that ended first of those not yet dropped, or null: in the child
+    // of a fork the ends are the parent's.
+    ApiCall* first_finished() { return is_closed ? nullptr : finished; }
     void drop_finished();
 
     bool is_open() const { return group.is_open(); }
     // When there is something to do next, INT64_MAX where there is nothing.
-    Deadline next_due() const;
+    Deadline next_due();
     // See CallGroup::descriptor. From now on keep_alarm tells it what is due.
     int descriptor() { return group.descriptor(); }
-    void keep_alarm() { group.set_alarm(next_due()); }
+    void keep_alarm();
 
     // Gives everything up.
     void close();
@@ -65,12 +75,19 @@ class ApiCalls
 
   private:
     static size_t encode(GroupCall& call, uint32_t xid, uint32_t* units);
-    static void replied(GroupCall& call, uint32_t* units, size_t size, uint16_t port);
+    static bool replied(GroupCall& call, uint32_t* units, size_t size, uint16_t port);
     static void failed(GroupCall& call, const GroupFailure& failure);
 
     unsigned begin(const Service& service, const Api* api, const char* argument, Deadline deadline, CallStatus& status);
     void finish(ApiCall& call);
+    void* allocate(size_t size);
+    void release(void* memory);
+    void release_blocks();
 
+    struct Block;
+
+    const CallsOf whom;
+    Block* blocks = nullptr; // of a page, the newest first
     CallGroup group;
     ApiCall* finished = nullptr;
     ApiCall** last_finished = &finished;

@@ -20,6 +20,7 @@ namespace
 constexpr char group_type[] = "librpc.calls.group";
 constexpr char message_type[] = "librpc.calls.message";
 constexpr double most_seconds = 1e6;
+constexpr Deadline no_deadline = {INT64_MAX}; // each call has its own
 
 // Seconds as an argument: a deadline from now, 25 seconds where there is none.
 Deadline check_deadline(lua_State* L, int index)
@@ -70,10 +71,10 @@ void push_end(lua_State* L, const ApiCall& call)
     }
 }
 
-ApiCalls& push_calls(lua_State* L, LaneClients clients)
+ApiCalls& push_calls(lua_State* L, CallsOf whom)
 {
     luaL_getmetatable(L, group_type); // first: once there are calls, nothing may raise before their __gc is set
-    auto* calls = new (lua_newuserdata(L, sizeof(ApiCalls))) ApiCalls(clients);
+    auto* calls = new (lua_newuserdata(L, sizeof(ApiCalls))) ApiCalls(whom);
     lua_insert(L, -2);
     lua_setmetatable(L, -2);
     return *calls;
@@ -81,35 +82,28 @@ ApiCalls& push_calls(lua_State* L, LaneClients clients)
 
 // ---------------------------------------------------------------- one page
 
-// A second set of one table would race the first.
-void refuse_two_sets(lua_State* L, int list, int count)
+// A second set of one table would race the first: the table that `seen` stands at
+// has those of the list so far. Only a name that holds "_set" can be a set's.
+void refuse_second_set(lua_State* L, int seen, int item, const char* name)
 {
-    lua_newtable(L);
-    const int seen = lua_gettop(L);
-    for (int i = 1; i <= count; i++) {
-        lua_rawgeti(L, list, i);
-        lua_rawgeti(L, -1, 1);
-        const FoundApi found = find_api(lua_tostring(L, -1));
-        lua_pop(L, 2);
-        if (!found.api || split_name(*found.api).operation != Operation::Set)
-            continue;
-        const std::string_view table = split_name(*found.api).table;
-        lua_pushlstring(L, table.data(), table.size());
-        lua_rawget(L, seen);
-        if (!lua_isnil(L, -1))
-            luaL_error(L,
-                       "calls.all: item %d: expected one set of a table, found a second of %s (their order is not "
-                       "promised: callapi keeps it)",
-                       i, found.node->name);
-        lua_pop(L, 1);
-        lua_pushlstring(L, table.data(), table.size());
-        lua_pushboolean(L, 1);
-        lua_rawset(L, seen);
-    }
-    lua_settop(L, seen - 1);
+    const FoundApi found = strstr(name, "_set") ? find_api(name) : FoundApi{};
+    if (!found.api || split_name(*found.api).operation != Operation::Set)
+        return;
+    const std::string_view table = split_name(*found.api).table;
+    lua_pushlstring(L, table.data(), table.size());
+    lua_pushvalue(L, -1);
+    lua_rawget(L, seen);
+    if (!lua_isnil(L, -1))
+        luaL_error(L,
+                   "calls.all: item %d: expected one set of a table, found a second of %s (their order is not "
+                   "promised: callapi keeps it)",
+                   item, found.node->name);
+    lua_pop(L, 1);
+    lua_pushboolean(L, 1);
+    lua_rawset(L, seen);
 }
 
-// Each item is { name [, argument] }.
+// How many items there are, each { name [, argument] }.
 int check_items(lua_State* L, int list)
 {
     luaL_checktype(L, list, LUA_TTABLE);
@@ -119,6 +113,8 @@ int check_items(lua_State* L, int list)
     const auto length = lua_rawlen(L, list);
 #endif
     const int count = length < INT_MAX ? static_cast<int>(length) : INT_MAX;
+    lua_newtable(L);
+    const int seen = lua_gettop(L);
     for (int i = 1; i <= count; i++) {
         lua_rawgeti(L, list, i);
         if (!lua_istable(L, -1))
@@ -129,26 +125,33 @@ int check_items(lua_State* L, int list)
         lua_rawgeti(L, -2, 2);
         if (!lua_isnoneornil(L, -1) && !lua_isstring(L, -1))
             luaL_error(L, "calls.all: item %d: expected an argument's text, found a %s", i, luaL_typename(L, -1));
+        refuse_second_set(L, seen, i, lua_tostring(L, -2));
         lua_pop(L, 3);
     }
+    lua_pop(L, 1);
     return count;
 }
 
-// Waits for every open call, and puts each end into the tables at `texts` and
-// `texts` + 1, at the place that `places` has for its id.
-void collect(lua_State* L, ApiCalls& calls, Deadline deadline, int places, int texts)
+// Puts a call's end, the two values on top, into the tables at `texts` and
+// `texts` + 1. Pops them.
+void set_end(lua_State* L, int texts, int place)
+{
+    if (lua_isnil(L, -1)) // which would take a place, too
+        lua_pop(L, 1);
+    else
+        lua_rawseti(L, texts + 1, place);
+    lua_rawseti(L, texts, place);
+}
+
+// Waits for every open call; a call's id is its place.
+void collect(lua_State* L, ApiCalls& calls, int texts)
 {
     const Caller caller = caller_of(L);
-    const Deadline last_look = deadline.and_then(ms_of_second); // by when every call has ended by its own deadline
     while (calls.is_open() || calls.first_finished()) {
-        calls.wait(last_look, caller);
+        calls.wait(no_deadline, caller);
         while (const ApiCall* call = calls.first_finished()) {
-            lua_rawgeti(L, places, static_cast<int>(call->id));
-            const int place = static_cast<int>(lua_tointeger(L, -1));
-            lua_pop(L, 1);
             push_end(L, *call);
-            lua_rawseti(L, texts + 1, place);
-            lua_rawseti(L, texts, place);
+            set_end(L, texts, static_cast<int>(call->id));
             calls.drop_finished();
         }
     }
@@ -160,12 +163,10 @@ int all(lua_State* L)
     lua_settop(L, 2);
     const int count = check_items(L, 1);
     const Deadline deadline = check_deadline(L, 2);
-    refuse_two_sets(L, 1, count);
-    constexpr int texts = 3, places = 5;
+    constexpr int texts = 3;
     lua_createtable(L, count, 0);
     lua_newtable(L); // failures
-    lua_createtable(L, count, 0);
-    ApiCalls& calls = push_calls(L, LaneClients::Shared);
+    ApiCalls& calls = push_calls(L, CallsOf::Page);
     for (int i = 1; i <= count; i++) {
         lua_rawgeti(L, 1, i);
         lua_rawgeti(L, -1, 1);
@@ -174,17 +175,14 @@ int all(lua_State* L)
         const char* argument = lua_isnil(L, -1) ? "" : lua_tostring(L, -1);
         const unsigned id = calls.call(lua_tostring(L, -2), argument, deadline, status);
         lua_pop(L, 3);
-        if (id != 0) {
-            lua_pushinteger(L, i);
-            lua_rawseti(L, places, static_cast<int>(id));
-        } else {
-            push_failure_table(L, status);
-            lua_rawseti(L, texts + 1, i);
-            lua_pushboolean(L, 0);
-            lua_rawseti(L, texts, i);
-        }
+        if (id != 0)
+            continue;
+        calls.skip_id();
+        lua_pushboolean(L, 0);
+        push_failure_table(L, status);
+        set_end(L, texts, i);
     }
-    collect(L, calls, deadline, places, texts);
+    collect(L, calls, texts);
     calls.close();
     lua_settop(L, texts + 1);
     return 2;
@@ -197,7 +195,7 @@ int services(lua_State* L)
     const Deadline deadline = check_deadline(L, 1);
     lua_settop(L, 0);
     lua_createtable(L, static_cast<int>(all_services.size()), 0);
-    ApiCalls& calls = push_calls(L, LaneClients::Shared);
+    ApiCalls& calls = push_calls(L, CallsOf::Page);
     int place = 0;
     for (const Service* service : all_services) {
         lua_createtable(L, 0, 5);
@@ -214,7 +212,7 @@ int services(lua_State* L)
     }
     const Caller caller = caller_of(L);
     while (calls.is_open() || calls.first_finished()) {
-        calls.wait(deadline.and_then(ms_of_second), caller);
+        calls.wait(no_deadline, caller);
         while (const ApiCall* call = calls.first_finished()) {
             for (place = 1; all_services[static_cast<size_t>(place) - 1] != call->owner;)
                 place++;
@@ -246,7 +244,7 @@ ApiCalls& check_group(lua_State* L) { return *static_cast<ApiCalls*>(luaL_checku
 // calls.group()
 int make_group(lua_State* L)
 {
-    push_calls(L, LaneClients::Own);
+    push_calls(L, CallsOf::Loop);
     return 1;
 }
 
@@ -328,12 +326,13 @@ int group_finished(lua_State* L)
 }
 
 // group:wait([seconds]): true once something is finished; false when the time is
-// over or nothing is open.
+// over or nothing is open; nil, a message, a code where the group is dead.
 int group_wait(lua_State* L)
 {
     ApiCalls& calls = check_group(L);
-    const Deadline until = lua_isnoneornil(L, 2) ? Deadline{INT64_MAX} : check_deadline(L, 2);
-    calls.process();
+    const Deadline until = lua_isnoneornil(L, 2) ? no_deadline : check_deadline(L, 2);
+    if (!calls.is_usable())
+        return push_refusal(L, group_closed("group:wait"));
     calls.wait(until, caller_of(L));
     calls.keep_alarm();
     lua_pushboolean(L, calls.first_finished() != nullptr);

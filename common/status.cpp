@@ -26,7 +26,7 @@ constexpr CodeText code_texts[] = {
     {"rejected", "the daemon answered that it will not or cannot carry the call out"},
     {"bad_reply", "the daemon's answer is not this call's reply"},
     {"failed", "the call could not be made"},
-    {"not_sent", "the time was over before the call's turn came; it was not sent, so it may be repeated"},
+    {"not_sent", "the wait was over before the call's turn came; it was not sent, so it may be repeated"},
     {"host_api", "the API is made of a host program's own functions, which cannot run beside other calls"},
     {"closed", "the group was closed, or it is the parent's of this forked process"},
 };

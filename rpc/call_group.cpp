@@ -14,6 +14,8 @@ namespace
 {
 constexpr nfds_t most_polled = 64; // descriptors that one wait looks at
 constexpr int most_a_turn = 256;   // datagrams that one lane takes before the next
+constexpr int64_t usual_receive_ms = socket_wait_ms(TIMEOUT);
+constexpr int64_t least_receive_ms = 50; // less is not worth a socket's own receive
 
 rpc_err error_of(enum clnt_stat status, int number = 0)
 {
@@ -43,15 +45,23 @@ struct CallGroup::Lane {
     UdpSocket own;
     Client* lent = nullptr;
     uint32_t xid = 0;
-    size_t under_way = 0;         // bytes
-    bool lost_one = false;        // a call was not answered in time: the daemon may be another by now
+    size_t under_way = 0;         // kernel_memory of what was sent
+    bool is_doubted = false;      // a call failed: the daemon may be another by now, its port too
     GroupCall* waiting = nullptr; // for their turn
     GroupCall** last_waiting = &waiting;
     GroupCall* sent = nullptr;
     GroupCall** last_sent = &sent;
 
+    int64_t receive_ms = usual_receive_ms; // how long the socket's own receive waits
+
     UdpSocket& socket() { return lent ? lent->socket : own; }
     bool is_ready() const { return lent || own.is_open(); }
+
+    bool limit_receive(int64_t ms)
+    {
+        receive_ms = ms;
+        return socket().set_wait(ms);
+    }
 
     void wait_last(GroupCall& call)
     {
@@ -72,7 +82,7 @@ struct CallGroup::Lane {
         call.next = nullptr;
         *last_sent = &call;
         last_sent = &call.next;
-        under_way += call.weight;
+        under_way += kernel_memory(call.size);
     }
     // Takes the call that *link leads to out of `sent`.
     GroupCall& unlink_sent(GroupCall** link)
@@ -81,7 +91,7 @@ struct CallGroup::Lane {
         *link = call.next;
         if (last_sent == &call.next)
             last_sent = link;
-        under_way -= call.weight;
+        under_way -= kernel_memory(call.size);
         return call;
     }
 };
@@ -104,9 +114,11 @@ bool CallGroup::add(GroupCall& call)
     Lane* lane = lane_of(*call.service);
     if (!lane)
         return false;
-    call.started = microseconds_now();
+    bound = open_calls > 0 ? bound.or_sooner(call.deadline) : call.deadline;
     open_calls++;
     lane->wait_last(call);
+    if (clients == LaneClients::Own)
+        lane->socket().was_just_used = false;
     advance(*lane);
     return true;
 }
@@ -114,23 +126,23 @@ bool CallGroup::add(GroupCall& call)
 // Sends what may be sent, and finds out where to, if need be.
 void CallGroup::advance(Lane& lane)
 {
-    if (lane.lost_one && !lane.sent)
+    if (lane.is_doubted && !lane.sent)
         close(lane, true);
-    if (!lane.waiting || lane.asks || (!lane.is_ready() && !open(lane)))
+    if (!lane.waiting || lane.asks || ((!lane.is_ready() || lane.is_doubted) && !open(lane)))
         return;
-    while (lane.waiting && (!lane.sent || lane.under_way + lane.waiting->weight <= group_window)) {
+    while (lane.waiting && (!lane.sent || lane.under_way + kernel_memory(lane.waiting->size) <= group_window)) {
         if (!lane.is_ready() || !send(lane, *lane.waiting))
             return;
     }
 }
 
 // True when there is a socket now. Otherwise its port is asked for, or every
-// call that waits has failed.
+// call that waits has failed. What is under way through a doubted socket stays.
 bool CallGroup::open(Lane& lane)
 {
-    if (clients == LaneClients::Shared)
+    if (clients == LaneClients::Shared && !lane.is_ready())
         lane.lent = lend_idle_client(lane.service);
-    if (lane.lent) {
+    if (lane.lent && !lane.is_doubted) {
         lane.xid = lane.lent->xid;
         return true;
     }
@@ -138,7 +150,7 @@ bool CallGroup::open(Lane& lane)
     use(lane, lane.query.start(random_bits().query_xid));
     if (lane.asks)
         watch(lane.query.fd());
-    return lane.is_ready();
+    return lane.is_ready() && !lane.is_doubted;
 }
 
 // Goes on with what the port query says.
@@ -153,8 +165,16 @@ void CallGroup::use(Lane& lane, PortQuery::State state)
     new (&lane.query) PortQuery(lane.service.program, server_version, Life::Long);
     if (state == PortQuery::State::Failed)
         return fail_waiting(lane, creation_failure(failure));
+    if (lane.is_ready() && lane.socket().port == port) {
+        lane.is_doubted = false;
+        return;
+    }
+    if (lane.is_ready()) { // nobody answers there any more
+        close(lane, true);
+        fail_sent(lane, call_failure(error_of(RPC_CANTRECV, ECONNREFUSED)));
+    }
     const RandomBits random = random_bits();
-    if (!open_udp_socket(lane.own, port, LocalPort::Reserved, random.port, socket_wait_ms(TIMEOUT))) {
+    if (!open_udp_socket(lane.own, port, LocalPort::Reserved, random.port, usual_receive_ms)) {
         const CreationFailure refused = {RPC_SYSTEMERROR, error_of(RPC_SYSTEMERROR, errno)};
         return fail_waiting(lane, creation_failure(refused));
     }
@@ -175,9 +195,9 @@ bool CallGroup::send(Lane& lane, GroupCall& call)
     while (lane.socket().send(units, size) < 0) {
         if (errno == EINTR)
             continue;
-        if (errno == EBADF) { // the host closed the descriptor: nothing has left
-            close(lane, true);
-            return advance(lane), false;
+        if (errno == EBADF) { // the host closed the descriptor: this one has not left
+            lose(lane, error_of(RPC_CANTRECV, EBADF));
+            return false;
         }
         const rpc_err error = error_of(RPC_CANTSEND, errno);
         end(lane.pop_waiting(), call_failure(error));
@@ -185,23 +205,28 @@ bool CallGroup::send(Lane& lane, GroupCall& call)
     }
     GroupCall& sent = lane.pop_waiting();
     sent.xid = lane.xid;
+    lane.socket().was_just_used = true; // until the host's own code runs again
     lane.append_sent(sent);
     return true;
 }
 
 void CallGroup::receive(Lane& lane)
 {
-    uint32_t units[datagram_units];
-    for (int taken = 0; lane.sent && lane.is_ready() && taken < most_a_turn; taken++) {
-        const ssize_t got = lane.socket().receive(units, sizeof units, MSG_DONTWAIT);
-        if (got < 0) {
-            if (errno != EAGAIN && errno != EINTR)
-                lose(lane, error_of(RPC_CANTRECV, errno));
-            break;
-        }
-        take(lane, units, static_cast<size_t>(got));
-    }
+    for (int taken = 0; lane.sent && lane.is_ready() && taken < most_a_turn && take_one(lane, MSG_DONTWAIT);)
+        taken++;
     advance(lane);
+}
+
+// False when there was none.
+bool CallGroup::take_one(Lane& lane, int flags)
+{
+    uint32_t units[datagram_units];
+    const ssize_t got = lane.socket().receive(units, sizeof units, flags);
+    if (got >= 0)
+        take(lane, units, static_cast<size_t>(got));
+    else if (errno != EAGAIN && errno != EINTR)
+        lose(lane, error_of(RPC_CANTRECV, errno));
+    return got >= 0;
 }
 
 // Most replies come in the order of their calls.
@@ -211,7 +236,8 @@ void CallGroup::take(Lane& lane, uint32_t* units, size_t size)
         if (answers(static_cast<ssize_t>(size), units, (*link)->xid)) {
             GroupCall& call = lane.unlink_sent(link);
             open_calls--;
-            owner.replied(call, units, size, lane.socket().port);
+            if (!owner.replied(call, units, size, lane.socket().port))
+                lane.is_doubted = true;
             return;
         }
 }
@@ -227,7 +253,10 @@ void CallGroup::lose(Lane& lane, const rpc_err& error)
 
 void CallGroup::close(Lane& lane, bool failed)
 {
-    lane.lost_one = false;
+    lane.is_doubted = false;
+    if (!failed && lane.is_ready() && lane.receive_ms != usual_receive_ms)
+        failed = !lane.limit_receive(usual_receive_ms);
+    lane.receive_ms = usual_receive_ms;
     if (lane.lent) {
         lane.lent->xid = lane.xid;
         give_back_client(lane.service, *lane.lent, failed);
@@ -274,7 +303,7 @@ void CallGroup::expire(Lane& lane, int64_t now)
             continue;
         }
         end(lane.unlink_sent(link), call_failure(error_of(RPC_TIMEDOUT)));
-        lane.lost_one = true;
+        lane.is_doubted = true;
     }
     for (GroupCall** link = &lane.waiting; *link;) {
         GroupCall* call = *link;
@@ -290,63 +319,128 @@ void CallGroup::expire(Lane& lane, int64_t now)
         lane.last_waiting = &(*lane.last_waiting)->next;
 }
 
-void CallGroup::process()
+// Ends what is over, where the bound says that something may be.
+void CallGroup::expire_all()
 {
-    for (Lane* lane = lanes; lane; lane = lane->next) {
-        if (lane->asks) {
-            use(*lane, lane->query.receive());
-            if (lane->asks)
-                use(*lane, lane->query.check_time());
-            advance(*lane);
-        }
-        if (lane->sent)
-            receive(*lane); // once more before a deadline ends it: the process may have been stopped
-    }
     const int64_t now = microseconds_now();
+    if (bound.at > now)
+        return;
     for (Lane* lane = lanes; lane; lane = lane->next) {
         expire(*lane, now);
         advance(*lane);
     }
+    bound = next_deadline();
+}
+
+Deadline CallGroup::next_deadline() const
+{
+    Deadline next = {INT64_MAX};
+    for (const Lane* lane = lanes; lane; lane = lane->next)
+        for (const GroupCall* list : {lane->sent, lane->waiting})
+            for (const GroupCall* call = list; call; call = call->next)
+                next = next.or_sooner(call->deadline);
+    return next;
 }
 
 Deadline CallGroup::next_due() const
 {
-    Deadline due = {INT64_MAX};
-    for (const Lane* lane = lanes; lane; lane = lane->next) {
+    Deadline due = bound;
+    for (const Lane* lane = lanes; lane; lane = lane->next)
         if (lane->asks)
             due = due.or_sooner(lane->query.next());
-        for (const GroupCall* list : {lane->sent, lane->waiting})
-            for (const GroupCall* call = list; call; call = call->next)
-                due = due.or_sooner(call->deadline);
-    }
     return due;
+}
+
+Deadline CallGroup::exact_due()
+{
+    bound = next_deadline();
+    return next_due();
+}
+
+// The only lane that has anything under way, or null.
+CallGroup::Lane* CallGroup::only_lane() const
+{
+    Lane* only = nullptr;
+    for (Lane* lane = lanes; lane; lane = lane->next) {
+        if (!lane->asks && !lane->sent)
+            continue;
+        if (only || lane->asks || !lane->is_ready())
+            return nullptr;
+        only = lane;
+    }
+    return only;
+}
+
+// Receives one datagram of a lane, waiting in the socket's own receive, which
+// saves looking before and after. False when that cannot be: its wait is not
+// exact, so the last moments before a deadline are poll's.
+bool CallGroup::receive_alone(Lane& lane, Deadline until)
+{
+    const int64_t left = (next_due().or_sooner(until).at - coarse_microseconds_now()) / us_of_ms - coarse_ms;
+    if (left < least_receive_ms)
+        return false;
+    if (lane.receive_ms > left && !lane.limit_receive(left / 8 * 7))
+        return false;
+    take_one(lane, 0);
+    advance(lane);
+    return true;
+}
+
+void CallGroup::process()
+{
+    for (Lane* lane = lanes; lane; lane = lane->next)
+        lane->socket().was_just_used = false;
+    look({0});
 }
 
 void CallGroup::wait(Deadline until)
 {
-    pollfd descriptors[most_polled];
-    nfds_t count = 0;
-    const auto add = [&](int fd) {
-        if (count < most_polled)
-            descriptors[count++] = {fd, POLLIN, 0};
-    };
-    for (Lane* lane = lanes; lane; lane = lane->next) {
-        if (lane->asks)
-            add(lane->query.fd());
-        if (lane->sent && lane->is_ready())
-            add(lane->socket().fd);
-    }
-    poll(descriptors, count, next_due().or_sooner(until).left_for_poll());
-    process();
+    Lane* alone = only_lane();
+    if (!alone || !receive_alone(*alone, until))
+        look(until);
 }
 
-void CallGroup::fail_all(const GroupFailure& failure)
+// Waits for datagrams and takes those that came: once more before a deadline ends
+// calls, for the process may have been stopped.
+void CallGroup::look(Deadline until)
+{
+    pollfd descriptors[most_polled];
+    Lane* of[most_polled];
+    nfds_t count = 0;
+    for (Lane* lane = lanes; lane && count < most_polled; lane = lane->next) {
+        const bool is_open = lane->sent && lane->is_ready();
+        for (const int fd : {lane->asks ? lane->query.fd() : -1, is_open ? lane->socket().fd : -1}) {
+            if (fd < 0 || count == most_polled)
+                continue;
+            of[count] = lane;
+            descriptors[count++] = {fd, POLLIN, 0};
+        }
+    }
+    const int ready = poll(descriptors, count, next_due().or_sooner(until).left_for_poll());
+    for (nfds_t i = 0; i < count; i++) {
+        Lane& lane = *of[i];
+        const bool is_readable = ready > 0 && descriptors[i].revents != 0;
+        if (!lane.asks || descriptors[i].fd != lane.query.fd()) {
+            if (is_readable)
+                receive(lane);
+            continue;
+        }
+        if (is_readable)
+            use(lane, lane.query.receive());
+        if (lane.asks)
+            use(lane, lane.query.check_time());
+        advance(lane);
+    }
+    expire_all();
+}
+
+void CallGroup::fail_all(const rpc_err& error)
 {
     for (Lane* lane = lanes; lane; lane = lane->next) {
-        fail_waiting(*lane, failure);
+        fail_waiting(*lane, {GroupFailure::Kind::NotSent, error, {}});
         if (!lane->sent)
             continue;
-        fail_sent(*lane, failure);
+        fail_sent(*lane, call_failure(error));
         close(*lane, true);
     }
 }
@@ -355,7 +449,7 @@ void CallGroup::close()
 {
     while (Lane* lane = lanes) {
         lanes = lane->next;
-        close(*lane, lane->sent || lane->lost_one);
+        close(*lane, lane->sent || lane->is_doubted);
         lane->~Lane();
         free(lane);
     }
@@ -406,8 +500,9 @@ int CallGroup::descriptor()
 
 void CallGroup::set_alarm(Deadline due)
 {
-    if (!timer.is_open())
+    if (!timer.is_open() || due.at == alarm.at)
         return;
+    alarm = due;
     itimerspec when = {};
     if (due.at < INT64_MAX) {
         const int64_t left = due.left();

@@ -3,9 +3,9 @@
 // callback of a group calls Lua.
 //
 // A service's calls go through a lane: a socket of the group's own, found by a
-// port query that runs beside those of other lanes. The bytes that are under way
-// to one daemon, and back, are bounded, because more would be lost in the
-// kernel's buffers before the daemon sees them; what does not fit waits.
+// port query that runs beside those of other lanes. What is under way to one
+// daemon, and back, is bounded, because more would be lost in the kernel's buffers
+// before the daemon sees it; what does not fit waits.
 #pragma once
 
 #include <cstddef>
@@ -18,15 +18,30 @@
 #include "rpc/port_mapper.h"
 #include "rpc/udp_socket.h"
 
-// Bytes under way to one daemon, or back.
-constexpr size_t group_window = 64 * 1024;
+// Memory of the kernel's that one group's datagrams to one daemon, or back, may
+// occupy. A socket's buffer has 212,992 bytes unless somebody says otherwise, of
+// which a quarter may be counted for some time after it was read. Twice the window
+// fits the rest: replies may come doubled, and another group may be under way.
+constexpr size_t group_window = 72 * 1024;
+
+// What a datagram of that size counts in a socket's buffer: more than itself.
+// Small ones count seven times their size, which is why they, too, are bounded by
+// what they count.
+constexpr size_t kernel_memory(size_t datagram)
+{
+    constexpr size_t around = 448, least = 512, description = 256;
+    size_t room = least;
+    while (room < datagram + around)
+        room *= 2;
+    return room + description;
+}
 
 // Why a call of a group ended without a reply.
 struct GroupFailure {
     enum class Kind : uint8_t {
         Call,     // after it was sent: `error`
         NoClient, // there was nowhere to send it: `creation`
-        NotSent,  // its time was over while it waited for its turn
+        NotSent,  // it was over while it waited for its turn
     };
     Kind kind;
     rpc_err error;
@@ -38,8 +53,7 @@ struct GroupCall {
     GroupCall* next = nullptr;
     const ServiceClient* service = nullptr;
     Deadline deadline = {0};
-    int64_t started = 0; // of microseconds_now
-    size_t weight = 0;   // bytes of the request or of the reply, whichever are more
+    size_t size = 0; // of the request or of the reply, whichever is larger
     uint32_t xid = 0;
 };
 
@@ -48,8 +62,8 @@ struct GroupOwner {
     // Writes the call's message into datagram_units; its size, 0 when it does not fit.
     size_t (*encode)(GroupCall& call, uint32_t xid, uint32_t* units);
     // The call has ended: with a datagram that bears its xid, from the daemon's
-    // port, or without.
-    void (*replied)(GroupCall& call, uint32_t* units, size_t size, uint16_t port);
+    // port, or without. False when that datagram is no reply to it.
+    bool (*replied)(GroupCall& call, uint32_t* units, size_t size, uint16_t port);
     void (*failed)(GroupCall& call, const GroupFailure& failure);
 };
 
@@ -74,14 +88,16 @@ class CallGroup
     void process();
     // Waits until something came or is due, `until` at most; then process().
     void wait(Deadline until);
-    // Ends every open call as failed.
-    void fail_all(const GroupFailure& failure);
+    // Ends every open call: as failed, those that still wait as not sent.
+    void fail_all(const rpc_err& error);
     // Gives the open calls up without a word and closes every socket.
     void close();
 
     bool is_open() const { return open_calls > 0; }
-    // When something is due next; only while a call is open.
+    // When something is due next, or earlier; only while a call is open.
     Deadline next_due() const;
+    // The same to the moment, at the price of a look at every call.
+    Deadline exact_due();
 
     // A descriptor that is readable when there is something to do, from now on
     // for the group's life. -1 with errno where there is none.
@@ -101,9 +117,15 @@ class CallGroup
     bool open(Lane& lane);
     void use(Lane& lane, PortQuery::State state);
     bool send(Lane& lane, GroupCall& call);
+    void look(Deadline until);
+    Lane* only_lane() const;
+    bool receive_alone(Lane& lane, Deadline until);
     void receive(Lane& lane);
+    bool take_one(Lane& lane, int flags);
     void take(Lane& lane, uint32_t* units, size_t size);
     void expire(Lane& lane, int64_t now);
+    void expire_all();
+    Deadline next_deadline() const;
     void end(GroupCall& call, const GroupFailure& failure);
     void fail_calls(GroupCall*& list, const GroupFailure& failure);
     void fail_waiting(Lane& lane, const GroupFailure& failure);
@@ -116,5 +138,7 @@ class CallGroup
     const LaneClients clients;
     Lane* lanes = nullptr;
     size_t open_calls = 0;
+    Deadline bound = {0}; // no open call's deadline is before
+    Deadline alarm = {INT64_MAX};
     Descriptor epoll, timer;
 };

@@ -59,13 +59,6 @@ bool bind_reserved(int fd, uint32_t random, uint16_t not_this)
     return false;
 }
 
-bool set_wait(int fd, int64_t wait_ms)
-{
-    const timeval wait = {static_cast<time_t>(wait_ms / ms_of_second),
-                          static_cast<suseconds_t>(wait_ms % ms_of_second * 1000)};
-    return wait_ms == 0 || setsockopt(fd, SOL_SOCKET, SO_RCVTIMEO, &wait, sizeof wait) == 0;
-}
-
 bool connect_to(int fd, uint16_t port)
 {
     const sockaddr_in server = loopback(port);
@@ -132,13 +125,19 @@ ssize_t UdpSocket::send(const void* datagram, size_t size)
 
 ssize_t UdpSocket::receive(void* datagram, size_t size, int flags) const { return recv(fd, datagram, size, flags); }
 
+bool UdpSocket::set_wait(int64_t ms) const
+{
+    const timeval wait = {static_cast<time_t>(ms / ms_of_second), static_cast<suseconds_t>(ms % ms_of_second * 1000)};
+    return setsockopt(fd, SOL_SOCKET, SO_RCVTIMEO, &wait, sizeof wait) == 0;
+}
+
 bool open_udp_socket(UdpSocket& opened, uint16_t port, LocalPort local, uint32_t random, int64_t wait_ms, Life life)
 {
     UdpSocket made;
     if (!made.take_number(socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0)))
         return false;
     const bool is_bound = local == LocalPort::Reserved && bind_reserved(made.fd, random, port);
-    bool is_ready = connect_to(made.fd, port) && set_wait(made.fd, wait_ms);
+    bool is_ready = connect_to(made.fd, port) && (wait_ms == 0 || made.set_wait(wait_ms));
     if (is_ready && !is_bound && talks_to_itself(made.fd, port)) {
         errno = ECONNREFUSED;
         is_ready = false;

@@ -26,6 +26,8 @@ struct UdpSocket : Descriptor {
     // `flags` are recv's own.
     ssize_t send(const void* datagram, size_t size);
     ssize_t receive(void* datagram, size_t size, int flags) const;
+    // From now on reading waits for `ms` at most, 0 for ever.
+    bool set_wait(int64_t ms) const;
 };
 
 // Whether the host's own code may run while a socket is open.

@@ -6,7 +6,7 @@
 # out anew from all of it afterwards.
 set -eu
 
-targets='arguments replies exchange tables helpers'
+targets='arguments replies exchange messages tables helpers'
 
 fail() {
 	echo "dev_fuzz: $*" >&2

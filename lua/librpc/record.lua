@@ -12,6 +12,7 @@ local rooms = {
   encode = "calling", decode = "calling", call = "calling",
   check = "wrong",
   rows = "walking", carried = "walking",
+  all = "at_once", walks = "at_once",
   get = "reading", change = "changing",
   difference = "counters",
   codes = "problems", nearest = "problems",

@@ -2,7 +2,7 @@
 // daemon's socket in this process. What arrives is queued before the call is
 // made; libtirpc's xdr_replymsg says which of it is a reply, and of what.
 //
-// Input: API (1), then datagrams: kind (1, see below), size (2), bytes. The
+// Input: API (1), then datagrams: kind (1, see datagrams.h), size (2), bytes. The
 // daemon's good reply follows them all, so that every call ends at once.
 #include <algorithm>
 #include <arpa/inet.h>
@@ -11,22 +11,14 @@
 #include <unistd.h>
 
 #include "rpc/client.h"
+#include "tests/fuzz/datagrams.h"
 #include "tests/fuzz/fuzz.h"
 #include "tests/support/private_network.h"
 
 namespace
 {
-enum Datagram : unsigned {
-    right_xid = 1,   // its first unit is the call's xid
-    good_header = 2, // an accepted reply's header stands before the bytes
-    stranger = 4,    // comes from another port than the daemon's
-    filled = 8,      // zeros follow, as many units as the reply record has
-    oversized = 16,  // zeros follow, up to more than any reply has
-};
-
 constexpr size_t api_choices = 16; // some of each shape are enough here
 constexpr unsigned most_datagrams = 8;
-constexpr size_t oversize = 9200;
 constexpr rpcprog_t program = 50099;
 
 int bound_socket(sockaddr_in& address)
@@ -79,62 +71,6 @@ Parties& parties()
     return all;
 }
 
-std::string unit(uint32_t value)
-{
-    value = htonl(value);
-    return std::string(reinterpret_cast<const char*>(&value), sizeof value);
-}
-
-std::string accepted(uint32_t xid) { return unit(xid) + unit(REPLY) + unit(MSG_ACCEPTED) + std::string(12, '\0'); }
-
-std::string make_datagram(Input& input, unsigned kind, uint32_t xid, size_t reply_size)
-{
-    std::string datagram = kind & good_header ? accepted(xid) : "";
-    datagram += input.bytes(input.word());
-    if (kind & filled)
-        datagram += std::string(reply_size, '\0');
-    if (kind & oversized && datagram.size() < oversize)
-        datagram.resize(oversize);
-    if (kind & right_xid && datagram.size() >= 4)
-        datagram.replace(0, 4, unit(xid));
-    return datagram;
-}
-
-// What the call has to give: a reply's bytes in memory, or nothing.
-struct Outcome {
-    bool success;
-    std::string reply;
-};
-
-const Record* expected_record;
-
-bool_t decode_expected(XDR* xdrs, void* reply)
-{
-    return expected_record ? xdr_record(xdrs, *expected_record, reply) : xdr_int(xdrs, static_cast<int*>(reply));
-}
-
-Outcome outcome_of(std::string datagram, const Api& api)
-{
-    expected_record = api.reply;
-    Outcome outcome = {false, std::string(api.reply ? api.reply->size : sizeof(int), '\0')};
-    char verifier[MAX_AUTH_BYTES];
-    rpc_msg message = {};
-    message.acpted_rply.ar_verf.oa_base = verifier;
-    message.acpted_rply.ar_results.where = &outcome.reply[0];
-    message.acpted_rply.ar_results.proc = reinterpret_cast<xdrproc_t>(reinterpret_cast<void (*)()>(decode_expected));
-    datagram.resize(std::min(datagram.size(), size_t{UDPMSGSIZE}));
-    XDR xdrs;
-    xdrmem_create(&xdrs, &datagram[0], static_cast<u_int>(datagram.size()), XDR_DECODE);
-    if (xdr_replymsg(&xdrs, &message)) {
-        rpc_err error;
-        _seterr_reply(&message, &error);
-        outcome.success = error.re_status == RPC_SUCCESS;
-    }
-    return outcome;
-}
-
-bool is_of_call(const std::string& datagram, uint32_t xid) { return datagram.compare(0, 4, unit(xid)) == 0; }
-
 void check_call(const Api& api, uint32_t xid)
 {
     uint32_t units[UDPMSGSIZE / sizeof(uint32_t)];
@@ -167,8 +103,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     for (unsigned i = 0; i < most_datagrams && input.left() > 0; i++) {
         const unsigned kind = input.byte();
         const std::string datagram = make_datagram(input, kind, xid, reply_size);
-        all.send(datagram, kind & stranger);
-        if (!(kind & stranger))
+        all.send(datagram, kind & from_stranger);
+        if (!(kind & from_stranger))
             heard.push_back(datagram);
     }
     heard.push_back(accepted(xid) + std::string(reply_size, '\0'));

@@ -7,11 +7,12 @@ local build, what = arg[1], arg[2]
 local here = arg[0]:match("^(.*)/") or "."
 local most = 5000
 
-local cases = {"open", "first_call", "second_call", "long_argument", "failing_call", "first_call_fails", "call_after_failure",
-  "no_daemon"}
+local cases = {"open", "first_call", "second_call", "long_argument", "failing_call", "first_call_fails",
+  "call_after_failure", "no_daemon", "open_calls", "at_once", "second_at_once", "group", "message"}
 
 -- The others ask for none, on top of what Lua itself has left over.
-local wants_memory = {open = true, long_argument = true, no_daemon = true}
+local wants_memory = {open = true, long_argument = true, no_daemon = true, open_calls = true,
+  at_once = true, second_at_once = true, group = true, message = true}
 
 local function tell_device(command)
   assert(os.execute(('"$SIM_DEVICE" --tell "$SIM_CONTROL" %s >/dev/null'):format(command)) == 0)
@@ -55,7 +56,9 @@ end
 tell_device("fault oltmib_vrrp_ssconf_get_1 error system_err")
 tell_device("stop lpdet")
 if what == "descriptors" then
-  for _, case in ipairs({"first_call", "call_after_failure"}) do refuse_in_turn(case, "descriptors", 3) end
+  for _, case in ipairs({"first_call", "call_after_failure", "at_once", "group", "message"}) do
+    refuse_in_turn(case, "descriptors", 3)
+  end
 else
   for _, case in ipairs(cases) do
     for _, kind in ipairs({"once", "all"}) do refuse_in_turn(case, kind, 1) end

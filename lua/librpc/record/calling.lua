@@ -142,8 +142,14 @@ function calling.decode(name, text)
   return api.output and names.present(view, row) or row
 end
 
--- One call of texts: the reply's, or nil, a message and a code.
-function calling.exchange(api, text)
+-- One call of texts, within so many seconds where they are given: the reply's, or
+-- nil, a message and a code.
+function calling.exchange(api, text, seconds)
+  if seconds then
+    local texts, failures = require("librpc.calls").all({ { api.name, text } }, seconds)
+    local failure = failures[1] or {}
+    return texts[1] or nil, failure.message, failure.code
+  end
   local reply = librpc.callapi(api.name, text)
   if not reply then
     local code, message = status.last()

@@ -34,6 +34,7 @@ problems.codes = {
   repeated_row = "the daemon gave a row again",
   too_many_rows = "the daemon gave more rows than the limit",
   deadline = "the rows did not end in time",
+  two_sets = "two sets of one table at once, whose order nobody promises",
   bad_names = "a file of names has mistakes, so that none is used",
 }
 

@@ -41,6 +41,23 @@ local function find_row(getn, view, key)
   return nil, message, code, walk and walk.last
 end
 
+-- A row as get gave it for a key, both by the schema's names; nil, a message, a code
+-- and that row where it is none or another's.
+function reading.accept(api, view, key, row)
+  local message, code, _
+  local result = row[view.res]
+  if result ~= nil and result ~= 0 then
+    _, message, code = fail("no_row", api.name .. ": res", "0, of a row that is there", result)
+    return nil, message, code, names.present(view, row)
+  end
+  local asked
+  asked, message, code = is_asked_for(api, view, key, row)
+  if not asked then
+    return nil, message, code, names.present(view, row)
+  end
+  return row
+end
+
 -- The row of a key (by the schema's names), by the schema's names; nil, a message,
 -- a code and, where the daemon gave one that is no such row, that row.
 function reading.read_row(apis, view, key)
@@ -52,18 +69,7 @@ function reading.read_row(apis, view, key)
   if not row then
     return nil, message, code
   end
-  local result = row[view.res]
-  if result ~= nil and result ~= 0 then
-    local _
-    _, message, code = fail("no_row", api.name .. ": res", "0, of a row that is there", result)
-    return nil, message, code, names.present(view, row)
-  end
-  local asked
-  asked, message, code = is_asked_for(api, view, key, row)
-  if not asked then
-    return nil, message, code, names.present(view, row)
-  end
-  return row
+  return reading.accept(api, view, key, row)
 end
 
 -- A table's APIs, its view and its key's fields; nil, a message and a code where it

@@ -4,7 +4,7 @@
 --
 --     local walk = walking.start("portinfo", key, options)
 --     while walk.text do
---       walk:take(calling.exchange(walk.api, walk.text))
+--       walk:take(calling.exchange(walk.api, walk.text, walk:left()))
 --     end
 --     return walk:result()
 local calling = require "librpc.record.calling"
@@ -50,10 +50,31 @@ end
 
 local Walk = {}
 Walk.__index = Walk
+walking.Walk = Walk
 
 -- Ends the walk as a failure.
-function Walk:fail(_, message, code)
-  self.text, self.message, self.code = nil, message, code
+function Walk:fail(_, message, code, details)
+  self.text, self.message, self.code, self.details = nil, message, code, details
+end
+
+-- Ends it because its time is over.
+function Walk:fail_late()
+  self:fail(fail("deadline", self.api.name, ("the end within %.14g seconds"):format(self.seconds), nil,
+    ("%d rows and no end"):format(#self.rows)))
+end
+
+-- Gives the walk so many seconds from now on, where it has not fewer.
+function Walk:limit_time(seconds)
+  self.clock = require "librpc.record.clock"
+  local deadline = self.clock() + seconds
+  if not self.deadline or deadline < self.deadline then
+    self.deadline, self.seconds = deadline, seconds
+  end
+end
+
+-- The seconds that it still has; nil where there is no deadline.
+function Walk:left()
+  return self.deadline and math.max(self.deadline - self.clock(), 0)
 end
 
 -- Ends it as it should.
@@ -87,13 +108,25 @@ function Walk:end_of(row, presented)
   return self.ends[result] and "end" or "daemon_status"
 end
 
--- Takes the reply to `text`, or nil, a message and a code, and says in `text` what
--- to ask next: nil at the end.
-function Walk:take(reply, message, code)
-  local row
-  if reply then
-    row, message, code = calling.row_of(self.api, self.view, reply)
+-- The codes of calls whose time is over: a walk's calls have what is left of its own.
+local is_late = { timed_out = true, not_sent = true }
+
+-- Ends it because a call had no reply.
+function Walk:fail_call(message, code, details)
+  if self.deadline and is_late[code] then
+    return self:fail_late()
   end
+  return self:fail(nil, message, code, details)
+end
+
+-- Takes the reply to `text`, or nil, a message, a code and perhaps details, and says
+-- in `text` what to ask next: nil at the end.
+function Walk:take(reply, message, code, details)
+  if not reply then
+    return self:fail_call(message, code, details)
+  end
+  local row
+  row, message, code = calling.row_of(self.api, self.view, reply)
   if not row then
     return self:fail(nil, message, code)
   end
@@ -111,9 +144,8 @@ function Walk:take(reply, message, code)
     return self:fail(fail("too_many_rows", self.api.name, ("at most %d rows"):format(self.limit), nil, "more"))
   end
   self.rows[#self.rows + 1] = presented
-  if self.deadline and self.clock() >= self.deadline then
-    return self:fail(fail("deadline", self.api.name, ("the end within %.14g seconds"):format(self.seconds), nil,
-      ("%d rows and no end"):format(#self.rows)))
+  if self:left() == 0 then
+    return self:fail_late()
   end
   local fields
   if self.next then
@@ -149,6 +181,14 @@ local function getn_of(name)
   return api
 end
 
+-- True, or what fail gives.
+function walking.check_options(options)
+  if options == nil then
+    return true
+  end
+  return require("librpc.record.problems").check_options("record.rows", options, option_types)
+end
+
 -- A walk of a table, or of its getn, from the row behind `key` (a table of fields;
 -- nil: the first row). Each row is the key of the next. Options:
 --   done(row)  true at the end, which is not a row
@@ -156,7 +196,7 @@ end
 --   ends       a list of the results with which a walk ends; any other that is not
 --              0 is then a failure
 --   limit      rows at most, 100000 if not given
---   seconds    that the walk may take, looked at between two calls
+--   seconds    that the walk may take: its calls get what is left of them
 function walking.start(name, key, options)
   local api, message, code = getn_of(name)
   if not api then
@@ -167,16 +207,14 @@ function walking.start(name, key, options)
   if not view then
     return nil, message, code
   end
-  if options ~= nil then
-    local right
-    right, message, code = require("librpc.record.problems").check_options("record.rows", options, option_types)
-    if not right then
-      return nil, message, code
-    end
+  local right
+  right, message, code = walking.check_options(options)
+  if not right then
+    return nil, message, code
   end
   options = options or {}
   local walk = setmetatable({ api = api, view = view, rows = {}, asked = {}, done = options.done, next = options.next,
-    limit = options.limit or default_limit, ends = view.ends, seconds = options.seconds }, Walk)
+    limit = options.limit or default_limit, ends = view.ends }, Walk)
   if options.ends then
     walk.ends = {}
     for _, result in ipairs(options.ends) do
@@ -186,9 +224,8 @@ function walking.start(name, key, options)
   if not walk.done and not tables.has_output(api, view.res) then
     return fail("no_end", api.name, "a `done` option, because its rows have no `res`", nil, "none")
   end
-  if walk.seconds then
-    walk.clock = require "librpc.record.clock"
-    walk.deadline = walk.clock() + walk.seconds
+  if options.seconds then
+    walk:limit_time(options.seconds)
   end
   if type(key) == "table" then
     walk.oper = calling.by_schema(view, key)[view.oper]
@@ -207,7 +244,7 @@ function walking.rows(name, key, options)
     return nil, message, code, {}
   end
   while walk.text do
-    walk:take(calling.exchange(walk.api, walk.text))
+    walk:take(calling.exchange(walk.api, walk.text, walk:left()))
   end
   return walk:result()
 end

@@ -1,0 +1,466 @@
+// Calls at once, with a port mapper and daemons of the test's own: what is under
+// way, in which order replies may come, who waits for whom.
+#include <algorithm>
+#include <gtest/gtest.h>
+#include <linux/sock_diag.h>
+#include <map>
+#include <memory>
+#include <random>
+
+#include "common/calls.h"
+#include "tests/support/fake_port_mapper.h"
+#include "tests/support/private_network.h"
+
+namespace
+{
+using Units = std::vector<uint32_t>;
+
+constexpr size_t call_units = 10, reply_units = 6; // headers
+
+// A daemon that answers when the test says so. Its tables echo: the reply's
+// record is the request's.
+class Daemon
+{
+  public:
+    struct Request {
+        Units units; // in network order
+        sockaddr_in from;
+        uint32_t xid() const { return ntohl(units[0]); }
+    };
+
+    Daemon()
+    {
+        sockaddr_in address = {};
+        socklen_t size = sizeof address;
+        address.sin_family = AF_INET;
+        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        if (bind(fd, reinterpret_cast<sockaddr*>(&address), size) != 0 ||
+            getsockname(fd, reinterpret_cast<sockaddr*>(&address), &size) != 0)
+            throw std::runtime_error("daemon: expected a port, found none");
+        port = ntohs(address.sin_port);
+    }
+    ~Daemon() { close(fd); }
+    Daemon(const Daemon&) = delete;
+    Daemon& operator=(const Daemon&) = delete;
+
+    // What has come, none of it answered.
+    std::vector<Request> requests() const
+    {
+        std::vector<Request> all;
+        for (;;) {
+            Request one = {Units(datagram_units), {}};
+            socklen_t length = sizeof one.from;
+            const ssize_t got = recvfrom(fd, one.units.data(), 4 * one.units.size(), MSG_DONTWAIT,
+                                         reinterpret_cast<sockaddr*>(&one.from), &length);
+            if (got < 0)
+                return all;
+            one.units.resize(static_cast<size_t>(got) / 4);
+            all.push_back(one);
+        }
+    }
+
+    void reply(const Request& request, uint32_t xid) const
+    {
+        Units units = {htonl(xid), htonl(REPLY), 0, 0, 0, 0};
+        units.insert(units.end(), request.units.begin() + call_units, request.units.end());
+        send(request, units);
+    }
+    void reply(const Request& request) const { reply(request, request.xid()); }
+    void send(const Request& request, const Units& units) const
+    {
+        sendto(fd, units.data(), 4 * units.size(), 0, reinterpret_cast<const sockaddr*>(&request.from),
+               sizeof request.from);
+    }
+
+    // What the kernel counts for the datagrams that wait for the daemon.
+    size_t buffered() const
+    {
+        uint32_t memory[SK_MEMINFO_VARS];
+        socklen_t size = sizeof memory;
+        EXPECT_EQ(getsockopt(fd, SOL_SOCKET, SO_MEMINFO, memory, &size), 0);
+        return memory[SK_MEMINFO_RMEM_ALLOC];
+    }
+
+    const int fd = socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+    uint16_t port;
+};
+
+struct End {
+    CallCode code;
+    std::string text;
+};
+
+class Calls : public testing::Test
+{
+  protected:
+    void SetUp() override
+    {
+        static const bool is_private = enter_private_network();
+        if (!is_private)
+            GTEST_SKIP() << "a network of our own is for root";
+        static const bool is_registered = [] {
+            for (const Service* service : all_services)
+                service->init();
+            return true;
+        }();
+        EXPECT_TRUE(is_registered);
+        mapper =
+            std::make_unique<FakePortMapper>([this](const PortMapperQuery& query) { return mapper_answer(query); });
+    }
+    void TearDown() override
+    {
+        calls.close();
+        mapper.reset();
+    }
+
+    virtual std::optional<Units> mapper_answer(const PortMapperQuery& query)
+    {
+        const auto at = daemons.find(query.wanted());
+        return FakePortMapper::accepted(query, {at == daemons.end() ? 0U : at->second->port});
+    }
+
+    Daemon& daemon_of(const char* service)
+    {
+        for (const Service* each : all_services)
+            if (service == std::string(each->name)) {
+                auto& daemon = daemons[static_cast<uint32_t>(each->program)];
+                if (!daemon)
+                    daemon = std::make_unique<Daemon>();
+                return *daemon;
+            }
+        throw std::runtime_error("expected a service");
+    }
+
+    unsigned call(const char* name, const std::string& argument, int64_t ms = 20000)
+    {
+        CallStatus status;
+        const unsigned id = calls.call(name, argument.c_str(), Deadline::after(ms), status);
+        EXPECT_NE(id, 0U) << name;
+        return id;
+    }
+
+    // The ends that there are, by id.
+    std::map<unsigned, End> ends()
+    {
+        std::map<unsigned, End> found;
+        for (; const ApiCall* call = calls.first_finished(); calls.drop_finished()) {
+            EXPECT_EQ(found.count(call->id), 0U);
+            found[call->id] = {call->text ? CallCode::Success : call->status.code,
+                               call->text ? std::string(call->text, call->length) : ""};
+        }
+        return found;
+    }
+
+    // Requests that reach the daemon until there are so many.
+    std::vector<Daemon::Request> requests(const Daemon& daemon, size_t count)
+    {
+        std::vector<Daemon::Request> all;
+        const Deadline end = Deadline::after(10000);
+        while (all.size() < count && end.left() > 0) {
+            calls.wait(Deadline::after(5), {});
+            for (const Daemon::Request& one : daemon.requests())
+                all.push_back(one);
+        }
+        EXPECT_EQ(all.size(), count);
+        return all;
+    }
+
+    // A first call, after which the port is known.
+    void warm_up(const char* name, const Daemon& daemon)
+    {
+        const unsigned id = call(name, "1");
+        daemon.reply(requests(daemon, 1).at(0));
+        calls.wait(Deadline::after(10000), {});
+        EXPECT_EQ(ends()[id].code, CallCode::Success);
+    }
+
+    std::map<uint32_t, std::unique_ptr<Daemon>> daemons;
+    std::unique_ptr<FakePortMapper> mapper;
+    ApiCalls calls{CallsOf::Loop};
+};
+
+// Tables whose requests and replies are the same record.
+constexpr char small[] = "oltmib_fdbparam_get_1";    // nsminfo
+constexpr char largest[] = "oltmib_lldpifnei_get_1"; // erpsinfo
+constexpr char other[] = "oltmib_devcapint_get_1";   // devinfo
+} // namespace
+
+TEST_F(Calls, RepliesInAnyOrderFindTheirCalls)
+{
+    Daemon& daemon = daemon_of("nsminfo");
+    std::map<unsigned, std::string> wanted;
+    for (int i = 0; i < 40; i++)
+        wanted[call(small, std::to_string(i))] = std::to_string(i) + "&";
+    auto came = requests(daemon, 40);
+    std::mt19937 random(1);
+    std::shuffle(came.begin(), came.end(), random);
+    for (const auto& request : came)
+        daemon.reply(request);
+    std::map<unsigned, End> all;
+    while (calls.is_open()) {
+        calls.wait(Deadline::after(10000), {});
+        all.merge(ends());
+    }
+    ASSERT_EQ(all.size(), 40U);
+    for (const auto& [id, end] : all)
+        EXPECT_EQ(end.text.substr(0, wanted[id].size()), wanted[id]);
+}
+
+TEST_F(Calls, LateDoubledAndStrangeRepliesArePassedOver)
+{
+    Daemon& daemon = daemon_of("nsminfo");
+    const Daemon stranger;
+    const unsigned late = call(small, "1", 100);
+    const auto first = requests(daemon, 1).at(0);
+    while (calls.is_open())
+        calls.wait(Deadline::after(10000), {});
+    EXPECT_EQ(ends()[late].code, CallCode::TimedOut);
+
+    const unsigned a = call(small, "2"), b = call(small, "3");
+    const auto came = requests(daemon, 2);
+    daemon.send(came[0], {}); // nothing at all
+    daemon.send(came[0], {htonl(came[0].xid() + 1000)});
+    daemon.reply(came[0], first.xid());       // of a call that is over
+    daemon.reply(came[0], came[0].xid() + 2); // of one that will be
+    stranger.reply(came[1], came[0].xid());   // from somebody else
+    daemon.reply(came[1]);
+    daemon.reply(came[1]);
+    daemon.reply(came[1]);
+    calls.wait(Deadline::after(10000), {});
+    auto found = ends();
+    ASSERT_EQ(found.size(), 1U);
+    EXPECT_EQ(found[b].text.substr(0, 2), "3&");
+    daemon.reply(came[0]);
+    calls.wait(Deadline::after(10000), {});
+    found = ends();
+    ASSERT_EQ(found.size(), 1U);
+    EXPECT_EQ(found[a].text.substr(0, 2), "2&");
+    EXPECT_FALSE(calls.is_open());
+}
+
+// Two sockets, two daemons: the same xid may be under way to both.
+TEST_F(Calls, ARepliesXidCountsForItsOwnServiceOnly)
+{
+    Daemon &one = daemon_of("nsminfo"), &two = daemon_of("devinfo");
+    const unsigned a = call(small, "7"), b = call(other, "name");
+    const auto to_one = requests(one, 1).at(0), to_two = requests(two, 1).at(0);
+    one.reply(to_one, to_two.xid());
+    two.reply(to_two, to_one.xid());
+    calls.wait(Deadline::after(50), {});
+    EXPECT_TRUE(ends().empty());
+    one.reply(to_one);
+    two.reply(to_two);
+    std::map<unsigned, End> all;
+    while (calls.is_open()) {
+        calls.wait(Deadline::after(10000), {});
+        all.merge(ends());
+    }
+    EXPECT_EQ(all[a].text.substr(0, 2), "7&");
+    EXPECT_EQ(all[b].text.substr(0, 5), "name&");
+}
+
+TEST_F(Calls, WhatIsUnderWayToADaemonTakesNoMoreOfTheKernelThanTheWindow)
+{
+    std::map<std::string, std::string> by_service; // each service's largest and smallest table
+    size_t tried = 0;
+    for (const Service* service : all_services) {
+        Daemon& daemon = daemon_of(service->name);
+        const Api *least = nullptr, *most = nullptr;
+        for (const Api& api : *service) {
+            if (!api.registered() || !api.request)
+                continue;
+            least = !least || api.request->units < least->request->units ? &api : least;
+            most = !most || api.request->units > most->request->units ? &api : most;
+        }
+        for (const Api* api : {least, most}) {
+            ASSERT_NE(api, nullptr);
+            ApiCalls own(CallsOf::Loop);
+            CallStatus status;
+            for (int i = 0; i < 1000; i++)
+                EXPECT_NE(own.call(api->name, "1", Deadline::after(20000), status), 0U);
+            const Deadline end = Deadline::after(10000);
+            while (daemon.buffered() == 0 && end.left() > 0)
+                own.wait(Deadline::after(5), {});
+            EXPECT_LE(daemon.buffered(), group_window) << api->name;
+            EXPECT_GE(daemon.buffered(), group_window / 2) << api->name;
+            daemon.requests();
+            tried++;
+        }
+    }
+    EXPECT_EQ(tried, 30U);
+}
+
+TEST_F(Calls, ACallWaitsItsTurnAndGoesOnceARepliesMakeRoom)
+{
+    Daemon& daemon = daemon_of("erpsinfo");
+    constexpr size_t at_once = group_window / kernel_memory(8460);
+    for (int i = 0; i < 20; i++)
+        call(largest, std::to_string(i));
+    size_t seen = 0;
+    std::map<unsigned, End> all;
+    while (seen < 20) {
+        const auto came = requests(daemon, seen == 0 ? at_once : 1);
+        seen += came.size();
+        EXPECT_TRUE(daemon.requests().empty());
+        daemon.reply(came.at(0));
+        calls.wait(Deadline::after(10000), {});
+        all.merge(ends());
+        // the others of the first go are never answered
+        EXPECT_EQ(all.size(), seen - at_once + 1);
+    }
+    EXPECT_EQ(all.size(), 20 - at_once + 1);
+}
+
+TEST_F(Calls, AWaitWhoseTimeIsOverStillFindsThatDeadlinesAre)
+{
+    Daemon& daemon = daemon_of("nsminfo");
+    warm_up(small, daemon);
+    const unsigned id = call(small, "1", 1);
+    usleep(20000); // as if the process had been stopped
+    calls.wait(Deadline{milliseconds_now() - 10}, {});
+    EXPECT_FALSE(calls.is_open());
+    EXPECT_EQ(ends()[id].code, CallCode::TimedOut);
+}
+
+TEST_F(Calls, AReplyThatCameInTimeIsTakenHoweverLateSomebodyLooks)
+{
+    Daemon& daemon = daemon_of("nsminfo");
+    warm_up(small, daemon);
+    const unsigned id = call(small, "5", 50);
+    daemon.reply(requests(daemon, 1).at(0));
+    usleep(100000);
+    calls.wait(Deadline{milliseconds_now() - 10}, {});
+    EXPECT_EQ(ends()[id].text.substr(0, 2), "5&");
+}
+
+// However much one daemon has to say, another's reply is taken in the same turn.
+TEST_F(Calls, NoServiceWaitsForAnother)
+{
+    Daemon &busy = daemon_of("nsminfo"), &quiet = daemon_of("devinfo");
+    for (const bool busy_first : {true, false}) {
+        ApiCalls own(CallsOf::Loop);
+        CallStatus status;
+        const auto begin = [&](const char* name, const std::string& argument) {
+            return own.call(name, argument.c_str(), Deadline::after(20000), status);
+        };
+        unsigned wanted = 0;
+        if (!busy_first)
+            wanted = begin(other, "q");
+        for (int i = 0; i < 40; i++)
+            begin(small, std::to_string(i));
+        if (busy_first)
+            wanted = begin(other, "q");
+        std::vector<Daemon::Request> to_busy, to_quiet;
+        const Deadline end = Deadline::after(10000);
+        while (to_busy.size() + to_quiet.size() < 41 && end.left() > 0) {
+            own.wait(Deadline::after(5), {});
+            for (const auto& one : busy.requests())
+                to_busy.push_back(one);
+            for (const auto& one : quiet.requests())
+                to_quiet.push_back(one);
+        }
+        ASSERT_EQ(to_quiet.size(), 1U);
+        // the busy one: a hundred datagrams of nobody's, and a reply to each call
+        for (int i = 0; i < 100; i++)
+            busy.send(to_busy.at(0), {htonl(to_busy[0].xid() + 5000)});
+        for (const auto& one : to_busy)
+            busy.reply(one);
+        quiet.reply(to_quiet[0]);
+        own.process();
+        bool found = false;
+        for (; const ApiCall* one = own.first_finished(); own.drop_finished())
+            found |= one->id == wanted;
+        EXPECT_TRUE(found) << (busy_first ? "after" : "before") << " the busy one";
+    }
+}
+
+// A call that begins when another ends, for ever: the third one has its turn.
+TEST_F(Calls, AnEndlessRowOfCallsLeavesAnotherServiceItsTurn)
+{
+    Daemon &busy = daemon_of("nsminfo"), &quiet = daemon_of("devinfo");
+    warm_up(small, busy);
+    warm_up(other, quiet);
+    const unsigned wanted = call(other, "q");
+    call(small, "1");
+    const auto asked = requests(quiet, 1);
+    quiet.reply(asked.at(0));
+    bool found = false;
+    for (int turn = 0; turn < 3 && !found; turn++) {
+        for (const auto& one : busy.requests())
+            busy.reply(one);
+        call(small, "1");
+        for (const auto& one : busy.requests())
+            busy.reply(one);
+        calls.wait(Deadline::after(10000), {});
+        found = ends().count(wanted) > 0;
+    }
+    EXPECT_TRUE(found);
+}
+
+namespace
+{
+// Answers nobody before it has been asked for three services.
+class PatientMapper : public Calls
+{
+    std::optional<Units> mapper_answer(const PortMapperQuery& query) override
+    {
+        for (const PortMapperQuery& one : mapper->queries())
+            seen[one.wanted()] = one;
+        if (seen.size() < 3)
+            return {};
+        for (const auto& [program, one] : seen)
+            if (program != query.wanted())
+                mapper->send(one.from, *Calls::mapper_answer(one));
+        return Calls::mapper_answer(query);
+    }
+    std::map<uint32_t, PortMapperQuery> seen;
+};
+} // namespace
+
+TEST_F(PatientMapper, PortsOfSeveralServicesAreAskedForAtOnce)
+{
+    Daemon &a = daemon_of("nsminfo"), &b = daemon_of("devinfo"), &c = daemon_of("erpsinfo");
+    call(small, "1");
+    call(other, "x");
+    call(largest, "1");
+    EXPECT_EQ(requests(a, 1).size() + requests(b, 1).size() + requests(c, 1).size(), 3U);
+    EXPECT_EQ(mapper->queries().size(), 3U);
+}
+
+// The new daemon has another port, and the old one's is silent, not closed.
+TEST_F(Calls, AfterAFailureTheNextCallGoesWhereTheDaemonIsThen)
+{
+    Daemon& old = daemon_of("nsminfo");
+    warm_up(small, old);
+    const unsigned lost = call(small, "1", 30), open = call(small, "2", 20000);
+    requests(old, 2);
+    usleep(40000);
+    calls.wait(Deadline::after(10000), {});
+    EXPECT_EQ(ends()[lost].code, CallCode::TimedOut);
+
+    // still there: the open call goes on
+    unsigned next = call(small, "3");
+    const auto came = requests(old, 1);
+    old.reply(came.at(0));
+    calls.wait(Deadline::after(10000), {});
+    EXPECT_EQ(ends()[next].text.substr(0, 2), "3&");
+    EXPECT_TRUE(calls.is_open());
+
+    const unsigned again = call(small, "4", 30);
+    requests(old, 1);
+    usleep(40000);
+    calls.wait(Deadline::after(10000), {});
+    EXPECT_EQ(ends()[again].code, CallCode::TimedOut);
+    const std::unique_ptr<Daemon> kept = std::move(daemons.begin()->second); // its port stays taken
+    daemons.clear();
+    Daemon& fresh = daemon_of("nsminfo");
+    next = call(small, "5");
+    fresh.reply(requests(fresh, 1).at(0));
+    std::map<unsigned, End> all;
+    while (calls.is_open()) {
+        calls.wait(Deadline::after(10000), {});
+        all.merge(ends());
+    }
+    EXPECT_EQ(all[next].text.substr(0, 2), "5&");
+    EXPECT_EQ(all[open].code, CallCode::Refused);
+}

@@ -441,6 +441,9 @@ TEST_F(Threads, traces_are_the_same_for_a_hosts_node_with_our_functions)
 
 TEST_F(Threads, fork_while_others_call_gives_each_process_its_own_replies)
 {
+#ifdef __SANITIZE_ADDRESS__
+    GTEST_SKIP() << "the sanitizer's malloc may stay locked in a forked child";
+#endif
     std::atomic<bool> over = false;
     std::atomic<int> wrong = 0;
     Meeting started(5); // whose clients are made: the child has no use for sockets of its parent's

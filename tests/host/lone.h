@@ -25,11 +25,15 @@ class Lone : public testing::Test
     static constexpr uint32_t program = 50006;
     static constexpr uint32_t version_mismatch = 2; // an accept_stat
 
+    // In the private network, while the process can still fork without a care.
+    virtual void before_threads() {}
+
     void SetUp() override
     {
         static const bool is_private = enter_private_network();
         if (!is_private)
             GTEST_SKIP() << "a network of our own is for root";
+        before_threads();
         daemon = std::make_unique<RpcServer>(0, [](const RpcCall& call) { return RpcServer::accepted(call, {7}); });
         lua = std::make_unique<LuaState>();
     }

@@ -12,6 +12,7 @@
 #include <netinet/udp.h>
 #include <numeric>
 #include <sys/mman.h>
+#include <sys/prctl.h>
 #include <sys/time.h>
 #include <sys/wait.h>
 
@@ -25,8 +26,14 @@ constexpr int look_ups = 300;
 
 // What the strangers and the test know of one another.
 struct Shared {
-    std::atomic<uint32_t> sweeps;     // how often everything was sent
-    std::atomic<uint32_t> latest_xid; // even that is known to the strangers
+    enum class Stranger { None, Process, Host };
+
+    std::atomic<Stranger> wanted;      // whom the test has begun to fear
+    uint16_t told_port;                // of the daemon that the forged answers name
+    char from[16], to[16];             // the addresses that a host's frames bear
+    std::atomic<bool> is_far, is_laid; // the host has a network of its own, and a wire to ours
+    std::atomic<uint32_t> sweeps;      // how often everything was sent
+    std::atomic<uint32_t> latest_xid;  // even that is known to the strangers
     std::atomic<bool> is_over;
 };
 
@@ -70,73 +77,6 @@ void spray(Shared& shared, pid_t victim, uint16_t told_port, const Send& send)
         shared.sweeps++;
     }
 }
-
-class Strangers : public Lone
-{
-  protected:
-    void SetUp() override
-    {
-        Lone::SetUp();
-        if (IsSkipped())
-            return;
-        void* memory = mmap(nullptr, sizeof(Shared), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
-        ASSERT_NE(memory, MAP_FAILED);
-        shared = new (memory) Shared();
-        stranger = std::make_unique<RpcServer>(0, [](const RpcCall& call) { return RpcServer::accepted(call, {666}); });
-        map([this](const RpcCall& query) {
-            shared->latest_xid = query.xid;
-            const uint32_t before = shared->sweeps;
-            while (shared->sweeps < before + 2 && !shared->is_over)
-                usleep(100);
-            return RpcServer::accepted(query, {daemon->port()});
-        });
-        std::ofstream("/proc/sys/net/ipv4/ip_local_port_range") << first_port << ' ' << last_port << std::endl;
-    }
-    void TearDown() override
-    {
-        if (shared)
-            shared->is_over = true;
-        for (const pid_t child : children)
-            waitpid(child, nullptr, 0);
-    }
-
-    template <class Body> void start_process(Body body)
-    {
-        const pid_t child = fork();
-        ASSERT_GE(child, 0);
-        if (child == 0) {
-            body();
-            _exit(0);
-        }
-        children.push_back(child);
-    }
-
-    // Every look-up gives the daemon's own port: none fails, none is hijacked.
-    void look_up_under_fire()
-    {
-        int failed = 0, hijacked = 0;
-        for (int i = 0; i < look_ups; i++) {
-            forget_clients();
-            const std::optional<std::string> value = lua->call(api, "1&6");
-            failed += !value;
-            hijacked += value && *value != "7";
-        }
-        hijacked += static_cast<int>(stranger->queries().size() + stranger->junk());
-        printf("%d look-ups, %u sweeps: %d hijacked, %d failed\n", look_ups, shared->sweeps.load(), hijacked, failed);
-        EXPECT_EQ(failed, 0);
-        EXPECT_EQ(hijacked, 0);
-        EXPECT_EQ(daemon->queries().size(), static_cast<size_t>(look_ups));
-        EXPECT_EQ(daemon->junk(), 0U);
-        for (const RpcCall& query : mapper->queries()) { // the strangers did aim at it
-            EXPECT_GE(ntohs(query.from.sin_port), first_port);
-            EXPECT_LE(ntohs(query.from.sin_port), last_port);
-        }
-    }
-
-    Shared* shared = nullptr;
-    std::unique_ptr<RpcServer> stranger; // the daemon that the forged answers name
-    std::vector<pid_t> children;
-};
 
 // What a foreign machine does: it has a wire to the test's network, and root
 // there.
@@ -205,33 +145,130 @@ class Wire
     sockaddr_ll to = {};
 };
 
+// Sprays as an unprivileged process of this machine.
+void be_process(Shared& shared, pid_t victim)
+{
+    if (setgroups(0, nullptr) != 0 || setgid(65534) != 0 || setuid(65534) != 0)
+        throw std::runtime_error("stranger: expected to lose its privileges, found them kept");
+    const int fd = socket(AF_INET, SOCK_DGRAM, 0);
+    spray(shared, victim, shared.told_port, [fd](uint16_t port, const Datagram& datagram) {
+        const sockaddr_in to = loopback_address(port);
+        sendto(fd, datagram.data(), datagram.size(), MSG_DONTWAIT, reinterpret_cast<const sockaddr*>(&to), sizeof to);
+    });
+}
+
+// Sprays as a host with a network of its own, at the far end of a wire.
+void be_host(Shared& shared, pid_t victim)
+{
+    if (unshare(CLONE_NEWNET) != 0)
+        throw std::runtime_error("stranger: expected a network of its own, found none");
+    shared.is_far = true;
+    while (!shared.is_laid)
+        usleep(100);
+    Wire::run("ip addr add " + std::string(Wire::theirs) + "/24 dev far && ip link set far up");
+    const Wire wire;
+    spray(shared, victim, shared.told_port,
+          [&](uint16_t port, const Datagram& datagram) { wire.send(shared.from, shared.to, port, datagram); });
+}
+
+class Strangers : public Lone
+{
+  protected:
+    void before_threads() override
+    {
+        void* memory = mmap(nullptr, sizeof(Shared), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+        ASSERT_NE(memory, MAP_FAILED);
+        shared = new (memory) Shared();
+        const pid_t victim = getpid();
+        child = fork();
+        ASSERT_GE(child, 0);
+        if (child > 0)
+            return;
+        prctl(PR_SET_PDEATHSIG, SIGKILL);
+        try {
+            while (shared->wanted == Shared::Stranger::None && !shared->is_over)
+                usleep(100);
+            if (shared->wanted == Shared::Stranger::Process)
+                be_process(*shared, victim);
+            else if (shared->wanted == Shared::Stranger::Host)
+                be_host(*shared, victim);
+        } catch (const std::exception& problem) {
+            fprintf(stderr, "%s\n", problem.what());
+            _exit(1);
+        }
+        _exit(0);
+    }
+    void SetUp() override
+    {
+        Lone::SetUp();
+        if (IsSkipped())
+            return;
+        stranger = std::make_unique<RpcServer>(0, [](const RpcCall& call) { return RpcServer::accepted(call, {666}); });
+        shared->told_port = stranger->port();
+        map([this](const RpcCall& query) {
+            shared->latest_xid = query.xid;
+            const uint32_t before = shared->sweeps;
+            for (int tries = 0; shared->sweeps < before + 2 && tries < 100000; tries++)
+                usleep(100);
+            unaimed += shared->sweeps < before + 2;
+            return RpcServer::accepted(query, {daemon->port()});
+        });
+        std::ofstream("/proc/sys/net/ipv4/ip_local_port_range") << first_port << ' ' << last_port << std::endl;
+    }
+    void TearDown() override
+    {
+        if (child <= 0)
+            return;
+        shared->is_over = true;
+        if (unaimed > 0)
+            kill(child, SIGKILL);
+        int status = -1;
+        EXPECT_EQ(waitpid(child, &status, 0), child);
+        EXPECT_EQ(status, 0) << "the stranger's process";
+    }
+
+    // Every look-up gives the daemon's own port: none fails, none is hijacked.
+    void look_up_under_fire()
+    {
+        int failed = 0, hijacked = 0;
+        for (int i = 0; i < look_ups && unaimed == 0; i++) {
+            forget_clients();
+            const std::optional<std::string> value = lua->call(api, "1&6");
+            failed += !value;
+            hijacked += value && *value != "7";
+        }
+        hijacked += static_cast<int>(stranger->queries().size() + stranger->junk());
+        printf("%d look-ups, %u sweeps: %d hijacked, %d failed\n", look_ups, shared->sweeps.load(), hijacked, failed);
+        EXPECT_EQ(failed, 0);
+        EXPECT_EQ(hijacked, 0);
+        EXPECT_EQ(unaimed, 0);
+        EXPECT_EQ(daemon->queries().size(), static_cast<size_t>(look_ups));
+        EXPECT_EQ(daemon->junk(), 0U);
+        for (const RpcCall& query : mapper->queries()) { // the strangers did aim at it
+            EXPECT_GE(ntohs(query.from.sin_port), first_port);
+            EXPECT_LE(ntohs(query.from.sin_port), last_port);
+        }
+    }
+
+    Shared* shared = nullptr;
+    std::atomic<int> unaimed = 0;        // look-ups that the strangers never got to
+    std::unique_ptr<RpcServer> stranger; // the daemon that the forged answers name
+    pid_t child = 0;
+};
+
 class ForeignHost : public Strangers
 {
   protected:
-    // A process in a network of its own, at the far end of the wire, that sprays
-    // frames which bear those addresses.
+    // Whose frames bear those addresses.
     void start_host(const char* from, const char* to)
     {
-        int ready[2], laid[2];
-        ASSERT_EQ(pipe(ready), 0);
-        ASSERT_EQ(pipe(laid), 0);
-        const pid_t victim = getpid();
-        start_process([&] {
-            char byte = unshare(CLONE_NEWNET) == 0;
-            if (write(ready[1], &byte, 1) != 1 || read(laid[0], &byte, 1) != 1)
-                return;
-            Wire::run("ip addr add " + std::string(Wire::theirs) + "/24 dev far && ip link set far up");
-            const Wire wire;
-            spray(*shared, victim, stranger->port(),
-                  [&](uint16_t port, const Datagram& datagram) { wire.send(from, to, port, datagram); });
-        });
-        char byte = 0;
-        ASSERT_EQ(read(ready[0], &byte, 1), 1);
-        ASSERT_EQ(byte, 1);
-        Wire::lay(children.back());
-        ASSERT_EQ(write(laid[1], &byte, 1), 1);
-        for (const int end : {ready[0], ready[1], laid[0], laid[1]})
-            close(end);
+        strcpy(shared->from, from);
+        strcpy(shared->to, to);
+        shared->wanted = Shared::Stranger::Host;
+        while (!shared->is_far)
+            usleep(100);
+        Wire::lay(child);
+        shared->is_laid = true;
     }
 
     // What reaches a socket that hears everybody, on the last port of the range.
@@ -260,17 +297,7 @@ class ForeignHost : public Strangers
 
 TEST_F(Strangers, unprivileged_process_of_this_machine_hijacks_and_fails_no_look_up)
 {
-    const pid_t victim = getpid();
-    start_process([&] {
-        if (setgroups(0, nullptr) != 0 || setgid(65534) != 0 || setuid(65534) != 0)
-            return;
-        const int fd = socket(AF_INET, SOCK_DGRAM, 0);
-        spray(*shared, victim, stranger->port(), [fd](uint16_t port, const Datagram& datagram) {
-            const sockaddr_in to = loopback_address(port);
-            sendto(fd, datagram.data(), datagram.size(), MSG_DONTWAIT, reinterpret_cast<const sockaddr*>(&to),
-                   sizeof to);
-        });
-    });
+    shared->wanted = Shared::Stranger::Process;
     look_up_under_fire();
 }
 

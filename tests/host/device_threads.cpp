@@ -446,7 +446,9 @@ TEST_F(Threads, fork_while_others_call_gives_each_process_its_own_replies)
 #endif
     std::atomic<bool> over = false;
     std::atomic<int> wrong = 0;
-    Meeting started(5); // whose clients are made: the child has no use for sockets of its parent's
+    // Five clients, so that no look-up is under way: the child has no use for sockets of its parent's.
+    tell("fault oltmib_vlaninfo_get_1 count=5 delay 300");
+    Meeting started(5);
     std::vector<std::thread> threads;
     for (int thread = 0; thread < 4; thread++)
         threads.emplace_back([&, thread] {

@@ -94,7 +94,7 @@ void* ApiCalls::allocate(size_t size)
 void ApiCalls::release(void* memory)
 {
     if (whom == CallsOf::Loop)
-        free(memory);
+        free(memory); // NOLINT(clang-analyzer-unix.Malloc): a loop's are pieces of their own
 }
 
 void ApiCalls::release_blocks()

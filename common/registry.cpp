@@ -116,6 +116,7 @@ void read_list()
 {
     for (size_t i = 0; i < hint_count; i++)
         hints[i].is_first = false;
+    // NOLINTNEXTLINE(clang-analyzer-core.NullDereference): a circle's links are never null
     for (ListLinks* at = apinode_head.prev; at != &apinode_head; at = at->prev) {
         auto* node = static_cast<ApiNode*>(at);
         Hint& hint = hint_of(node->name, hash_of(node->name));
@@ -287,7 +288,7 @@ void print_list()
     size_t count = 0, at = 0;
     for (ListLinks* node = apinode_head.next; node != &apinode_head; node = node->next)
         count++;
-    auto** nodes = static_cast<ApiNode**>(malloc(sizeof(ApiNode*) * (count + 1)));
+    auto** nodes = static_cast<ApiNode**>(malloc(sizeof(void*) * (count + 1)));
     for (ListLinks* link = apinode_head.next; link != &apinode_head; link = link->next) {
         auto* node = static_cast<ApiNode*>(link);
         if (nodes)

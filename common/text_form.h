@@ -72,13 +72,14 @@ static_assert(sizeof(Position) == sizeof(Field), "a position takes no more room 
 // One table's text. Its positions are joined by '&'; there is no escaping.
 struct TextForm {
     const Record* record;
-    const Position* listed; // null: every field of the record, plainly, in wire order
+    const Position* listed; // where is_listed; else every field of the record stands there, plainly, in wire order
     uint16_t count;
+    bool is_listed;
     uint16_t buffer = text_size; // of the reply's text
     char delimiters[4] = "";     // when set, an argument's parts end as for strtok
     char separator[4] = "&";     // between the parts of a reply
 
-    constexpr Position operator[](unsigned i) const { return listed ? listed[i] : Position(record->fields[i]); }
+    constexpr Position operator[](unsigned i) const { return is_listed ? listed[i] : Position(record->fields[i]); }
 
     // Goes through the positions, by value.
     struct Iterator {
@@ -227,14 +228,14 @@ constexpr bool reads_counters(const TextForm& form)
 template <class T, size_t N> constexpr TextForm make_form(const std::array<Position, N>& positions)
 {
     static_assert(N <= most_positions, "raise most_positions: an argument is split into no more");
-    return {&record_of<T>, positions.data(), static_cast<uint16_t>(N)};
+    return {&record_of<T>, positions.data(), static_cast<uint16_t>(N), true};
 }
 
 // A table whose fields all convert plainly needs no list but its record's.
 template <class T> constexpr TextForm make_form()
 {
     static_assert(field_count<T> <= most_positions, "raise most_positions: an argument is split into no more");
-    return {&record_of<T>, nullptr, field_count<T>};
+    return {&record_of<T>, nullptr, field_count<T>, false};
 }
 
 // The notation of positions, inside a table's macro. COUNTER and RATE are 64-bit

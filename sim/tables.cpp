@@ -100,7 +100,7 @@ Verb verb_of(const Api& api)
 
 std::string table_name(const Api& api)
 {
-    const std::string name(split_name(api).table);
+    std::string name(split_name(api).table);
     for (const Alias& alias : aliases)
         if (name == alias.name)
             return alias.table;
@@ -132,6 +132,7 @@ Row ArgumentForm::parse(const std::string& text) const
 {
     TextForm own = form;
     own.listed = positions.data();
+    own.is_listed = true;
     Row row(own.record->size);
     std::string writable = text;
     parse_record(own, row.data(), writable.data());
@@ -150,6 +151,7 @@ std::string ArgumentForm::format(const Row& row) const
         position.use = Use::Both;
     TextForm own = form;
     own.listed = shown.data();
+    own.is_listed = true;
     std::vector<char> text(own.buffer);
     return format_record(own, row.data(), text.data());
 }

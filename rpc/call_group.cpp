@@ -184,7 +184,7 @@ bool CallGroup::send(Lane& lane, GroupCall& call)
     uint32_t units[datagram_units];
     const size_t size = owner.encode(call, ++lane.xid, units);
     if (size == 0) {
-        end(lane.pop_waiting(), call_failure(error_of(RPC_CANTENCODEARGS)));
+        end(lane.pop_waiting(), call_failure(error_of(RPC_CANTENCODEARGS, ENOMEM)));
         return true;
     }
     while (lane.socket().send(units, size) < 0) {

@@ -59,7 +59,8 @@ struct GroupCall {
 
 // What a group asks of the owner of its calls.
 struct GroupOwner {
-    // Writes the call's message into datagram_units; its size, 0 when it does not fit.
+    // Writes the call's message into datagram_units, more than once where need be; its
+    // size, 0 without memory.
     size_t (*encode)(GroupCall& call, uint32_t xid, uint32_t* units);
     // The call has ended: with a datagram that bears its xid, from the daemon's
     // port, or without. False when that datagram is no reply to it.

@@ -85,6 +85,9 @@ class CallGroup
     // Begins the call: sends it, asks for its daemon's port, or lets it wait its
     // turn. False without memory.
     bool add(GroupCall& call);
+    // From now on add sends nothing, until send_gathered sends all.
+    void gather() { is_gathering = true; }
+    void send_gathered();
     // Takes what came and does what is due. Never waits.
     void process();
     // Waits until something came or is due, `until` at most; then process().
@@ -117,12 +120,13 @@ class CallGroup
     void advance(Lane& lane);
     bool open(Lane& lane);
     void use(Lane& lane, PortQuery::State state);
-    bool send(Lane& lane, GroupCall& call);
+    bool send_some(Lane& lane);
+    bool send(Lane& lane, const uint32_t* units, size_t size);
     void look(Deadline until);
     Lane* only_lane() const;
     bool receive_alone(Lane& lane, Deadline until);
     void receive(Lane& lane);
-    bool take_one(Lane& lane, int flags);
+    bool take_some(Lane& lane, int flags);
     void take(Lane& lane, uint32_t* units, size_t size);
     void expire(Lane& lane, int64_t now);
     void expire_all();
@@ -139,6 +143,7 @@ class CallGroup
     const LaneClients clients;
     Lane* lanes = nullptr;
     size_t open_calls = 0;
+    bool is_gathering = false;
     Deadline bound = {0}; // no open call's deadline is before
     Deadline alarm = {INT64_MAX};
     Descriptor epoll, timer;

@@ -475,7 +475,7 @@ end)
 
 case "an_inherited_group_is_dead_in_the_child_and_alive_in_the_parent" (function()
   tell "fault oltmib_vlaninfo_get_1 delay 500"
-  local group = calls.group()
+  local before, group = host.descriptors(), calls.group()
   group:pollfd()
   local fetched = group:call(devinfo, "", 10)
   equal(group:wait(10), true, "one has ended")
@@ -483,6 +483,7 @@ case "an_inherited_group_is_dead_in_the_child_and_alive_in_the_parent" (function
   local child = process.fork()
   if child == 0 then
     local ok, message = pcall(function()
+      equal(host.descriptors(), before, "descriptors of the child")
       for _ in group:finished() do
         error("the ends are the parent's")
       end

@@ -1,6 +1,7 @@
 -- The benchmark: measures, shows its tables, and writes performance.md and
 -- performance.svg. run.lua BUILD PORT PID OUTPUT SPEED,
 -- the daemon's port and process; see tools/dev_bench.sh.
+local at_once = require("at_once")
 local output = require("output")
 local pages = require("pages")
 local plot = require("plot")
@@ -62,6 +63,9 @@ end
 progress("size")
 results.size = size.measure(library, scratch)
 
+progress("many calls at once")
+results.at_once = at_once.measure(build, rounds(601))
+
 -- What the figures were taken on.
 local function machine()
   local function first(command)
@@ -79,6 +83,8 @@ local function machine()
 end
 
 local tables = report.tables(results)
+tables[#tables + 1] = at_once.table(results)
+tables.atonce = tables[#tables]
 for _, one in ipairs(tables) do
   print(report.as_text(one))
 end

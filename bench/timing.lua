@@ -40,6 +40,8 @@ local function time_echo(api, count)
   return time(bench.echo, 1, daemon.port, api, count) / count
 end
 
+timing.round, timing.echo = time, time_echo
+
 local function apis_by_name()
   local by_name = {}
   for _, api in ipairs(bench.apis()) do

@@ -27,7 +27,7 @@ install(FILES docs/man/rpcctl.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
 install(FILES docs/man/librpc.3 docs/man/librpc.record.3 DESTINATION ${CMAKE_INSTALL_MANDIR}/man3)
 # Links between the documents stay right: what lies where is as in the source tree.
 set(LIBRPC_DOCDIR "${CMAKE_INSTALL_DATADIR}/doc/lua-librpc" CACHE STRING "Where documents and examples go")
-install(FILES docs/named_fields.md docs/rpcctl.md DESTINATION ${LIBRPC_DOCDIR}/docs)
+install(FILES docs/calls.md docs/named_fields.md docs/rpcctl.md DESTINATION ${LIBRPC_DOCDIR}/docs)
 install(DIRECTORY docs/reference DESTINATION ${LIBRPC_DOCDIR}/docs)
 install(DIRECTORY protocol DESTINATION ${LIBRPC_DOCDIR})
 install(DIRECTORY examples DESTINATION ${LIBRPC_DOCDIR})

@@ -153,15 +153,27 @@ unsigned ApiCalls::call_null(const Service& service, Deadline deadline, CallStat
     return 0;
 }
 
+// Parsers cut up what they read, and a call whose socket turned out to be closed is
+// encoded once more: they get a copy. 0 without memory for it.
 size_t ApiCalls::encode(GroupCall& base, uint32_t xid, uint32_t* units)
 {
     auto& call = static_cast<ApiCall&>(base);
     Room room;
+    char* copy = room.text;
+    const size_t size = strlen(call.argument) + 1;
+    if (size > sizeof room.text) {
+        copy = static_cast<char*>(malloc(size));
+        if (!copy)
+            return 0;
+    }
+    memcpy(copy, call.argument, size);
     const Call message =
-        call.api ? make_call(*call.api, parse_argument(*call.api, room.request, call.argument), room.reply.bytes)
-                 : null_call();
+        call.api ? make_call(*call.api, parse_argument(*call.api, room.request, copy), room.reply.bytes) : null_call();
     const CallHeader header = {xid, call.service->program, static_cast<uint32_t>(server_version), message.procedure};
-    return encode_call(header, message.encode, message.request, units);
+    const size_t encoded = encode_call(header, message.encode, message.request, units);
+    if (copy != room.text)
+        free(copy);
+    return encoded;
 }
 
 bool ApiCalls::replied(GroupCall& base, uint32_t* units, size_t size, uint16_t port)

@@ -46,6 +46,10 @@ class ApiCalls
     // Leaves the next id out, so that ids are places in a list of which one did not begin.
     void skip_id() { last_id++; }
 
+    // Calls that begin between these two are sent together, which is quicker.
+    void gather() { group.gather(); }
+    void send_gathered() { group.send_gathered(); }
+
     // Takes what came, without waiting.
     void process();
     // Waits until a call has ended, the time is over, or nobody waits any more:

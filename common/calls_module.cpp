@@ -167,6 +167,7 @@ int all(lua_State* L)
     lua_createtable(L, count, 0);
     lua_newtable(L); // failures
     ApiCalls& calls = push_calls(L, CallsOf::Page);
+    calls.gather();
     for (int i = 1; i <= count; i++) {
         lua_rawgeti(L, 1, i);
         lua_rawgeti(L, -1, 1);
@@ -182,6 +183,7 @@ int all(lua_State* L)
         push_failure_table(L, status);
         set_end(L, texts, i);
     }
+    calls.send_gathered();
     collect(L, calls, texts);
     calls.close();
     lua_settop(L, texts + 1);

@@ -1,10 +1,13 @@
 #!/usr/bin/env lua5.1
 -- A CGI page of the whole device: a table of each of the fifteen daemons, written by
 -- the names of their fields, which a file of names gives them (docs/named_fields.md;
--- the simulated device's is sim/names.lua). What fails is said in its place, so that
--- one daemon's end does not take the page away.
+-- the simulated device's is sim/names.lua). All tables are read at once, so that the
+-- page costs its slowest daemon, and no daemon more than the deadline. What fails
+-- is said in its place, so that one daemon's end does not take the page away.
 local names = require "librpc.names"
 local record = require "librpc.record"
+
+local deadline = 1 -- second, for all daemons
 
 -- What the page shows: a table and its columns.
 local sections = {
@@ -57,15 +60,6 @@ local function headings(section)
   return list
 end
 
--- All rows of a table; a table that is not walked has one.
-local function rows_of(name)
-  if record.find(name, "getn") then
-    return record.rows(name)
-  end
-  local row, message = record.get(name)
-  return row and { row }, message
-end
-
 local function write_line(tag, cells)
   io.write("<tr>")
   for _, cell in ipairs(cells) do
@@ -74,20 +68,22 @@ local function write_line(tag, cells)
   io.write("</tr>\n")
 end
 
-local function write_section(section)
+-- A section: its rows, which are all that there were in time where it failed, why
+-- it did, and how it ended where it did not.
+local function write_section(section, rows, failure, ending)
   local entry = names.tables[section[1]]
   io.write("<h2>", escaped(entry and entry.title or section[1]), "</h2>\n")
   local head, message = headings(section)
-  local rows, why, last
-  if head then
-    rows, why, last = rows_of(section[1])
-    message = why
-  end
-  if not rows then
+  if not head then
     io.write(paragraph(message))
     return
-  elseif why == "res" then -- nobody said which result is the end
-    io.write(paragraph("The table ended with the daemon's result " .. last.res))
+  elseif failure then
+    io.write(paragraph(failure.message))
+    if #rows == 0 then
+      return
+    end
+  elseif ending.why == "res" then -- nobody said which result is the end
+    io.write(paragraph("The table ended with the daemon's result " .. ending.last.res))
   end
   io.write("<table>\n")
   write_line('th scope="col"', head)
@@ -105,8 +101,13 @@ io.write("Status: 200 OK\r\nContent-Type: text/html; charset=utf-8\r\n\r\n",
   '<!DOCTYPE html>\n<html lang="en">\n<title>Device</title>\n<h1>Device</h1>\n')
 local readable, mistakes = names.loaded()
 if readable then
-  for _, section in ipairs(sections) do
-    write_section(section)
+  local walks = {}
+  for i, section in ipairs(sections) do
+    walks[i] = { section[1] }
+  end
+  local rows, failures, endings = record.walks(walks, deadline)
+  for i, section in ipairs(sections) do
+    write_section(section, rows[i], failures[i], endings[i])
   end
 else
   io.write(paragraph(mistakes))

@@ -59,7 +59,8 @@ struct GroupCall {
 
 // What a group asks of the owner of its calls.
 struct GroupOwner {
-    // Writes the call's message into datagram_units; its size, 0 when it does not fit.
+    // Writes the call's message into datagram_units, more than once where need be; its
+    // size, 0 without memory.
     size_t (*encode)(GroupCall& call, uint32_t xid, uint32_t* units);
     // The call has ended: with a datagram that bears its xid, from the daemon's
     // port, or without. False when that datagram is no reply to it.
@@ -84,6 +85,9 @@ class CallGroup
     // Begins the call: sends it, asks for its daemon's port, or lets it wait its
     // turn. False without memory.
     bool add(GroupCall& call);
+    // From now on add sends nothing, until send_gathered sends all.
+    void gather() { is_gathering = true; }
+    void send_gathered();
     // Takes what came and does what is due. Never waits.
     void process();
     // Waits until something came or is due, `until` at most; then process().
@@ -116,12 +120,13 @@ class CallGroup
     void advance(Lane& lane);
     bool open(Lane& lane);
     void use(Lane& lane, PortQuery::State state);
-    bool send(Lane& lane, GroupCall& call);
+    bool send_some(Lane& lane);
+    bool send(Lane& lane, const uint32_t* units, size_t size);
     void look(Deadline until);
     Lane* only_lane() const;
     bool receive_alone(Lane& lane, Deadline until);
     void receive(Lane& lane);
-    bool take_one(Lane& lane, int flags);
+    bool take_some(Lane& lane, int flags);
     void take(Lane& lane, uint32_t* units, size_t size);
     void expire(Lane& lane, int64_t now);
     void expire_all();
@@ -138,6 +143,7 @@ class CallGroup
     const LaneClients clients;
     Lane* lanes = nullptr;
     size_t open_calls = 0;
+    bool is_gathering = false;
     Deadline bound = {0}; // no open call's deadline is before
     Deadline alarm = {INT64_MAX};
     Descriptor epoll, timer;

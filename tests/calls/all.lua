@@ -470,3 +470,16 @@ case "what_never_left_the_queue_says_not_sent" (function()
   equal(failures[40].message, "oltmib_lldpifnei_get_1 (service erpsinfo, program 50005): the wait was over before the "
     .. "call's turn came; it was not sent, so it may be repeated")
 end)
+
+case "arguments_of_any_length_are_what_they_are_to_callapi" (function()
+  local list = {}
+  for i, argument in ipairs { "10", "10" .. ("&"):rep(1000000), ("9"):rep(1000000), ("x&"):rep(10000), "10\0" .. "&7",
+    ("&"):rep(3990) .. "1", ("&"):rep(4000) .. "1" } do
+    list[i] = { vlan, argument }
+  end
+  local texts, failures = calls.all(list, 20)
+  for i, one in ipairs(list) do
+    equal(failures[i], nil, "failure " .. i)
+    equal(texts[i], call(one[1], one[2]), "text " .. i)
+  end
+end)

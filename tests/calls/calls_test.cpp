@@ -238,6 +238,32 @@ TEST_F(Calls, LateDoubledAndStrangeRepliesArePassedOver)
     EXPECT_FALSE(calls.is_open());
 }
 
+// A reply may have a verifier of 400 bytes, and more behind it than its record.
+TEST_F(Calls, RepliesThatAreLongerThanTheirRecordsAreRead)
+{
+    Daemon& daemon = daemon_of("nsminfo");
+    std::map<unsigned, std::string> wanted;
+    for (int i = 0; i < 6; i++)
+        wanted[call(small, std::to_string(i))] = std::to_string(i) + "&";
+    const auto came = requests(daemon, 6);
+    for (size_t i = 0; i < came.size(); i++) {
+        Units units = {came[i].units[0], htonl(REPLY), 0, htonl(AUTH_NONE), htonl(i < 3 ? MAX_AUTH_BYTES : 0)};
+        units.resize(units.size() + (i < 3 ? MAX_AUTH_BYTES / 4 : 0), 0x55555555);
+        units.push_back(0);
+        units.insert(units.end(), came[i].units.begin() + call_units, came[i].units.end());
+        units.resize(units.size() + (i % 3) * 1000, 0x66666666);
+        daemon.send(came[i], units);
+    }
+    std::map<unsigned, End> all;
+    while (calls.is_open()) {
+        calls.wait(Deadline::after(10000), {});
+        all.merge(ends());
+    }
+    for (const auto& [id, end] : all)
+        EXPECT_EQ(end.text.substr(0, 2), wanted[id]);
+    EXPECT_EQ(all.size(), 6U);
+}
+
 // Two sockets, two daemons: the same xid may be under way to both.
 TEST_F(Calls, ARepliesXidCountsForItsOwnServiceOnly)
 {

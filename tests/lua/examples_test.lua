@@ -49,6 +49,22 @@ gives("backup.lua save vrrpinfo /run/vrrp.lua", "")
 gives("backup.lua save nothing /run/nothing.lua", "", "backup: no such service, or none with settings: nothing\n", 1)
 gives("backup.lua", "", "usage: backup.lua save SERVICE FILE | restore FILE\n", 2)
 
+-- The event loop, where its library is installed.
+if pcall(require, "cqueues") then
+  local ports = "ge1\nge2\nge3\nge4\nge5\nge6\nge7\nge8\n"
+  shell.tell "fault nsminfo delay 200"
+  output, errors, status = example("event_loop.lua")
+  local taken, ticks = output:match("\n8 calls in (%d+) ms, (%d+) ticks\n$")
+  check.equal("event_loop: ports", { output:sub(1, #ports), errors, status }, { ports, "", 0 })
+  check.equal("event_loop: not one after another", taken and tonumber(taken) < 8 * 200, true)
+  check.equal("event_loop: the ticker ticked meanwhile", ticks and tonumber(ticks) > 2, true)
+  shell.tell "clear"
+  shell.tell "fault nsminfo count=1 error system_err"
+  output = example("event_loop.lua")
+  check.equal("event_loop: a failure in its place", select(2, output:gsub("Remote system error", "")), 1)
+  shell.tell "clear"
+end
+
 -- The page of fifteen tables: each daemon's, by the names of its fields.
 local dashboard = example("dashboard.cgi")
 check.equal("dashboard: tables", { select(2, dashboard:gsub("<h2>", "")), select(2, dashboard:gsub("<table>", "")) },
@@ -89,6 +105,13 @@ dashboard = example("dashboard.cgi")
 check.equal("dashboard: one daemon's end", { select(2, dashboard:gsub("<table>", "")),
   dashboard:match('<h2>Loop detection by port</h2>\n<p role="alert">(.-) %[RPC') }, { 14,
   "oltmib_lpdet_portinfo_getn_1 (service lpdet, program 50018): the daemon has not registered with the port mapper" })
+shell.tell "fault oltmib_portinfo_getn_1 after=3 drop"
+dashboard = example("dashboard.cgi")
+check.equal("dashboard: one daemon's silence", { select(2, dashboard:gsub("<table>", "")),
+  dashboard:match('<h2>Ports</h2>\n<p role="alert">(.-)</p>'), dashboard:match("<td>(ge3)</td>"),
+  dashboard:match("<td>ge4</td>") }, { 14,
+  "oltmib_portinfo_getn_1: expected the end within 1 seconds, found 3 rows and no end", "ge3" })
+shell.tell "clear"
 gives("page.cgi", "Status: 503 Service Unavailable\r\n" .. html("lpdet_portinfo", "<p>oltmib_lpdet_portinfo_getn_1 "
   .. "(service lpdet, program 50018): the daemon has not registered with the port mapper [RPC: Program not registered]"
   .. "</p>\n"), "127.0.0.1: RPC: Program not registered\n", 0, "QUERY_STRING=table=lpdet_portinfo")

@@ -56,6 +56,9 @@ void write_files(const fs::path& source, const fs::path& out)
     }
     put_file(out / "docs/reference/README.md", write_reference_index);
     put_file(out / "docs/reference/librpc.lua", write_annotations);
+    for (const AnnotatedModule* module = annotated_modules; module->name; module++)
+        put_file(out / "docs/reference/librpc" / (std::string(module->name) + ".lua"),
+                 [module](auto& to) { write_module_annotations(to, *module); });
     put_file(out / "docs/reference/names.lua", write_empty_names);
     put_file(out / "tools/wireshark/librpc.lua", [&](auto& to) {
         write_dissector_data(to);

@@ -21,6 +21,15 @@ void write_reference_index(std::ostream& out);
 // LuaLS annotations: docs/reference/librpc.lua.
 void write_annotations(std::ostream& out);
 
+// The same of a module beside librpc: docs/reference/librpc/NAME.lua.
+struct AnnotatedModule {
+    const char* name;
+    void (*write_derived)(std::ostream& out); // what comes from the description, or null
+    const char* text;                         // the rest
+};
+extern const AnnotatedModule annotated_modules[]; // the last one has no name
+void write_module_annotations(std::ostream& out, const AnnotatedModule& module);
+
 // A file of names with nothing filled in: docs/reference/names.lua.
 void write_empty_names(std::ostream& out);
 

@@ -235,8 +235,9 @@ A page a service, in the order in which the library registers them:
             << service->program << " | " << count << " |\n";
     }
     out << "\n"
-        << all << R"( APIs in all. [librpc.lua](librpc.lua) holds the same for editors that know LuaLS annotations:
-add this folder to `workspace.library`, and the editor completes API names and fields.
+        << all << R"( APIs in all. [librpc.lua](librpc.lua) holds the same for editors that know LuaLS annotations, and
+[librpc/](librpc) the modules beside it: add this folder to `workspace.library`, and the editor completes API names,
+fields and functions.
 
 ## How to read a page
 

@@ -1,0 +1,112 @@
+// The benchmark's slow daemons: every service's program, each on a socket of its
+// own, each reply so many milliseconds after its call; one may be silent. They say
+// "ready" once the port mapper knows them.
+//
+//     bench_slow_daemon MS [SILENT_SERVICE]
+#include <algorithm>
+#include <arpa/inet.h>
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <ctime>
+#include <deque>
+#include <poll.h>
+#include <rpc/pmap_clnt.h>
+#include <string>
+#include <sys/socket.h>
+#include <unistd.h>
+#include <vector>
+
+#include "common/service.h"
+#include "rpc/client.h"
+
+namespace
+{
+constexpr unsigned call_units = 10, reply_units = 6; // headers, with empty verifiers
+
+struct Reply {
+    double due;
+    int fd;
+    sockaddr_in to;
+    std::vector<uint32_t> units;
+};
+
+double milliseconds()
+{
+    timespec now;
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    return static_cast<double>(now.tv_sec) * 1e3 + static_cast<double>(now.tv_nsec) / 1e6;
+}
+
+[[noreturn]] void give_up(const char* what)
+{
+    fprintf(stderr, "bench_slow_daemon: %s: expected success, found %s\n", what, strerror(errno));
+    exit(1);
+}
+
+int open_socket(const Service& service)
+{
+    const int fd = socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+    sockaddr_in address = {};
+    socklen_t size = sizeof address;
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    if (fd < 0 || bind(fd, reinterpret_cast<sockaddr*>(&address), size) != 0 ||
+        getsockname(fd, reinterpret_cast<sockaddr*>(&address), &size) != 0)
+        give_up("socket on 127.0.0.1");
+    pmap_unset(service.program, server_version);
+    if (!pmap_set(service.program, server_version, IPPROTO_UDP, ntohs(address.sin_port)))
+        give_up(service.name);
+    return fd;
+}
+
+// The echo of a call: an accepted reply whose body is the call's, as long as the
+// procedure's reply.
+std::vector<uint32_t> reply_to(const Service& service, std::vector<uint32_t> call)
+{
+    unsigned body = 1;
+    for (const Api& api : service)
+        if (api.procedure == ntohl(call[5]) && api.reply)
+            body = api.reply->units;
+    std::vector<uint32_t> reply = {call[0], htonl(REPLY), htonl(MSG_ACCEPTED), 0, 0, htonl(SUCCESS)};
+    call.resize(call_units + body);
+    reply.insert(reply.end(), call.begin() + call_units, call.end());
+    return reply;
+}
+} // namespace
+
+int main(int count, char** argument)
+{
+    const double delay = count > 1 ? atof(argument[1]) : 0;
+    const std::string silent = count > 2 ? argument[2] : "";
+    std::vector<pollfd> sockets;
+    for (const Service* service : all_services)
+        sockets.push_back({open_socket(*service), POLLIN, 0});
+    puts("ready");
+    fflush(stdout);
+    std::deque<Reply> waiting; // all wait equally long
+    for (;;) {
+        const double left = waiting.empty() ? -1 : waiting.front().due - milliseconds();
+        timespec time = {0, static_cast<long>(std::max(left, 0.0) * 1e6)};
+        ppoll(sockets.data(), sockets.size(), waiting.empty() ? nullptr : &time, nullptr);
+        while (!waiting.empty() && waiting.front().due <= milliseconds()) {
+            const Reply& one = waiting.front();
+            sendto(one.fd, one.units.data(), sizeof(uint32_t) * one.units.size(), 0,
+                   reinterpret_cast<const sockaddr*>(&one.to), sizeof one.to);
+            waiting.pop_front();
+        }
+        for (size_t i = 0; i < sockets.size(); i++) {
+            std::vector<uint32_t> units(datagram_units);
+            Reply reply = {milliseconds() + delay, sockets[i].fd, {}, {}};
+            socklen_t size = sizeof reply.to;
+            const ssize_t got = recvfrom(reply.fd, units.data(), sizeof(uint32_t) * units.size(), MSG_DONTWAIT,
+                                         reinterpret_cast<sockaddr*>(&reply.to), &size);
+            if (got < static_cast<ssize_t>(sizeof(uint32_t) * call_units) || silent == all_services[i]->name)
+                continue;
+            units.resize(static_cast<size_t>(got) / sizeof(uint32_t));
+            reply.units = reply_to(*all_services[i], units);
+            waiting.push_back(reply);
+        }
+    }
+}

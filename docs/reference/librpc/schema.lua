@@ -1,0 +1,172 @@
+---@meta librpc.schema
+-- Annotations for editors (LuaLS); nothing loads this file.
+-- Made by the target `describe`; change tools/describe/module_annotations.cpp instead.
+
+---Every table.
+---@alias librpc.table
+---| "erpsinst" # erpsinfo
+---| "erpsring" # erpsinfo
+---| "erpsprof" # erpsinfo
+---| "erpsstate" # erpsinfo
+---| "lldpcfg" # erpsinfo
+---| "lldpifcfg" # erpsinfo
+---| "lldpifnei" # erpsinfo
+---| "lldpifstat" # erpsinfo
+---| "portinfo" # nsminfo
+---| "vlaninfo" # nsminfo
+---| "vlanbitmapinfo" # nsminfo
+---| "sptmode" # nsminfo
+---| "portstat" # nsminfo
+---| "cvlan_table" # nsminfo
+---| "p2p_svlan_table" # nsminfo
+---| "portrate" # nsminfo
+---| "pminfo" # nsminfo
+---| "ratelimitinfo" # nsminfo
+---| "stormcontrolinfo" # nsminfo
+---| "acl" # nsminfo
+---| "aclif" # nsminfo
+---| "qoscfg" # nsminfo
+---| "queueweight" # nsminfo
+---| "cos2dscp" # nsminfo
+---| "cos2queue" # nsminfo
+---| "dscp2cos" # nsminfo
+---| "dscp2dscp" # nsminfo
+---| "dscp2queue" # nsminfo
+---| "class" # nsminfo
+---| "policy" # nsminfo
+---| "qostrustif" # nsminfo
+---| "qospolicyif" # nsminfo
+---| "qosifcfg" # nsminfo
+---| "fdbparam" # nsminfo
+---| "fdb_dynamic" # nsminfo
+---| "fdb" # nsminfo
+---| "ag" # nsminfo
+---| "agsys" # nsminfo
+---| "stpifstatus" # nsminfo
+---| "vlanvpn" # nsminfo
+---| "vlanvpnif" # nsminfo
+---| "svi" # nsminfo
+---| "arp" # nsminfo
+---| "sarp" # nsminfo
+---| "optical" # nsminfo
+---| "opticaldetail" # nsminfo
+---| "nsm" # nsminfo
+---| "cabledetect" # nsminfo
+---| "errdisable" # nsminfo
+---| "errdisportinfo" # nsminfo
+---| "dosglobal" # nsminfo
+---| "dosif" # nsminfo
+---| "dnserver" # nsminfo
+---| "dnsdomain" # nsminfo
+---| "dnshost" # nsminfo
+---| "devinfo" # devinfo
+---| "devcapbool" # devinfo
+---| "devcapint" # devinfo
+---| "devcapstr" # devinfo
+---| "libconfbool" # devinfo
+---| "libconfint" # devinfo
+---| "libconfstr" # devinfo
+---| "accesslog" # devinfo
+---| "mgmtvlan" # hslinfo
+---| "portintfmode" # hslinfo
+---| "dyinggasp_support" # hslinfo
+---| "dyinggasp" # hslinfo
+---| "portinbandan" # hslinfo
+---| "mbaserial" # hslinfo
+---| "mbainst" # hslinfo
+---| "mbainststate" # hslinfo
+---| "mbaserialstatis" # hslinfo
+---| "mbainststatis" # hslinfo
+---| "telnet" # hostpdinfo
+---| "web" # hostpdinfo
+---| "snmp_community" # hostpdinfo
+---| "snmp_srv" # hostpdinfo
+---| "account" # hostpdinfo
+---| "ntp" # hostpdinfo
+---| "snmp_view" # hostpdinfo
+---| "snmp_group" # hostpdinfo
+---| "snmp_user" # hostpdinfo
+---| "snmp_host" # hostpdinfo
+---| "ssh" # hostpdinfo
+---| "dhcpdinfo" # hostpdinfo
+---| "sysloginfo" # hostpdinfo
+---| "syslogremote" # hostpdinfo
+---| "alert" # hostpdinfo
+---| "igmpsnp" # igmpsnpinfo
+---| "igmpsnp_mrouter" # igmpsnpinfo
+---| "igmpsnp_static_grp" # igmpsnpinfo
+---| "igmpsnp_grp" # igmpsnpinfo
+---| "igmpsnp_fastleave" # igmpsnpinfo
+---| "mstp_global" # mstpinfo
+---| "mstp_mst" # mstpinfo
+---| "mstp_inst" # mstpinfo
+---| "mstp_if" # mstpinfo
+---| "mstp_ifstate" # mstpinfo
+---| "mstp_reset_if_detect" # mstpinfo
+---| "poeconf" # nsmextinfo
+---| "poeifconf" # nsmextinfo
+---| "poeinfo" # nsmextinfo
+---| "poeifinfo" # nsmextinfo
+---| "nsmauthmac" # nsmextinfo
+---| "nsmps" # nsmextinfo
+---| "nsmpsmac" # nsmextinfo
+---| "nsmpsstate" # nsmextinfo
+---| "nsmpsmacstate" # nsmextinfo
+---| "nsmipsgif" # nsmextinfo
+---| "nsmipsguser" # nsmextinfo
+---| "auth_global" # auth
+---| "d1x_pcfg" # auth
+---| "d1x_pst" # auth
+---| "macauth_pcfg" # auth
+---| "macauth_user" # auth
+---| "radglobal" # auth
+---| "radsrv" # auth
+---| "route" # ribinfo
+---| "vrrp_ssconf" # vrrpinfo
+---| "vrrp_ssstate" # vrrpinfo
+---| "sdsminfo" # sdsminfo
+---| "ioctlinfo" # ipcminfo
+---| "dhcpsnp" # dhcpsnp
+---| "lpdet_global" # lpdet
+---| "lpdet_portinfo" # lpdet
+
+---A field of an argument's or a reply's text.
+---@class librpc.schema.position
+---@field name string
+---@field kind "int"|"unsigned"|"text"|"mac"|"bytes"|"hex"|"list"|"real"|"counter"|"skip"
+---@field size? integer
+---@field longest? integer # of a list's text
+---@field least? integer # of a list's numbers
+---@field most? integer
+
+---@class librpc.schema.api
+---@field name librpc.api
+---@field service string
+---@field program integer
+---@field procedure integer
+---@field operation "get"|"getn"|"set"|"other"
+---@field table librpc.table|string
+---@field request string # the record's name, or "void"
+---@field reply string # the record's name, or "int"
+---@field input librpc.schema.position[]
+---@field output? librpc.schema.position[] # none of a set
+---@field delimiters string
+---@field separator? string
+---@field longest? integer # characters of a reply
+---@field status? { kind: "int"|"little"|"big", rest: string }
+
+---@class librpc.schema.service
+---@field name string
+---@field title string
+---@field program integer
+
+---@class librpc.schema
+---@field apis librpc.schema.api[] # in the order of registration
+---@field services librpc.schema.service[]
+local schema = {}
+
+---@param name librpc.api|string
+---@return librpc.schema.api?
+function schema.api(name) end
+
+return schema

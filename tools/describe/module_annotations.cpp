@@ -139,11 +139,17 @@ constexpr char schema[] = R"(---A field of an argument's or a reply's text.
 ---@class librpc.schema
 ---@field apis librpc.schema.api[] # in the order of registration
 ---@field services librpc.schema.service[]
+---@field kinds table<string, string> # what is to be said of each kind of text
 local schema = {}
 
 ---@param name librpc.api|string
 ---@return librpc.schema.api?
 function schema.api(name) end
+
+---The table's APIs by their operation.
+---@param name string
+---@return table<string, librpc.schema.api>?
+function schema.table(name) end
 
 return schema
 )";

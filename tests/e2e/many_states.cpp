@@ -9,7 +9,7 @@
 namespace
 {
 constexpr int warm_up = 50, states = 1000;
-constexpr long slack = 32 << 10; // what the allocator caches; grows no further with more states
+constexpr long slack = 64 << 10; // what the allocator caches; grows no further with more states
 
 int entries(const char* folder)
 {

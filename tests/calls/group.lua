@@ -486,7 +486,8 @@ case "an_inherited_group_is_dead_in_the_child_and_alive_in_the_parent" (function
   local child = process.fork()
   if child == 0 then
     local ok, message = pcall(function()
-      equal(host.descriptors() <= before, true, "no descriptor of the group in the child") -- valgrind closes one of its own
+      -- valgrind closes one of its own
+      equal(host.descriptors() <= before, true, "no descriptor of the group in the child")
       for _ in group:finished() do
         error("the ends are the parent's")
       end

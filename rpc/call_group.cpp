@@ -17,6 +17,7 @@ constexpr int most_turns = 32;     // batches that one lane receives before the 
 constexpr int most_a_batch = 8;    // datagrams that are sent or received in one go
 constexpr size_t batch_units = 3 * datagram_units;
 constexpr int64_t usual_receive_ms = socket_wait_ms(TIMEOUT);
+constexpr int64_t blind_ms = 20;         // between looks at sockets that could not be watched
 constexpr int64_t least_receive_ms = 50; // less is not worth a socket's own receive
 
 rpc_err error_of(enum clnt_stat status, int number = 0)
@@ -518,13 +519,15 @@ void CallGroup::close_in_child()
     timer.close();
 }
 
-void CallGroup::watch(int fd) const
+bool CallGroup::watch(int fd)
 {
     if (!epoll.is_open())
-        return;
+        return true;
     epoll_event event = {};
     event.events = EPOLLIN;
-    epoll_ctl(epoll.fd, EPOLL_CTL_ADD, fd, &event);
+    const bool is_watched = epoll_ctl(epoll.fd, EPOLL_CTL_ADD, fd, &event) == 0;
+    is_blind |= !is_watched;
+    return is_watched;
 }
 
 int CallGroup::descriptor()
@@ -533,11 +536,12 @@ int CallGroup::descriptor()
         return epoll.fd;
     if (!epoll.take(epoll_create1(EPOLL_CLOEXEC)))
         return -1;
-    if (!timer.take(timerfd_create(CLOCK_MONOTONIC, TFD_CLOEXEC | TFD_NONBLOCK))) {
+    if (!timer.take(timerfd_create(CLOCK_MONOTONIC, TFD_CLOEXEC | TFD_NONBLOCK)) || !watch(timer.fd)) {
+        timer.close();
         epoll.close();
         return -1;
     }
-    watch(timer.fd);
+    is_blind = false;
     for (Lane* lane = lanes; lane; lane = lane->next) {
         if (lane->asks)
             watch(lane->query.fd());
@@ -549,11 +553,15 @@ int CallGroup::descriptor()
 
 void CallGroup::set_alarm(Deadline due)
 {
-    if (!timer.is_open() || due.at == alarm.at)
+    if (!timer.is_open())
+        return;
+    if (is_blind && !due.is_never())
+        due = due.or_sooner(Deadline::after(blind_ms));
+    if (due.at == alarm.at)
         return;
     alarm = due;
     itimerspec when = {};
-    if (due.at < INT64_MAX) {
+    if (!due.is_never()) {
         const int64_t left = due.left();
         when.it_value.tv_sec = left > 0 ? left / ms_of_second : 0;
         when.it_value.tv_nsec = left > 0 ? left % ms_of_second * 1000000 : 1;

@@ -137,13 +137,14 @@ class CallGroup
     void fail_sent(Lane& lane, const GroupFailure& failure);
     void lose(Lane& lane, const rpc_err& error);
     void close(Lane& lane, bool failed);
-    void watch(int fd) const;
+    bool watch(int fd); // false, with errno, where the kernel has no room for it
 
     const GroupOwner owner;
     const LaneClients clients;
     Lane* lanes = nullptr;
     size_t open_calls = 0;
     bool is_gathering = false;
+    bool is_blind = false; // a socket could not be watched: the alarm tells to look
     Deadline bound = {0}; // no open call's deadline is before
     Deadline alarm = {INT64_MAX};
     Descriptor epoll, timer;

@@ -125,7 +125,7 @@ done
 for target in arguments replies exchange tables helpers; do
 	echo "dev_cross: $arch: fuzz $target"
 	# shellcheck disable=SC2086
-	$emulated "$build/tests/fuzz/fuzz_$target" "tests/fuzz/corpus/$target" || failed=$((failed + 1))
+	$emulated "$build/tests/fuzz/fuzz_$target" "tests/fuzz/corpus/$target.kept" || failed=$((failed + 1))
 done
 
 # The end-to-end tests, with that machine's Lua and library.

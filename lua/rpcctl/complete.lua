@@ -45,8 +45,13 @@ local function field_words(line, typed, take, want)
     if want(field) then
       if name and (name == field.name or name == field.field) then
         local operator = typed:match("^[^=!<>~]+([!<>=~]+)")
-        for _, word in pairs(field.values or {}) do
-          take(name .. operator .. word)
+        local numbers = {}
+        for number in pairs(field.values or {}) do
+          numbers[#numbers + 1] = number
+        end
+        table.sort(numbers)
+        for _, number in ipairs(numbers) do
+          take(name .. operator .. field.values[number])
         end
       elseif not name then
         take(field.name .. "=", field.title ~= field.name and field.title or nil)

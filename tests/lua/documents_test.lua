@@ -9,7 +9,7 @@ local check = require "check"
 local shell = require "shell"
 
 local source = os.getenv("LIBRPC_TEST_SOURCE")
-local prefix = ("cd %s; PATH=%s/lua:$PATH; "):format(source, source)
+local prefix = ("cd %s; PATH=%s/bin:$PATH; "):format(source, source)
 
 local function printed(command)
   return (shell.run("{ " .. prefix .. command .. "\n} 2>&1"))

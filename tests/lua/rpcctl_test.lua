@@ -4,12 +4,12 @@ local golden = require "golden"
 local shell = require "shell"
 
 local function rpcctl(arguments)
-  return shell.run(shell.interpreter .. " " .. os.getenv("LIBRPC_TEST_SOURCE") .. "/lua/rpcctl " .. arguments)
+  return shell.run(shell.interpreter .. " " .. os.getenv("LIBRPC_TEST_SOURCE") .. "/bin/rpcctl " .. arguments)
 end
 
 -- As on a terminal: script gives the command one, and its lines end in "\r\n".
 local function on_terminal(arguments, environment)
-  local command = shell.interpreter .. " " .. os.getenv("LIBRPC_TEST_SOURCE") .. "/lua/rpcctl " .. arguments
+  local command = shell.interpreter .. " " .. os.getenv("LIBRPC_TEST_SOURCE") .. "/bin/rpcctl " .. arguments
   local output = shell.run(("TERM=xterm %s script -qec '%s' /dev/null"):format(environment or "", command))
   return (output:gsub("\r\n", "\n"))
 end
@@ -170,7 +170,7 @@ succeeds("--complete describe oltmib_svi", "oltmib_svi_get_1\noltmib_svi_getn_1\
 succeeds("--complete rows portr", "portrate\n")
 succeeds("--complete set portr", "\n")
 output = shell.run([[bash -c 'source $LIBRPC_TEST_SOURCE/completion/rpcctl.bash
-  rpcctl() { ]] .. shell.interpreter .. [[ "$LIBRPC_TEST_SOURCE/lua/rpcctl" "$@"; }; compopt() { echo "$@"; }
+  rpcctl() { ]] .. shell.interpreter .. [[ "$LIBRPC_TEST_SOURCE/bin/rpcctl" "$@"; }; compopt() { echo "$@"; }
   complete_line() { COMP_LINE=$1 COMP_POINT=${#1}; _rpcctl; echo "${COMPREPLY[@]}"; }
   complete_line "rpcctl get portin"; complete_line "rpcctl set svi na"; complete_line "rpcctl rows svi --l"']])
 check.equal("completion in bash", output, "portinfo portintfmode portinbandan\n-o nospace\nname=\n--limit\n")

@@ -6,7 +6,7 @@ local status = require "librpc.status"
 
 shell.tell "fault nsminfo drop"
 local rpcctl = io.popen(shell.interpreter
-  .. " $LIBRPC_TEST_SOURCE/lua/rpcctl get svi field1=1 2>&1; echo $?") -- waits while we do
+  .. " $LIBRPC_TEST_SOURCE/bin/rpcctl get svi field1=1 2>&1; echo $?") -- waits while we do
 
 local code, sentence
 if not jit then -- whose interpreter's handler ends the process as it likes

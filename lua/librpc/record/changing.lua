@@ -130,9 +130,10 @@ local function send(set, view, texts, seconds)
   return calling.row_of(set, view, reply)
 end
 
--- What both change and add begin with: the APIs, the view, the set, the key, the
--- seconds of each call; nil, a message and a code.
-local function open(where, name, given, key, options, types)
+-- What both change and add begin with: the APIs, the view, the set, the key (`among`
+-- the fields that are given, or its own), the seconds of each call; nil, a message and
+-- a code.
+local function open(where, name, given, key, among, options, types)
   local apis, view, table_name = reading.open(name)
   if not apis then
     return nil, view, table_name
@@ -150,7 +151,7 @@ local function open(where, name, given, key, options, types)
   if not text then
     return nil, message, code
   end
-  if key == nil then
+  if among then
     key, message, code = key_among(apis, view, table_name, given)
   else
     key, message, code = reading.checked_key(apis, view, table_name, key)
@@ -168,14 +169,14 @@ end
 
 -- Changes some fields of one row: reads the row of `key`, puts the changes in and
 -- sends all of it back. The status of the set, and what differs from the row as it
--- was read: by field { before, after }. With two arguments, or a key that is nil,
--- the key is among the fields. Options:
+-- was read: by field { before, after }. Without changes the key is among the fields.
+-- Options:
 --   only          the others are sent as 0 or empty, whatever the row has
 --   dry_run       nothing is sent: the status is false
 --   call_seconds  that each call may take
 function changing.change(name, key, changes, options)
   local given = changes == nil and key or changes
-  local at, message, code = open("record.change", name, given, changes ~= nil and key or nil, options, change_options)
+  local at, message, code = open("record.change", name, given, key, changes == nil, options, change_options)
   if not at then
     return nil, message, code
   end
@@ -210,7 +211,7 @@ end
 -- of that key. The status of the set, and what the row got: by field { after }.
 -- Options as of change, but for `only`.
 function changing.add(name, fields, options)
-  local at, message, code = open("record.add", name, fields, nil, options, add_options)
+  local at, message, code = open("record.add", name, fields, nil, true, options, add_options)
   if not at then
     return nil, message, code
   end

@@ -120,7 +120,7 @@ local is_late = { timed_out = true, not_sent = true }
 
 -- Ends it because a call had no reply.
 function Walk:fail_call(message, code, details)
-  if self:left() == 0 and is_late[code] then
+  if self.deadline and is_late[code] and not (self.call_seconds and self:left() > 0) then
     return self:fail_late()
   end
   return self:fail(nil, message, code, details)

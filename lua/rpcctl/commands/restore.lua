@@ -69,9 +69,9 @@ local function bring(entry, now, options)
       fields[position.name] = entry.values[position.name]
     end
   end
-  local status, message, code = record.change(this.name, nil, fields, call)
+  local status, message, code = record.change(this.name, fields, nil, call)
   if code == "not_carried" then
-    status, message, code = record.change(this.name, nil, emptied(entry, fields), call)
+    status, message, code = record.change(this.name, emptied(entry, fields), nil, call)
   end
   if status == nil then
     return nil, message, code

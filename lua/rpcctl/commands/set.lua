@@ -113,7 +113,7 @@ return {
             all[name] = value
           end
         end
-        status, changed, code = record.change(this.name, nil, all, call)
+        status, changed, code = record.change(this.name, all, nil, call)
       else
         status, changed, code = record.change(this.name, fields, nil, call)
       end

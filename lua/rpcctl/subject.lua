@@ -19,11 +19,10 @@ Subject.__index = Subject
 --   columns             those of the fields that replies have
 --   command             the name of the command, for messages
 function subject.open(command, name)
-  local api = ending.need(tables.operations(name) and select(2, next(tables.operations(name)))
-    or require("librpc.schema").api(name) or select(2, next(ending.need(tables.apis_of(name)))))
-  local self = setmetatable({ command = command, name = api.table, apis = tables.apis_of(api.table) }, Subject)
-  self.view = ending.need(names.view(api.table))
-  self.fields = ending.need(names.fields(api.table))
+  local apis = ending.need(tables.apis_of(name))
+  local self = setmetatable({ command = command, name = select(2, next(apis)).table, apis = apis }, Subject)
+  self.view = ending.need(names.view(self.name))
+  self.fields = ending.need(names.fields(self.name))
   self.by_name, self.columns, self.key = {}, {}, {}
   local reader = self.apis.get or self.apis.getn or self.apis.other
   local replies = {}
@@ -169,11 +168,14 @@ end
 function Subject:each(filters, options, take)
   local getn = self.apis.getn
   local key = self:key_in(filters)
-  -- one call where one will do; of a table that nobody told the key of, a walk tells more
-  if not getn or key and self.key_told and self.apis.get and not options.after then
-    return self:one(key, filters, options, take)
+  if not getn or key and self.apis.get and not options.after then
+    local found, message, code = self:one(key, filters, options, take)
+    if found ~= false then
+      return found, message, code
+    elseif not getn or self.key_told then
+      return true
+    end -- nobody told the key of this table: a walk tells more
   end
-  local last
   local settings = { call_seconds = options.call_seconds, limit = 1e9 }
   function settings.each(row)
     if options.ending and options.ending.matches(row) then
@@ -187,8 +189,7 @@ function Subject:each(filters, options, take)
         "usage"
     end
     function settings.done(row)
-      last = options.ending.matches(row)
-      return last
+      return options.ending.matches(row)
     end
   end
   local rows, message, code = record.rows(getn.name, options.after, settings)
@@ -198,7 +199,7 @@ function Subject:each(filters, options, take)
   return true
 end
 
--- The one row of a key.
+-- The one row of a key; false where there is none.
 function Subject:one(key, filters, options, take)
   if options.after then
     return nil, ("%s: expected a table that is walked, for --after, found no getn"):format(self.name), "usage"
@@ -207,9 +208,11 @@ function Subject:one(key, filters, options, take)
   elseif not key then
     return nil, self:key_missing(), "no_key"
   end
-  local row, message, code, given = record.get(self.name, key, { call_seconds = options.call_seconds })
-  if not row then
-    return nil, message, code, given
+  local row, message, code = record.get(self.name, key, { call_seconds = options.call_seconds })
+  if code == "no_row" or code == "other_row" and not self.key_told then
+    return false
+  elseif not row then
+    return nil, message, code
   elseif matches(filters, row) then
     take(row)
   end

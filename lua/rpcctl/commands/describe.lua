@@ -69,7 +69,7 @@ return {
   examples = { { "rpcctl describe portinfo", "which fields a port has, and how each is written" } },
   run = function(words, options)
     local api = schema.api(words[1])
-    local apis, list = ending.need(api and tables.apis_of(api.table) or tables.apis_of(words[1])), {}
+    local apis, list = ending.need(tables.apis_of(words[1])), {}
     for _, operation in ipairs { "get", "getn", "set", "other" } do
       list[#list + 1] = (not api or apis[operation] == api) and apis[operation] or nil
     end

@@ -55,10 +55,13 @@ return {
           wrong[#wrong + 1] = one.service .. " " .. one.state
         end
       end
-      ending.give_up(("health: expected all services to be well, found %s"):format(
+      local message = ("health: expected all services to be well, found %s"):format(
         #wrong == #list and "none" or table.concat(wrong, ", "))
-        .. (first.code == "no_portmapper" and " (" .. output.printable(first.details.reason or "") .. ")" or ""),
-        first.code)
+      if first.code == "no_portmapper" then
+        ending.give_up(message .. " (" .. output.printable(first.details.reason or "") .. ")", first.code)
+      end
+      ending.complain(message)
+      ending.leave(exits.of(first.code))
     end
   end,
 }

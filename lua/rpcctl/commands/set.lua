@@ -117,7 +117,13 @@ return {
       else
         status, changed, code = record.change(this.name, fields, nil, call)
       end
-      if status == nil then
+      if code == "no_row" then
+        local asked = {}
+        for i, field in ipairs(this.key) do
+          asked[i] = field.name .. "=" .. this:shown(field, (key or fields)[field.field])
+        end
+        ending.give_up(("set: %s: expected a row with %s, found none"):format(this.name, table.concat(asked, " ")), code)
+      elseif status == nil then
         ending.give_up(changed, code)
       end
       changes.check_status(api, status)

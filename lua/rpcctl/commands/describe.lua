@@ -1,6 +1,7 @@
 -- rpcctl describe: a table's fields, what they take and where they stand.
 local ending = require "rpcctl.ending"
 local names = require "librpc.names"
+local options = require "rpcctl.options"
 local output = require "rpcctl.output"
 local schema = require "librpc.schema"
 local tables = require "librpc.record.tables"
@@ -52,6 +53,53 @@ local function print_lines(rows)
   ending.write(output.lines(rows, { aligned = people, coloured = people and terminal.is_coloured() }))
 end
 
+-- The lines of fields, the last cells in as many lines as they need on a terminal.
+local function folded(rows)
+  if not terminal.is(1) then
+    return rows
+  end
+  local left, list = terminal.size(), {}
+  for i = 1, #rows[1] - 1 do
+    local widest = 0
+    for _, row in ipairs(rows) do
+      widest = math.max(widest, output.width(type(row[i]) == "table" and row[i][1] or row[i]))
+    end
+    left = left - widest - 2
+  end
+  for _, row in ipairs(rows) do
+    list[#list + 1] = row
+    local last = row[#row]
+    local lines = type(last) == "string" and options.wrapped(last, "", math.max(left, 20)) or ""
+    for line in lines:gmatch("[^\n]+") do
+      if row[#row] ~= last then
+        row = {}
+        for i = 1, #rows[1] - 1 do
+          row[i] = ""
+        end
+        list[#list + 1] = row
+      end
+      row[#rows[1]], last = line, nil
+    end
+  end
+  return list
+end
+
+-- The lines of APIs without their records' names where a terminal is too narrow.
+local function without_records(rows)
+  if terminal.is(1) then
+    local columns = terminal.size()
+    for line in output.lines(rows, { aligned = true }):gmatch("[^\n]+") do
+      if output.width(line) > columns then
+        for _, row in ipairs(rows) do
+          row[7], row[6] = nil, nil
+        end
+        break
+      end
+    end
+  end
+  return rows
+end
+
 local function header(...)
   local cells = {}
   for i, name in ipairs { ... } do
@@ -67,13 +115,13 @@ return {
   arguments = { { "TABLE", what = "table or API" } },
   options = { { "json", nil, "print the schema of the APIs as JSON" } },
   examples = { { "rpcctl describe portinfo", "which fields a port has, and how each is written" } },
-  run = function(words, options)
+  run = function(words, given)
     local api = schema.api(words[1])
     local apis, list = ending.need(tables.apis_of(words[1])), {}
     for _, operation in ipairs { "get", "getn", "set", "other" } do
       list[#list + 1] = (not api or apis[operation] == api) and apis[operation] or nil
     end
-    if options.json then
+    if given.json then
       return ending.write(output.json(list, { "name", "service", "program", "procedure", "operation", "table",
         "request", "reply", "delimiters", "separator", "longest", "input", "output", "status" }), "\n")
     end
@@ -82,7 +130,7 @@ return {
       rows[#rows + 1] = { one.name, one.operation, one.service, tostring(one.program), tostring(one.procedure),
         one.request, one.reply }
     end
-    print_lines(rows)
+    print_lines(without_records(rows))
     local input, reply = {}, nil
     for _, one in ipairs(list) do
       input = #one.input > #input and one.input or input
@@ -107,6 +155,6 @@ return {
       end
     end
     ending.write("\n")
-    print_lines(rows)
+    print_lines(folded(rows))
   end,
 }

@@ -43,21 +43,19 @@ local function is_changed(column, row, now, before)
   return before and (not old or output.cell(old[column.name]) ~= output.cell(row[column.name]))
 end
 
--- The columns of the fields, each counter's rate behind them. `state` has the two
+-- The columns of the fields, behind each counter its rate. `state` has the two
 -- readings that they look at.
 local function columns_of(chosen, state, mark)
   local columns = {}
-  for i, field in ipairs(chosen) do
+  for _, field in ipairs(chosen) do
     local column = setmetatable({}, { __index = field })
     function column.style(row)
       return mark and is_changed(field, row, state.now, state.before) and "changed"
     end
-    columns[i] = column
-  end
-  for _, field in ipairs(chosen) do
+    columns[#columns + 1] = column
     if field.reply.kind == "counter" then
       columns[#columns + 1] = {
-        name = field.name .. "/s", rate = true,
+        name = field.name .. "/s",
         of = function(row)
           return rate_of(field.name, row, state.now, state.before)
         end,
@@ -68,15 +66,15 @@ local function columns_of(chosen, state, mark)
 end
 
 -- On a terminal: the rows that there is room for, in place.
-local function draw(this, state, columns, settings, interval, message)
+local function draw(this, state, columns, settings, note)
   local room, height = terminal.size()
   local lines, left_out = formats.screen(columns, state.now.rows, settings, room)
-  local title = ("%s  every %.14g s  %s  q ends"):format(this.name, interval, os.date("%Y-%m-%d %H:%M:%S"))
+  local title = ("%s  %s  %s"):format(this.name, os.date("%Y-%m-%d %H:%M:%S"), note.title)
   table.insert(lines, 1, output.fitted(title, room) .. "\n")
   table.insert(lines, 2, "\n")
   local notes = {}
-  if message then
-    notes[#notes + 1] = output.printable(message)
+  if note.message then
+    notes[#notes + 1] = output.printable(note.message)
   end
   if left_out[1] then
     notes[#notes + 1] = "not shown for want of room: " .. table.concat(left_out, " ")
@@ -149,7 +147,8 @@ local function run(this, wanted, options, listening)
       state.now, state.before = now, state.now
     end
     if screen then
-      draw(this, state, columns, shown, interval, message)
+      draw(this, state, columns, shown, { message = message,
+        title = ("every %.14g s"):format(interval) .. (listening and ", q ends" or "") })
     elseif now then
       tell(state, writer)
     end
@@ -170,7 +169,7 @@ return {
   name = "watch",
   summary = "show a table again and again, what changed, and how fast counters grow",
   details = "On a terminal the table is refreshed in place, and q or Ctrl-C ends it. In a pipe, a row a line: the time; "
-    .. "row (as it is at the start), changed, new or gone; the fields; each counter's growth a second. A daemon that "
+    .. "row (as it is at the start), changed, new or gone; the fields, behind each counter its growth a second. A daemon that "
     .. "goes away is waited for.\nFilters are those of rows.",
   arguments = { { "TABLE", what = "rows" }, { "FILTER", many = true, optional = true, what = "filter" } },
   options = reading.all_options {

@@ -9,8 +9,8 @@ local subject = require "rpcctl.subject"
 
 local backup_file = {}
 
-local first_line = "# Settings of a device, written by rpcctl backup. A row a line: the table, its key, its other fields."
-local second_line = "# rpcctl restore sends what differs, from top to bottom; rpcctl diff shows it."
+local about = "# Settings of a device, written by rpcctl backup. A row a line: the table, its key, its "
+  .. "other fields.\n# rpcctl restore sends what differs, from top to bottom; rpcctl diff shows it."
 
 -- The line of an entry.
 function backup_file.line(entry)
@@ -23,7 +23,7 @@ end
 
 -- The lines of a file: what is not kept, then the rows.
 function backup_file.lines(notes, entries)
-  local lines = { first_line, second_line, "" }
+  local lines = { about, "" }
   for _, note in ipairs(notes) do
     lines[#lines + 1] = "# " .. output.printable(note)
   end
@@ -117,7 +117,8 @@ function backup_file.read(command, path)
       local name, words = parse(line)
       local where = ("%s: %s:%d"):format(command, path, number)
       if not name then
-        ending.give_up(("%s: expected %s, found %s"):format(where, words, require("librpc.record.problems").shown(line)),
+        ending.give_up(("%s: expected %s, found %s"):format(where, words,
+          require("librpc.record.problems").shown(line)),
           "bad_file")
       end
       local this = opened[name] or subject.open(where, name)

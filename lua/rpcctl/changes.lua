@@ -27,7 +27,8 @@ end
 function changes.print(this, changed, prefix, secrets)
   for _, change in ipairs(changes.ordered(this, changed)) do
     local field = change.field
-    ending.write(prefix or "", field.name, ": ", change.before == nil and "" or word(this, field, change.before, secrets)
+    ending.write(prefix or "", field.name, ": ", change.before == nil and "" or word(this, field, change.before,
+      secrets)
       .. " ", "-> ", word(this, field, change.after, secrets), "\n")
   end
 end

@@ -11,7 +11,7 @@ exits.statuses = {
   { name = "unknown", number = 3, meaning = "unknown API or table" },
   { name = "no_daemon", number = 4, meaning = "no daemon, or no port mapper" },
   { name = "timed_out", number = 5, meaning = "no answer in time" },
-  { name = "result", number = 6, meaning = "the daemon's own result: no such row, one that is there already, a refusal" },
+  { name = "result", number = 6, meaning = "the daemon's own result: no such row, one that is there, a refusal" },
   { name = "bad_reply", number = 7, meaning = "the daemon rejected the call or sent a bad reply" },
   { name = "different", number = 8, meaning = "diff: the settings differ" },
   { name = "interrupted", number = 130, meaning = "interrupted" },

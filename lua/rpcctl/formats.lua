@@ -58,11 +58,11 @@ end
 local function by_line(line_of)
   return function(columns, settings)
     local writer = {}
-    function writer:row(row)
+    function writer.row(_, row)
       ending.write(line_of(columns, row, settings), "\n")
       ending.flush()
     end
-    function writer:finish() end
+    function writer.finish() end
     return writer
   end
 end
@@ -79,43 +79,47 @@ local function as_is(text)
   return text
 end
 
-local function with_header(form, columns, settings, separator, quote, wanted)
-  local writer, row = form(columns, settings), nil
-  if wanted then
-    local named = {}
-    for i, column in ipairs(columns) do
-      named[i] = quote(column.name)
+-- A form of lines with a line of names above them.
+local function with_header(form, columns, settings, separator, quote)
+  local inner, writer, named = form(columns, settings), {}, {}
+  for i, column in ipairs(columns) do
+    named[i] = quote(column.name)
+  end
+  local header = table.concat(named, separator) .. "\n"
+  local function begin()
+    if header then
+      ending.write(header)
+      header = nil
     end
-    local line = table.concat(named, separator) .. "\n"
-    row = writer.row
-    function writer:row(first)
-      ending.write(line)
-      self.row = row
-      row(self, first)
-    end
-    function writer:finish()
-      if self.row ~= row then
-        ending.write(line)
-      end
-    end
+  end
+  function writer.row(_, row)
+    begin()
+    inner:row(row)
+  end
+  function writer.finish()
+    begin()
   end
   return writer
 end
 
+local tab_lines = by_line(function(columns, row, settings)
+  return joined(columns, row, settings, "\t", as_is)
+end)
+
 function forms.tsv(columns, settings)
-  return with_header(by_line(function(all, row, with)
-    return joined(all, row, with, "\t", as_is)
-  end), columns, settings, "\t", as_is, settings.header)
+  return settings.header and with_header(tab_lines, columns, settings, "\t", as_is) or tab_lines(columns, settings)
 end
 
 local function csv_quoted(text)
   return text:find('[",\r\n]') and '"' .. text:gsub('"', '""') .. '"' or text
 end
 
+local comma_lines = by_line(function(columns, row, settings)
+  return joined(columns, row, settings, ",", csv_quoted)
+end)
+
 function forms.csv(columns, settings)
-  return with_header(by_line(function(all, row, with)
-    return joined(all, row, with, ",", csv_quoted)
-  end), columns, settings, ",", csv_quoted, true)
+  return with_header(comma_lines, columns, settings, ",", csv_quoted)
 end
 
 -- A text as a word of a line of NAME=VALUE; output.cell has escaped it.
@@ -147,12 +151,12 @@ forms.jsonl = by_line(object_of)
 
 function forms.json(columns, settings)
   local writer, count = {}, 0
-  function writer:row(row)
+  function writer.row(_, row)
     ending.write(count == 0 and "[" or ",\n", object_of(columns, row, settings))
     ending.flush()
     count = count + 1
   end
-  function writer:finish()
+  function writer.finish()
     ending.write(count == 0 and "[]\n" or "]\n")
   end
   return writer
@@ -164,7 +168,7 @@ function forms.vertical(columns, settings)
     widest = math.max(widest, output.width(column.name))
   end
   local coloured = settings.people and terminal.is_coloured()
-  function writer:row(row)
+  function writer.row(_, row)
     local lines = { count > 0 and "\n" or "" }
     for _, column in ipairs(columns) do
       local cell = cell_of(column, row, settings)
@@ -182,7 +186,7 @@ function forms.vertical(columns, settings)
     ending.flush()
     count = count + 1
   end
-  function writer:finish() end
+  function writer.finish() end
   return writer
 end
 
@@ -273,7 +277,7 @@ function forms.table(columns, settings)
     waiting = nil
     ending.flush()
   end
-  function writer:row(row)
+  function writer.row(_, row)
     if instead then
       return instead:row(row)
     elseif waiting then
@@ -290,7 +294,7 @@ function forms.table(columns, settings)
     put(cells)
     ending.flush()
   end
-  function writer:finish()
+  function writer.finish()
     if waiting and (#waiting > 0 or settings.people) then
       begin()
     end

@@ -48,7 +48,8 @@ function settings.entry(this, given)
     local plain = calling.plain_value(this.view, field, value)
     local text = position and values.to_text[position.kind](plain, position, api)
     if not text then
-      return nil, select(2, calling.argument_of(api, this.view, { [this.view.name[field] or field] = value })), "bad_file"
+      local _, message = calling.argument_of(api, this.view, { [this.view.name[field] or field] = value })
+      return nil, message, "bad_file"
     end
     local words = this.view.words[field]
     entry.texts[field] = text

@@ -115,6 +115,15 @@ function Subject:assigned(words)
   return fields
 end
 
+-- Fields by the schema's names with the names that people know them by.
+function Subject:called(fields)
+  local named = {}
+  for field, value in pairs(fields) do
+    named[self.by_name[field].name] = value
+  end
+  return named
+end
+
 -- "port=3", the key of a row as a person reads it; the table's name before it where
 -- `named`.
 function Subject:key_of(row, named)
@@ -126,7 +135,7 @@ function Subject:key_of(row, named)
 end
 
 -- A value as a cell. `open`: secrets too.
-function Subject:shown(field, value, open)
+function Subject.shown(_, field, value, open)
   if field.secret and not open then
     return (value ~= nil and value ~= "") and "(set)" or ""
   end
@@ -185,7 +194,8 @@ function Subject:each(filters, options, take)
   end
   if not tables.has_output(getn, self.view.res) then
     if not options.ending then
-      return nil, getn.name .. ": expected --end FIELD=VALUE, because its rows do not say which is the last, found none",
+      return nil, getn.name .. ": expected --end FIELD=VALUE, because its rows do not say which is the last, found "
+        .. "none",
         "usage"
     end
     function settings.done(row)

@@ -94,7 +94,8 @@ fails("set svi field1=20 name=" .. ("x"):rep(40), 2, 'rpcctl: oltmib_svi_set_1: 
 fails("set svi field1=20 'name=a&b'", 2, "rpcctl: oltmib_svi_set_1: name: expected a text without '&', which separates "
   .. 'fields, found "a&b"; texts cannot hold it, there is no escaping\n')
 fails("set svi field1=21 name=x", 6,
-  "rpcctl: set: svi: expected a row with field1=21, found none; rpcctl rows TABLE shows every row, rpcctl add makes one\n")
+  "rpcctl: set: svi: expected a row with field1=21, found none; rpcctl rows TABLE shows every row, rpcctl add makes "
+    .. "one\n")
 fails([[set svi 'field1=x"\y']], 2,
   [[rpcctl: oltmib_svi_set_1: field1: expected a whole number, found "x\"\\y"]]
   .. "; rpcctl describe TABLE shows the fields\n") -- escaped once
@@ -141,7 +142,7 @@ check.equal("long cells are cut, and say so", on_terminal("rows acl --fields fie
 -- Help and bad usage.
 for _, name in ipairs { "list", "describe", "get", "rows", "watch", "set", "add", "call", "health", "backup",
   "restore", "diff", "help" } do
-  output, errors, status = rpcctl(name .. " --help")
+  local output, errors, status = rpcctl(name .. " --help")
   check.equal(name .. " --help", { output:match("^rpcctl " .. name .. " ") ~= nil, errors, status }, { true, "", 0 })
   check.equal("--help names " .. name, rpcctl("--help"):find("\n  " .. name .. " ", 1, true) ~= nil, true)
 end

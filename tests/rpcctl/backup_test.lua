@@ -19,7 +19,8 @@ check.equal("a backup is the same each time", read "/run/first.txt", read "/run/
 local text = read "/run/first.txt"
 check.equal("a row a line, the key first, names and words", {
   text:find("\nportinfo port=3 name=ge3 description=\"customer 3\" enabled=on ", 1, true) ~= nil,
-  text:find("\nvlaninfo vlan=10 active=on name=voice field4=1 untagged=ge1,ge2 tagged=ge3,ge4 text=\"\"\n", 1, true) ~= nil,
+  text:find("\nvlaninfo vlan=10 active=on name=voice field4=1 untagged=ge1,ge2 tagged=ge3,ge4 text=\"\"\n", 1,
+    true) ~= nil,
 }, { true, true })
 check.equal("what cannot be kept is listed", {
   text:find("\n# not kept: vlanbitmapinfo: its rows cannot be read\n", 1, true) ~= nil,
@@ -35,17 +36,20 @@ check.equal("rows of keys of two fields are sorted",
   run "rpcctl backup - mstp_if | grep -o '^mstp_if instance=. port=.' | sort -c -t= -k2,2 && echo sorted", "sorted\n")
 check.equal("modes", run("umask 022; rpcctl backup /run/open.txt svi; rpcctl backup /run/shut.txt svi --show-secrets; "
   .. "stat -c %a /run/open.txt /run/shut.txt"), "644\n600\n")
-check.matches("secrets when asked for", run "rpcctl backup - account --show-secrets", "account user=admin .* password=secret ")
+check.matches("secrets when asked for", run "rpcctl backup - account --show-secrets",
+  "account user=admin .* password=secret ")
 check.equal("services and tables", run "rpcctl backup - vrrpinfo svi | grep -o '^[a-z_]*' | uniq",
   "svi\nvrrp_ssconf\nvrrp_ssstate\n")
-fails("backup - portstats", 3, 'rpcctl: librpc: expected the name of a table (did you mean portstat?), found "portstats"; '
+fails("backup - portstats", 3, 'rpcctl: librpc: expected the name of a table (did you mean portstat?), found '
+  .. '"portstats"; '
   .. "rpcctl list shows every API, rpcctl list --tables every table\n")
 fails("backup - portrate", 2, "rpcctl: backup: expected a table that can be set, found 'portrate'\n")
 
 -- Nothing differs: nothing is sent
 prints("diff /run/first.txt", "")
 local sets = run "grep -c _set_1 $SIM_LOG"
-check.matches("restore of what is there", run "rpcctl restore /run/first.txt", "^0 changed, 0 added, %d+ as they were\n$")
+check.matches("restore of what is there", run "rpcctl restore /run/first.txt",
+  "^0 changed, 0 added, %d+ as they were\n$")
 check.equal("sends nothing", run "grep -c _set_1 $SIM_LOG", sets)
 
 -- Changes everything: every field that an argument carries, of every row of every table
@@ -117,14 +121,16 @@ check.matches("a dry run", dry, "^would be: %d+ changed, 0 added, %d+ as they we
 run "rpcctl backup /run/still.txt"
 check.equal("a dry run sends nothing", { read "/run/still.txt", dry_status }, { after, 0 })
 local report, errors, status = run "rpcctl restore /run/first.txt"
-check.equal("restore", { errors, status, report:match("%d+ changed, 0 added, %d+ as they were\n$") ~= nil }, { "", 0, true })
+check.equal("restore", { errors, status, report:match("%d+ changed, 0 added, %d+ as they were\n$") ~= nil }, { "", 0,
+  true })
 run "rpcctl backup /run/again.txt"
 check.equal("the device is as it was", read "/run/again.txt", text)
 check.matches("a second restore changes nothing", run "rpcctl restore /run/first.txt", "^0 changed, 0 added,")
 
 -- What it says, rows of the file alone and of the device alone, both names
 local file = assert(io.open("/run/some.txt", "w"))
-file:write("# mine\r\n\nsvi vlan=20 name=\"a \\\"b\\\"\"\r\nsvi vlan=41 name=new address=10.0.0.1/8\nportinfo ifx=3 field4=off\n")
+file:write("# mine\r\n\nsvi vlan=20 name=\"a \\\"b\\\"\"\r\nsvi vlan=41 name=new address=10.0.0.1/8\nportinfo ifx=3 "
+  .. "field4=off\n")
 file:close()
 tool.fails("diff /run/some.txt", 8, "", 'svi vlan=20 name: "a \\"b\\"" -> vlan20\n- svi vlan=41\n'
   .. "portinfo port=3 enabled: off -> on\n+ svi vlan=1\n+ portinfo port=1\n+ portinfo port=2\n+ portinfo port=4\n"
@@ -172,8 +178,10 @@ local function folder()
 end
 shell.tell "stop lpdet"
 _, errors, status = run "rpcctl backup /run/backups/a.txt"
-check.equal("a daemon that is not there", { errors:match("^rpcctl: backup: expected every table, found 2 that cannot be "
-  .. "read; /run/backups/a.txt was not written: oltmib_lpdet_global_get_1 ") ~= nil, status, folder() }, { true, 4, "a.txt\n" })
+check.equal("a daemon that is not there", { errors:match("^rpcctl: backup: expected every table, found 2 that cannot "
+  .. "be "
+  .. "read; /run/backups/a.txt was not written: oltmib_lpdet_global_get_1 ") ~= nil, status, folder() }, { true, 4,
+  "a.txt\n" })
 _, _, status = run "rpcctl backup /run/backups/b.txt --keep-going"
 check.equal("--keep-going", { status, folder(), tool.count(read "/run/backups/b.txt", "\n# not kept: lpdet_%w+: ") },
   { 4, "a.txt\nb.txt\n", 2 })
@@ -181,18 +189,22 @@ run "rm /run/backups/b.txt"
 shell.tell "start lpdet"
 shell.tell "fault oltmib_portinfo_getn_1 after=3 drop"
 _, errors, status = run "rpcctl backup /run/backups/a.txt --timeout 0.3"
-check.equal("a daemon that stops in the middle", { errors:match("a.txt was not written: oltmib_portinfo_getn_1 ") ~= nil,
+check.equal("a daemon that stops in the middle", { errors:match("a.txt was not written: oltmib_portinfo_getn_1 "
+  .. "") ~= nil,
   status, folder() }, { true, 5, "a.txt\n" })
 shell.tell "clear"
 check.equal("the old file is whole", read("/run/backups/a.txt"):find("\nlpdet_global ", 1, true) ~= nil, true)
 _, errors, status = run "mount -t tmpfs -o size=8k none /run/backups && rpcctl backup /run/backups/a.txt"
-check.equal("a full disk", { errors, status, folder() }, { "rpcctl: backup: /run/backups/a.txt: expected to write it, found "
+check.equal("a full disk", { errors, status, folder() }, { "rpcctl: backup: /run/backups/a.txt: expected to write it, "
+  .. "found "
   .. "No space left on device; is there room, and may you write there?\n", 1, "" })
 run "umount /run/backups"
-fails("backup /run/nowhere/a.txt", 1, "rpcctl: backup: /run/nowhere/a.txt: expected to write it, found mktemp: failed to "
+fails("backup /run/nowhere/a.txt", 1, "rpcctl: backup: /run/nowhere/a.txt: expected to write it, found mktemp: failed "
+  .. "to "
   .. "create file via template ‘/run/nowhere/a.txt.XXXXXX’: No such file or directory; is there room, and may you "
   .. "write there?\n")
-fails("backup /run/backups", 1, "rpcctl: backup: /run/backups: expected to write it, found /run/backups: Is a directory; "
+fails("backup /run/backups", 1, "rpcctl: backup: /run/backups: expected to write it, found /run/backups: Is a "
+  .. "directory; "
   .. "is there room, and may you write there?\n")
 run "mknod /run/full c 1 7"
 fails("backup /run/full", 1, "rpcctl: backup: /run/full: expected to write it, found No space left on device; is there "
@@ -204,13 +216,14 @@ file = assert(io.open("/run/three.txt", "w"))
 file:write("svi vlan=20 name=s1\nlpdet_portinfo port=1 enabled=off\nvlaninfo vlan=20 name=v1\n")
 file:close()
 shell.tell "fault oltmib_lpdet_portinfo_set_1 error system_err"
-report, errors, status = run "rpcctl restore /run/three.txt | grep -v alone"
+report, errors = run "rpcctl restore /run/three.txt | grep -v alone"
 check.equal("stopped", { report, errors:match("^rpcctl: lpdet_portinfo port=1 not restored: ") ~= nil },
   { 'svi vlan=20 name: "a \\"b\\"" -> s1\n1 changed, 0 added, 0 as they were, 1 not restored, 1 not tried '
     .. "(--keep-going tries them)\n", true })
 check.equal("its status", select(3, run "rpcctl restore /run/three.txt >/dev/null"), 7)
 report = run "rpcctl restore /run/three.txt --keep-going 2>/dev/null | grep -v alone"
-check.equal("kept going", report, "vlaninfo vlan=20 name: video -> v1\n1 changed, 0 added, 1 as they were, 1 not restored\n")
+check.equal("kept going", report, "vlaninfo vlan=20 name: video -> v1\n1 changed, 0 added, 1 as they were, 1 not "
+  .. "restored\n")
 shell.tell "clear"
 report = run "rpcctl restore /run/three.txt | grep -v alone"
 check.equal("run again", report, "lpdet_portinfo port=1 enabled: on -> off\n1 changed, 0 added, 2 as they were\n")
@@ -220,7 +233,8 @@ run "rpcctl set svi vlan=20 name=q"
 run "rpcctl set lpdet_portinfo port=1 enabled=on"
 shell.tell "fault oltmib_lpdet_portinfo_set_1 drop"
 _, errors, status = run "rpcctl restore /run/three.txt --timeout 0.3 >/dev/null"
-check.equal("a daemon that dies in the middle", { status, errors:match("did not answer in time") }, { 5, "did not answer in time" })
+check.equal("a daemon that dies in the middle", { status, errors:match("did not answer in time") }, { 5,
+  "did not answer in time" })
 shell.tell "clear"
 -- the daemon had carried it out before it fell silent
 prints("restore /run/three.txt | tail -n 1", "0 changed, 0 added, 3 as they were\n")

@@ -45,7 +45,8 @@ fails("set portinfo --where link=down enabled=off </dev/null", 1,
   "rpcctl: set: portinfo: expected a yes, or --yes, for 2 rows, found none; nothing was changed\n")
 prints("rows portinfo enabled=off --fields port", "")
 prints("set portinfo --where link=down enabled=off --yes", "port=5 enabled: on -> off\nport=6 enabled: on -> off\n")
-prints("set portinfo 'port>5' link=down enabled=on --dry-run", "port=6 enabled: off -> on\nport=7 link: up -> down\nport=8 link: up -> down\n")
+prints("set portinfo 'port>5' link=down enabled=on --dry-run",
+  "port=6 enabled: off -> on\nport=7 link: up -> down\nport=8 link: up -> down\n")
 prints("set portinfo --where link=down --where port=6 enabled=on", "port=6 enabled: off -> on\n")
 prints("set portinfo --where enabled=off enabled=on --json",
   '[{"row":"port=5","status":0,"changed":{"enabled":{"before":"off","after":"on"}}}]\n')
@@ -54,7 +55,8 @@ fails("set portinfo --where port=99 enabled=on --yes", 6, "rpcctl: set: portinfo
 
 -- On a terminal it asks; only a yes is one
 local question = "Change 2 rows of portinfo? [y/N]"
-for answer, shows in pairs { y = "port=6 enabled: on -> off", n = "nothing was changed", [""] = "nothing was changed" } do
+for answer, shows in pairs { y = "port=6 enabled: on -> off", n = "nothing was changed",
+  [""] = "nothing was changed" } do
   local screen = tool.terminal { "rpcctl set portinfo --where link=down enabled=off", ready = question, columns = 200,
     keys = "'" .. answer .. "' Enter", shows = "[exit " }
   check.equal("answered '" .. answer .. "'", screen:find(shows, 1, true) ~= nil, true)
@@ -72,7 +74,8 @@ prints("add svi vlan=30 'name=guests net'", 'vlan: -> 30\nname: -> "guests net"\
 prints("get svi vlan=30 --fields name", "name\tguests net\n")
 fails("add svi vlan=30 name=x", 6, "rpcctl: oltmib_svi_set_1: expected a key of which there is no row, found a row; "
   .. "rpcctl set changes it\n")
-fails("add telnet tcp_port=24", 6, "rpcctl: oltmib_telnet_set_1: expected a key of which there is no row, found a table "
+fails("add telnet tcp_port=24", 6, "rpcctl: oltmib_telnet_set_1: expected a key of which there is no row, found a "
+  .. "table "
   .. "of one row; rpcctl set changes it\n")
 fails("add svi name=x", 2, "rpcctl: add: svi: expected vlan=..., which says which row, found no such word; "
   .. "rpcctl rows TABLE shows every row\n")

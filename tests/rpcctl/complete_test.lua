@@ -13,9 +13,12 @@ for _, row in ipairs {
   { "list lp", "lpdet " }, { "backup file vrrp", "vrrp_ssconf vrrp_ssstate vrrpinfo " }, { "backup fi", "" },
   { "rows portinfo li", "link= " }, { "rows portinfo link=", "link=down link=up " }, { "rows portinfo 'link!='",
     "link!=down link!=up " }, { "set portinfo port=3 enabled=o", "enabled=off enabled=on " },
-  { "set svi o", "" }, { "rows svi o", "oper= " }, { "rows svi --fo", "--format= " }, { "rows svi --format j", "json jsonl " },
-  { "rows svi --format=k", "--format=kv " }, { "rows svi --fields vlan,na", "vlan,name " }, { "rows --limit 3 svi na", "name= " },
-  { "rows svi --sort ad", "address " }, { "set --where link=down portinf", "portinfo " }, { "set svi --d", "--dry-run " },
+  { "set svi o", "" }, { "rows svi o", "oper= " }, { "rows svi --fo", "--format= " }, { "rows svi --format j",
+    "json jsonl " },
+  { "rows svi --format=k", "--format=kv " }, { "rows svi --fields vlan,na", "vlan,name " }, { "rows --limit 3 svi na",
+    "name= " },
+  { "rows svi --sort ad", "address " }, { "set --where link=down portinf", "portinfo " }, { "set svi --d",
+    "--dry-run " },
   { "rows svi --d", "" }, { "nonsense a", "" }, { "rows svi --after v", "vlan= " },
 } do
   check.equal("--complete " .. row[1], words(row[1]), row[2])
@@ -33,23 +36,27 @@ check.equal("bash", bash, "portinfo portintfmode portinbandan\n-o nospace\nname=
 local function there(name)
   return select(3, shell.run("command -v " .. name .. " >/dev/null")) == 0
 end
-shell.run("mkdir -p /run/bin; printf '#!/bin/sh\\nexec " .. tool.command .. " \"$@\"\\n' >/run/bin/rpcctl; chmod +x /run/bin/rpcctl")
+shell.run("mkdir -p /run/bin; printf '#!/bin/sh\\nexec " .. tool.command
+  .. " \"$@\"\\n' >/run/bin/rpcctl; chmod +x /run/bin/rpcctl")
 if there "fish" then
   check.equal("fish", (shell.run([[PATH=/run/bin:$PATH HOME=/run fish --no-config -c '
     source $LIBRPC_TEST_SOURCE/completion/rpcctl.fish
-    complete -C "rpcctl rows portr"; complete -C "rpcctl set portinfo enabled=o"; complete -C "rpcctl rows svi --format js"'
+    complete -C "rpcctl rows portr"; complete -C "rpcctl set portinfo enabled=o"
+    complete -C "rpcctl rows svi --format js"'
   ]])), "portrate\tPort rates\nenabled=off\nenabled=on\njson\njsonl\n")
 end
 if there "zsh" then
   -- zsh completes only where it has a line to edit
-  local screen = tool.terminal { columns = 100, lines = 30, "PATH=/run/bin:$PATH zsh -f -i", ready = "%",
-    keys = "'autoload -Uz compinit; compinit -u -d /run/zcompdump; source " .. tool.source .. "/completion/rpcctl.zsh; PS1=ok:' Enter "
-      .. "'rpcctl rows portr' Tab 'li' Tab", shows = "link=" }
-  check.equal("zsh", screen:match("rpcctl rows portrate li?n?k?=?"), "rpcctl rows portrate li")
-  screen = tool.terminal { columns = 100, lines = 30, "PATH=/run/bin:$PATH zsh -f -i", ready = "%",
-    keys = "'autoload -Uz compinit; compinit -u -d /run/zcompdump; source " .. tool.source .. "/completion/rpcctl.zsh; PS1=ok:' Enter "
-      .. "'rpcctl rows portinfo lin' Tab 'u' Tab", shows = "link=up" }
-  check.equal("zsh: values", screen:match("rpcctl rows portinfo link=up"), "rpcctl rows portinfo link=up")
+  shell.run("mkdir /run/zsh; printf '%s\\n' 'autoload -Uz compinit' 'compinit -u -d /run/zcompdump' 'source " .. tool.source
+    .. "/completion/rpcctl.zsh' 'PS1=ok:' >/run/zsh/.zshrc")
+  for _, row in ipairs {
+    { "rows portr", "rows portrate " }, { "rows portinfo lin", "rows portinfo link=" },
+    { "rows portinfo link=u", "rows portinfo link=up " }, { "rows svi --form", "rows svi --format=" },
+  } do
+    local screen = tool.terminal { "ZDOTDIR=/run/zsh PATH=/run/bin:$PATH zsh -i", ready = "ok:", columns = 100,
+      keys = "'rpcctl " .. row[1] .. "' Tab x", shows = row[2] .. "x" }
+    check.equal("zsh: " .. row[1], screen:find("ok:rpcctl " .. row[2] .. "x", 1, true), 1)
+  end
 end
 
 check.finish()

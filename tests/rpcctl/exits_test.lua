@@ -7,7 +7,8 @@ local tool = require "tool"
 -- What each code of the library ends with, as the manual's table says it
 local expected = {
   [1] = "unknown_option two_sets bad_names out_of_memory no_client failed host_api closed",
-  [2] = "unknown_field same_field read_only bad_type bad_number out_of_range bad_mac bad_hex bad_list too_long separator "
+  [2] = "unknown_field same_field read_only bad_type bad_number out_of_range bad_mac bad_hex bad_list too_long "
+    .. "separator "
     .. "zero_byte empty_text no_key not_carried no_end",
   [3] = "unknown_api no_operation",
   [4] = "no_portmapper no_daemon refused",
@@ -38,7 +39,8 @@ end
 for code in pairs(status_of) do
   check.equal(code .. " is a code of the library", known[code], true)
 end
-for _, code in ipairs { "rejected", "bad_reply", "timed_out", "no_daemon", "no_portmapper", "no_row", "no_key", "not_carried" } do
+for _, code in ipairs { "rejected", "bad_reply", "timed_out", "no_daemon", "no_portmapper", "no_row", "no_key",
+  "not_carried" } do
   check.equal(code .. " says what to do", type(exits.advice(code, "")), "string")
 end
 
@@ -50,10 +52,13 @@ end
 local page, document = read "docs/man/rpcctl.1", read "docs/rpcctl.md"
 for _, status in ipairs(exits.statuses) do
   local words = help:gsub("\n +", " ")
-  check.equal("help: " .. status.number, words:find((" %d +%s"):format(status.number, (status.meaning:gsub("%p", "%%%0")))) ~= nil, true)
-  check.equal("manual: " .. status.number, page:find(("\n.B %d\n%s\n"):format(status.number, status.meaning), 1, true) ~= nil,
+  check.equal("help: " .. status.number, words:find((" %d +%s"):format(status.number, (status.meaning:gsub("%p",
+    "%%%0")))) ~= nil, true)
+  check.equal("manual: " .. status.number, page:find(("\n.B %d\n%s\n"):format(status.number, status.meaning), 1,
+    true) ~= nil,
     true)
-  check.equal("document: " .. status.number, document:find(("\n| %d | %s |\n"):format(status.number, status.meaning), 1, true) ~= nil,
+  check.equal("document: " .. status.number, document:find(("\n| %d | %s |\n"):format(status.number, status.meaning),
+    1, true) ~= nil,
     true)
 end
 

@@ -22,14 +22,17 @@ local output = tool.run "rpcctl watch portinfo link=down --count 1 --fields port
 check.equal("watch takes the same filters", output, "5\n6\n")
 
 -- A field that there is not, a value that none can have
-fails("rows portinfo bogus=4 --fields port", 2, "rpcctl: rows: portinfo: expected one of port, name, description, enabled, "
-  .. "link, speed, duplex, mode, wanted_mode, field13, medium, mtu, field16, field17, field18, field19, field20, field21, "
+fails("rows portinfo bogus=4 --fields port", 2, "rpcctl: rows: portinfo: expected one of port, name, description, "
+  .. "enabled, "
+  .. "link, speed, duplex, mode, wanted_mode, field13, medium, mtu, field16, field17, field18, field19, field20, "
+  .. "field21, "
   .. 'field23, field24, field25, field26, oper, res, found "bogus"; rpcctl describe TABLE shows the fields\n')
 fails("rows portinfo link=upp", 2, "rpcctl: rows: portinfo: link: expected a number, or one of \"down\", \"up\", found "
   .. '"upp"; rpcctl describe TABLE shows the fields\n')
 fails("rows fdb mac=zz", 2, 'rpcctl: rows: fdb: mac: expected a MAC address such as 00-11-22-AA-BB-CC, found "zz"; '
   .. "write it as 00-1e-80-aa-00-01\n")
-fails("rows portinfo 3", 2, "rpcctl: rows: expected FIELD=VALUE (or != < <= > >= ~ !~), found '3'; see rpcctl rows --help\n")
+fails("rows portinfo 3", 2, "rpcctl: rows: expected FIELD=VALUE (or != < <= > >= ~ !~), found '3'; see rpcctl rows "
+  .. "--help\n")
 
 -- Where a walk begins and ends
 prints("rows portinfo --after port=6 --fields port", "7\n8\n")
@@ -41,7 +44,8 @@ prints("rows portinfo --limit 2 --fields port", "1\n2\n")
 prints("rows portinfo --limit 1 --fields port link=down", "5\n")
 fails("rows portinfo --end ifx", 2,
   "rpcctl: rows: expected FIELD=VALUE (or != < <= > >= ~ !~), found 'ifx'; see rpcctl rows --help\n")
-fails("rows portinfo --end bogs=4", 2, "rpcctl: rows: portinfo: expected one of port, name, description, enabled, link, "
+fails("rows portinfo --end bogs=4", 2, "rpcctl: rows: portinfo: expected one of port, name, description, enabled, "
+  .. "link, "
   .. "speed, duplex, mode, wanted_mode, field13, medium, mtu, field16, field17, field18, field19, field20, field21, "
   .. 'field23, field24, field25, field26, oper, res, found "bogs"; rpcctl describe TABLE shows the fields\n')
 fails("rows telnet --after tcp_port=1", 2,

@@ -20,7 +20,8 @@ prints("rows vlaninfo vlan=99 --format table", "")
 prints("rows vlaninfo vlan=10 --format table",
   "vlan  active  name   field4  untagged  tagged\n10    on      voice  1       ge1,ge2   ge3,ge4\n")
 prints("get vlaninfo vlan=10 --json --fields vlan", '{"vlan":10}\n')
-tool.fails("rows vlaninfo --format xml", 2, "rpcctl: rows: expected --format and one of table, vertical, tsv, csv, json, "
+tool.fails("rows vlaninfo --format xml", 2, "rpcctl: rows: expected --format and one of table, vertical, tsv, csv, "
+  .. "json, "
   .. "jsonl, kv, found 'xml'; see rpcctl rows --help\n")
 
 -- Every API's rows as JSON that another program reads
@@ -29,7 +30,9 @@ local _, errors, status = run([[
     case $api in
       *_getn_1) command=rows ;;
       *_get_1) command=get ;;
-      *) rpcctl describe --json $api | jq -e '.[0].name == "'$api'"' >/dev/null || echo "$api: describe" >&2; continue ;;
+      *)
+        rpcctl describe --json $api | jq -e '.[0].name == "'$api'"' >/dev/null || echo "$api: describe" >&2
+        continue ;;
     esac
     rpcctl $command $api --json >/run/json 2>/run/errors
     [ ! -s /run/json ] || jq -e . /run/json >/dev/null || echo "$api: rows" >&2
@@ -54,14 +57,16 @@ prints("rows svi vlan=20 --fields name --format table", "name\n" .. shown .. "\n
 prints("rows svi vlan=20 --fields name --format vertical", "name\t" .. shown .. "\n")
 prints("rows svi vlan=20 --fields name --format jsonl",
   '{"name":"\\u001b[31m\\tred\\u009b\\u00ff\240\159\152\128\\u202e\\"x\\\\,\\r"}\n')
-check.equal("jq reads it back", run("rpcctl rows svi vlan=20 --fields name --json | jq -r '.[0].name | length'"), "18\n")
+check.equal("jq reads it back", run("rpcctl rows svi vlan=20 --fields name --json | jq -r '.[0].name | length'"),
+  "18\n")
 prints("call oltmib_svi_get_1 20", "20&" .. shown .. "&198.51.100.1/24&&0&0\n")
 check.equal("call --raw", run "rpcctl call oltmib_svi_get_1 20 --raw | od -An -c | head -n 1",
   "   2   0   & 033   [   3   1   m  \\t   r   e   d 302 233 377 360\n")
 for _, form in ipairs { "table", "vertical", "tsv", "csv", "json", "jsonl", "kv" } do
   local text = run("rpcctl rows svi --format " .. form)
   check.equal(form .. ": no control characters", text:gsub("[\n\t]", ""):find("[%c\127]"), nil)
-  check.equal(form .. ": no C1 controls, no marks of direction", text:find("\194[\128-\159]") or text:find("\226\128[\142\143\170-\174]"), nil)
+  check.equal(form .. ": no C1 controls, no marks of direction", text:find("\194[\128-\159]")
+    or text:find("\226\128[\142\143\170-\174]"), nil)
 end
 
 -- A backup of a hostile text brings the same bytes back
@@ -73,22 +78,26 @@ check.equal("hostile texts survive backup and restore", run "rpcctl call oltmib_
 -- Rows come as they are read: the first are there while the daemon is silent
 shell.tell "fault oltmib_portinfo_getn_1 after=3 drop"
 for _, form in ipairs { "tsv", "csv", "jsonl", "kv", "vertical" } do
-  local text = run(tool.command .. " rows portinfo --fields port --timeout 30 --format " .. form .. " >/run/out & child=$!; "
+  local text = run(tool.command .. " rows portinfo --fields port --timeout 30 --format " .. form
+    .. " >/run/out & child=$!; "
     .. "for try in $(seq 250); do grep -q 3 /run/out && break; sleep 0.02; done; kill -INT $child; cat /run/out")
   check.equal(form .. ": what came is printed", text:find("3") ~= nil, true)
   shell.tell "clear"
   shell.tell "fault oltmib_portinfo_getn_1 after=3 drop"
 end
 tool.fails("rows portinfo --fields port --json --timeout 0.2", 5,
-  "rpcctl: oltmib_portinfo_getn_1 (service nsminfo, program 50004): the daemon did not answer in time; it may still carry "
-  .. "the call out [RPC: Timed out]; is the daemon stuck? rpcctl health tells which daemons answer; read the row before "
+  "rpcctl: oltmib_portinfo_getn_1 (service nsminfo, program 50004): the daemon did not answer in time; it may still "
+    .. "carry "
+  .. "the call out [RPC: Timed out]; is the daemon stuck? rpcctl health tells which daemons answer; read the row "
+  .. "before "
   .. "you repeat a change\n", '[{"port":1},\n{"port":2},\n{"port":3}]\n')
 shell.tell "clear"
 
 -- No room
 for _, form in ipairs { "table", "vertical", "tsv", "csv", "json", "jsonl", "kv" } do
   local _, complaint, code = run("rpcctl rows portinfo --format " .. form .. " >/dev/full")
-  check.equal(form .. " >/dev/full", { complaint, code }, { "rpcctl: standard output: expected room for all of it, found a "
+  check.equal(form .. " >/dev/full", { complaint, code }, { "rpcctl: standard output: expected room for all of it, "
+    .. "found a "
     .. "write error; is there room, and may you write there?\n", 1 })
 end
 

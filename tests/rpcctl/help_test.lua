@@ -10,12 +10,14 @@ local texts = { overview }
 for _, name in ipairs(commands.list) do
   local text, errors, status = tool.run("rpcctl help " .. name)
   texts[#texts + 1] = text
-  check.equal("help " .. name, { text:match("^rpcctl " .. name .. " %[OPTION%]") ~= nil, errors, status }, { true, "", 0 })
+  check.equal("help " .. name, { text:match("^rpcctl " .. name .. " %[OPTION%]") ~= nil, errors, status }, { true, "",
+    0 })
   check.equal(name .. " --help is the same", tool.run("rpcctl " .. name .. " --help"), text)
   check.equal(name .. " -h too", tool.run("rpcctl " .. name .. " -h"), text)
   check.equal("the overview names " .. name, overview:find("\n  " .. name .. " ", 1, true) ~= nil, true)
   for _, option in ipairs(options.of(commands.find(name))) do
-    check.equal(name .. ": --" .. option[1], text:find("\n  --" .. option[1] .. (option[2] and " " .. option[2] or ""), 1, true)
+    check.equal(name .. ": --" .. option[1], text:find("\n  --" .. option[1] .. (option[2] and " " .. option[2] or ""),
+      1, true)
       ~= nil, true)
   end
 end
@@ -38,7 +40,8 @@ end
 -- What an option takes is data: its help may say anything
 local command = { name = "try", options = { { "count", "N", "times to do it", number = 1 }, { "all", nil, "N of them" },
   { "with", "WORD", "any", many = true } } }
-local words, given = options.parse(command, { "a", "--count", "3", "--all", "b", "--with=x", "--with", "y", "--", "--all" }, 1)
+local words, given = options.parse(command, { "a", "--count", "3", "--all", "b", "--with=x", "--with", "y", "--",
+  "--all" }, 1)
 check.equal("words", words, { "a", "b", "--all" })
 check.equal("options", given, { count = 3, all = true, with = { "x", "y" } })
 check.equal("wrapped", options.wrapped("one two three", "  ", 9), "one two\n  three")

@@ -24,7 +24,8 @@ check.equal("rows", { output, errors, status }, { "1\n2\n3\n", "", 130 })
 shell.tell "clear"
 shell.tell "fault oltmib_portinfo_getn_1 after=3 drop"
 output, errors, status = interrupted("rows portinfo --fields port --json", "oltmib_portinfo_getn_1")
-check.equal("rows: JSON stays whole", { output, errors, status }, { '[{"port":1},\n{"port":2},\n{"port":3}]\n', "", 130 })
+check.equal("rows: JSON stays whole", { output, errors, status }, { '[{"port":1},\n{"port":2},\n{"port":3}]\n', "",
+  130 })
 shell.tell "clear"
 for _, row in ipairs {
   { "get devinfo", "oltmib_devinfo_get_1" }, { "set svi vlan=20 name=x", "oltmib_svi_get_1" },
@@ -50,8 +51,9 @@ check.equal("diff", { output, errors, status }, { "", "", 130 })
 shell.tell "clear"
 shell.run(tool.command .. " set svi vlan=20 name=q; " .. tool.command .. " set svi vlan=1 name=q")
 shell.tell "fault oltmib_svi_set_1 after=1 drop"
-output, _, status = interrupted("restore /run/kept/a.txt", "oltmib_svi_set_1")
-check.equal("restore", { output:match("^svi vlan=1 name: q %-> vlan1\n"), status }, { "svi vlan=1 name: q -> vlan1\n", 130 })
+output, errors, status = interrupted("restore /run/kept/a.txt", "oltmib_svi_set_1")
+check.equal("restore", { output:match("^svi vlan=1 name: q %-> vlan1\n"), errors, status }, { "svi vlan=1 name: q -> vlan1\n",
+  130 })
 shell.tell "clear"
 check.equal("and can be run again", shell.run(tool.command .. " restore /run/kept/a.txt >/dev/null; " .. tool.command
   .. " diff /run/kept/a.txt"), "")

@@ -32,12 +32,14 @@ port  name  description     enabled  link  speed  duplex  mode       wanted_mode
 not shown for want of room: field13 medium mtu field16 field17 field18 field1...
 ]])
 screen = shown("rpcctl rows portinfo port=1", 200)
-check.equal("rows at 200: oper and res are left out", { screen:match("field25"), screen:match("oper"), screen:match("not shown") },
+check.equal("rows at 200: oper and res are left out", { screen:match("field25"), screen:match("oper"),
+  screen:match("not shown") },
   { "field25" })
 check.equal("texts are whole where there is room", screen:match("uplink to the core"), "uplink to the core")
 screen = shown("rpcctl rows vlaninfo --fields vlan,text,res", 80)
 check.equal("what is asked for is shown", screen, "vlan  text  res\n1           0\n10          0\n20          0\n")
-screen = shown("rpcctl rows portinfo port=7 --fields port,name,description,enabled,link,speed,duplex,mode,wanted_mode,medium", 80)
+screen = shown("rpcctl rows portinfo port=7 "
+  .. "--fields port,name,description,enabled,link,speed,duplex,mode,wanted_mode,medium", 80)
 check.equal("what is asked for and too wide stands below one another", screen, [[
 port         7
 name         ge7
@@ -63,7 +65,8 @@ local script = "for name in " .. list:gsub("\n", " ") .. "; do for command in ro
   .. "script -qec \"stty cols 80; " .. tool.command .. " $command $name\" /dev/null | tr -d '\\r' | "
   .. "awk -v name=\"$command $name\" 'length($0) > 80 && !/^rpcctl: / { print name, length($0) }'; done; done"
 check.equal("no line is wider than 80", (tool.run("export NO_COLOR=1 TERM=xterm LC_ALL=C; " .. script)), "")
-check.equal("nor of list and health", widest(shown("rpcctl list --tables vlan; rpcctl health | head -n 3", 80)) <= 80, true)
+check.equal("nor of list and health", widest(shown("rpcctl list --tables vlan; rpcctl health | head -n 3", 80)) <= 80,
+  true)
 
 -- Colours
 local bold = "\27[1m"
@@ -80,7 +83,8 @@ check.equal("none in a pipe", shown("rpcctl rows svi --fields vlan | cat", 80, {
 -- What came is shown, also where the next row does not come
 shell.tell "fault oltmib_portinfo_getn_1 after=3 delay 60000"
 screen = tool.terminal { "rpcctl rows portinfo --fields port --timeout 1" }
-check.equal("rows before a failure", screen:match("^port\n1\n2\n3\nrpcctl: [^\n]*"), "port\n1\n2\n3\nrpcctl: oltmib_portinfo_getn_1 "
+check.equal("rows before a failure", screen:match("^port\n1\n2\n3\nrpcctl: [^\n]*"),
+  "port\n1\n2\n3\nrpcctl: oltmib_portinfo_getn_1 "
   .. "(service nsminfo, program 50004): the daemon did")
 shell.tell "clear"
 

@@ -11,15 +11,18 @@ check.equal("one reading prints every row", { (output:gsub(stamp, "TIME")), erro
   { "TIME\trow\t1\tdefault\nTIME\trow\t10\tvoice\nTIME\trow\t20\tvideo\n", "", 0 })
 check.equal("JSON lines", (run "rpcctl watch vlaninfo vlan=1 --count 1 --fields vlan --json":gsub(stamp, "TIME")),
   '{"time":"TIME","event":"row","vlan":1}\n')
-check.equal("nothing changed", (run "rpcctl watch vlaninfo vlan=1 --count 3 --interval 0.1 --fields vlan":gsub(stamp, "TIME")),
+check.equal("nothing changed", (run "rpcctl watch vlaninfo vlan=1 --count 3 --interval 0.1 --fields vlan":gsub(stamp,
+  "TIME")),
   "TIME\trow\t1\n")
-check.equal("a table of one row", (run "rpcctl watch telnet --count 1 --fields tcp_port":gsub(stamp, "TIME")), "TIME\trow\t23\n")
+check.equal("a table of one row", (run "rpcctl watch telnet --count 1 --fields tcp_port":gsub(stamp, "TIME")),
+  "TIME\trow\t23\n")
 
 -- Runs watch in the background, does each line once the output has its text, ends it by SIGINT
 local function watched(arguments, steps)
   local lines = { tool.command .. " " .. arguments .. " >/run/watched 2>/run/watched.err & child=$!" }
   for _, step in ipairs(steps) do
-    lines[#lines + 1] = ("for try in $(seq 500); do grep -q '%s' /run/watched /run/watched.err && break; sleep 0.02; done; %s")
+    lines[#lines + 1] = ("for try in $(seq 500); do grep -q '%s' /run/watched /run/watched.err && break; sleep 0.02; "
+      .. "done; %s")
       :format(step[1], step[2] or ":")
   end
   lines[#lines + 1] = "kill -INT $child; wait $child; echo \"[$?]\" >>/run/watched"
@@ -49,13 +52,15 @@ check.equal("rows that come and go", output,
 -- A daemon that goes and comes back
 output, errors = watched("watch svi --interval 0.2 --fields vlan,name vlan=1", {
   { "vlan1", "$SIM_DEVICE --tell $SIM_CONTROL stop nsminfo" },
-  { "registered", "$SIM_DEVICE --tell $SIM_CONTROL start nsminfo; " .. rpcctl .. " set svi vlan=1 name=back >/dev/null" },
+  { "registered", "$SIM_DEVICE --tell $SIM_CONTROL start nsminfo; " .. rpcctl
+    .. " set svi vlan=1 name=back >/dev/null" },
   { "back" },
 })
 check.equal("a daemon that goes and comes back", output, "TIME\trow\t1\tvlan1\nTIME\tchanged\t1\tback\n[130]\n")
 check.equal("and is told of once", { tool.count(errors, "\n") >= 1, errors:find("has not registered", 1, true) ~= nil },
   { true, true })
-tool.fails("watch lpdet_portinf", 3, 'rpcctl: librpc: expected the name of a table (did you mean lpdet_portinfo?), found '
+tool.fails("watch lpdet_portinf", 3, 'rpcctl: librpc: expected the name of a table (did you mean lpdet_portinfo?), '
+  .. 'found '
   .. '"lpdet_portinf"; rpcctl list shows every API, rpcctl list --tables every table\n')
 
 -- Rates: what the counter grew by in the seconds between, which the readings themselves tell
@@ -80,11 +85,14 @@ check.equal("a row a line", tool.count(screen, "\n[1-8] +%d+"), 8)
 screen = tool.terminal { columns = 60, lines = 8, "rpcctl watch portstat --interval 0.2", shows = "more rows" }
 check.equal("the title stays where rows are many", screen:match("^portstat"), "portstat")
 check.equal("and no line wraps", tool.count(screen, "\n") <= 8, true)
-screen = tool.terminal { coloured = true, "rpcctl watch portstat --interval 0.2 --fields port,counter9", shows = "\27[1m\27[33m" }
+screen = tool.terminal { coloured = true, "rpcctl watch portstat --interval 0.2 --fields port,counter9",
+  shows = "\27[1m\27[33m" }
 check.equal("changed cells are coloured", screen:find("\27[1m\27[33m", 1, true) ~= nil, true)
-screen = tool.terminal { "rpcctl watch portstat --interval 0.2 --fields port,counter9", keys = "C-c", ready = "counter9/s" }
+screen = tool.terminal { "rpcctl watch portstat --interval 0.2 --fields port,counter9", keys = "C-c",
+  ready = "counter9/s" }
 check.equal("Ctrl-C ends it", screen:find("[exit 130]", 1, true) ~= nil, true)
-screen = tool.terminal { "rpcctl watch svi --interval 0.2 --fields vlan; stty -a | grep -o ' icanon'", keys = "q", ready = "vlan" }
+screen = tool.terminal { "rpcctl watch svi --interval 0.2 --fields vlan; stty -a | grep -o ' icanon'", keys = "q",
+  ready = "vlan" }
 check.equal("the terminal is as it was", screen:find(" icanon", 1, true) ~= nil, true)
 screen = tool.terminal { environment = "TERM=dumb", "rpcctl watch svi --count 2 --interval 0.2 --fields vlan" }
 check.equal("TERM=dumb: one below the other", tool.count(screen, "svi  " .. stamp), 2)

@@ -124,7 +124,8 @@ function reading.get(name, key, options)
   if seconds == false then
     return nil, message, code
   end
-  local api, checked = apis.get or apis.getn, nil
+  local api = apis.get or apis.getn
+  local checked
   checked, message, code = reading.checked_key(apis, view, table_name, key)
   if not checked then
     return nil, message, code

@@ -25,7 +25,7 @@ return {
         ending.give_up(this:key_missing(), "no_key")
       end
     end
-    local status, changed, code = record.add(this.name, fields, { call_seconds = options.call_seconds,
+    local status, changed, code = record.add(this.name, this:called(fields), { call_seconds = options.call_seconds,
       dry_run = options["dry-run"] })
     if status == nil then
       ending.give_up(changed, code)

@@ -7,7 +7,8 @@ return {
   name = "backup",
   summary = "write the settings of the device, or of some tables, to a file",
   details = "Settings are the rows of every table that can be read and set. The file is for people and for version "
-    .. "control: a row a line, sorted, the key first; what cannot be kept is listed at its top. Where a daemon does not "
+    .. "control: a row a line, sorted, the key first; what cannot be kept is listed at its top. Where a daemon does "
+    .. "not "
     .. "answer, the old file stays (--keep-going writes what there is, and lists the rest). FILE may be -.",
   arguments = { { "FILE", what = "file" }, { "TABLE", many = true, optional = true, what = "table or service" } },
   options = {
@@ -39,7 +40,8 @@ return {
       end
     end
     if failure and not options["keep-going"] then
-      ending.give_up(("backup: expected every table, found %d that cannot be read; %s was not written: %s"):format(failed,
+      ending.give_up(("backup: expected every table, found %d that cannot be read; %s was not written: "
+        .. "%s"):format(failed,
         path, failure.message), failure.code)
     end
     local done, why = backup_file.write(path, backup_file.lines(notes, entries), options["show-secrets"])

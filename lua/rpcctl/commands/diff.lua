@@ -37,7 +37,8 @@ end
 return {
   name = "diff",
   summary = "compare the settings of a file with the device's, or with another file's",
-  details = "Prints `- ROW` for a row that only the first has, `+ ROW` for one that only the second (or the device) has, "
+  details = "Prints `- ROW` for a row that only the first has, `+ ROW` for one that only the second (or the device) "
+    .. "has, "
     .. "and FIELD: OLD -> NEW for what differs between them. The exit status is " .. exits.different
     .. " where anything does.",
   arguments = { { "FILE", what = "file" }, { "FILE", what = "file", optional = true } },

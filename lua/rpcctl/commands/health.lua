@@ -22,7 +22,8 @@ return {
   summary = "ask every daemon at once whether it is well",
   details = "Each is called by the null procedure, which does nothing. state is well; absent (not registered with the "
     .. "port mapper); gone (registered, and nothing listens there); stuck (registered, and silent); rejects, strange "
-    .. "(a reply that is none) or unknown (the port mapper does not answer). The exit status is 0 only if all are well.",
+    .. "(a reply that is none) or unknown (the port mapper does not answer). The exit status is 0 only if all are "
+    .. "well.",
   options = { formats.options[1], formats.options[2], formats.options[3] },
   examples = {
     { "rpcctl health --timeout 1", "give each a second" },

@@ -43,7 +43,7 @@ local function bring(entry, now, options)
   end
   local there = now.by_key[entry.key]
   if not there then
-    local status, message, code = record.add(this.name, entry.values, call)
+    local status, message, code = record.add(this.name, this:called(entry.values), call)
     if status == nil then
       return nil, message, code
     elseif status and status ~= 0 then
@@ -69,9 +69,9 @@ local function bring(entry, now, options)
       fields[position.name] = entry.values[position.name]
     end
   end
-  local status, message, code = record.change(this.name, fields, nil, call)
+  local status, message, code = record.change(this.name, this:called(fields), nil, call)
   if code == "not_carried" then
-    status, message, code = record.change(this.name, emptied(entry, fields), nil, call)
+    status, message, code = record.change(this.name, this:called(emptied(entry, fields)), nil, call)
   end
   if status == nil then
     return nil, message, code

@@ -105,7 +105,7 @@ return {
         if not options.only then
           ending.misuse("set", "--only, because " .. this.name .. " has no get to read the row with", "none")
         end
-        status, changed, code = send_alone(api, fields, options)
+        status, changed, code = send_alone(api, this:called(fields), options)
       elseif key then
         local all = {}
         for _, from in ipairs { key, fields } do
@@ -113,16 +113,17 @@ return {
             all[name] = value
           end
         end
-        status, changed, code = record.change(this.name, all, nil, call)
+        status, changed, code = record.change(this.name, this:called(all), nil, call)
       else
-        status, changed, code = record.change(this.name, fields, nil, call)
+        status, changed, code = record.change(this.name, this:called(fields), nil, call)
       end
       if code == "no_row" then
         local asked = {}
         for i, field in ipairs(this.key) do
           asked[i] = field.name .. "=" .. this:shown(field, (key or fields)[field.field])
         end
-        ending.give_up(("set: %s: expected a row with %s, found none"):format(this.name, table.concat(asked, " ")), code)
+        ending.give_up(("set: %s: expected a row with %s, found none"):format(this.name, table.concat(asked, " ")),
+          code)
       elseif status == nil then
         ending.give_up(changed, code)
       end

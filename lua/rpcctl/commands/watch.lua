@@ -89,8 +89,8 @@ local function draw(this, state, columns, settings, note)
   for i = 1, math.min(#lines, most) do
     ending.write((lines[i]:gsub("\n", moves and "\27[K\n" or "\n")))
   end
-  for _, note in ipairs(notes) do
-    ending.write(output.styled(output.fitted(note, room), "note", terminal.is_coloured()), moves and "\27[K\n" or "\n")
+  for _, text in ipairs(notes) do
+    ending.write(output.styled(output.fitted(text, room), "note", terminal.is_coloured()), moves and "\27[K\n" or "\n")
   end
   ending.write(moves and "\27[J" or "\n")
   ending.flush()
@@ -168,8 +168,10 @@ end
 return {
   name = "watch",
   summary = "show a table again and again, what changed, and how fast counters grow",
-  details = "On a terminal the table is refreshed in place, and q or Ctrl-C ends it. In a pipe, a row a line: the time; "
-    .. "row (as it is at the start), changed, new or gone; the fields, behind each counter its growth a second. A daemon that "
+  details = "On a terminal the table is refreshed in place, and q or Ctrl-C ends it. In a pipe, a row a line: the "
+    .. "time; "
+    .. "row (as it is at the start), changed, new or gone; the fields, behind each counter its growth a second. A "
+    .. "daemon that "
     .. "goes away is waited for.\nFilters are those of rows.",
   arguments = { { "TABLE", what = "rows" }, { "FILTER", many = true, optional = true, what = "filter" } },
   options = reading.all_options {
@@ -178,7 +180,8 @@ return {
   },
   examples = {
     { "rpcctl watch portstat port=3", "the counters of a port" },
-    { "rpcctl watch portinfo --fields port,link --format jsonl", "a line whenever a link comes or goes, for a program" },
+    { "rpcctl watch portinfo --fields port,link --format jsonl",
+      "a line whenever a link comes or goes, for a program" },
   },
   run = function(words, options)
     local this = subject.open("watch", words[1])

@@ -26,7 +26,11 @@ endif()
 install(PROGRAMS ${CMAKE_BINARY_DIR}/rpcctl DESTINATION ${CMAKE_INSTALL_BINDIR})
 # where each shell looks
 install(FILES completion/rpcctl.bash DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions RENAME rpcctl)
-install(FILES completion/rpcctl.zsh DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/site-functions RENAME _rpcctl)
+set(zsh_functions "site-functions")
+if(CMAKE_INSTALL_PREFIX STREQUAL "/usr" AND EXISTS /etc/debian_version) # Debian's packages have a folder of their own
+  set(zsh_functions "vendor-completions")
+endif()
+install(FILES completion/rpcctl.zsh DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/${zsh_functions} RENAME _rpcctl)
 install(FILES completion/rpcctl.fish DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d)
 install(FILES docs/man/rpcctl.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
 install(FILES docs/man/librpc.3 docs/man/librpc.record.3 DESTINATION ${CMAKE_INSTALL_MANDIR}/man3)

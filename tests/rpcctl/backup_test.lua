@@ -32,6 +32,26 @@ for port in text:gmatch("\nportinfo port=(%d+)") do
   ports[#ports + 1] = port
 end
 check.equal("rows are sorted", table.concat(ports, " "), "1 2 3 4 5 6 7 8")
+-- whatever the order in which the daemon has them
+local settings = require "rpcctl.settings"
+local walks = record.walks
+rawset(record, "walks", function(list)
+  local rows = walks(list)
+  for i, all in ipairs(rows) do
+    local turned = {}
+    for n = #all, 1, -1 do
+      turned[#turned + 1] = all[n]
+    end
+    rows[i] = turned
+  end
+  return rows, {}
+end)
+local order = {}
+for _, entry in ipairs(settings.read(settings.tables("backup", { "vlaninfo", "mstp_if" }), {})[1].entries) do
+  order[#order + 1] = entry.values.field1
+end
+rawset(record, "walks", walks)
+check.equal("rows of a daemon that has them in no order", table.concat(order, " "), "1 10 20")
 check.equal("rows of keys of two fields are sorted",
   run "rpcctl backup - mstp_if | grep -o '^mstp_if instance=. port=.' | sort -c -t= -k2,2 && echo sorted", "sorted\n")
 check.equal("modes", run("umask 022; rpcctl backup /run/open.txt svi; rpcctl backup /run/shut.txt svi --show-secrets; "

@@ -19,7 +19,7 @@ for _, row in ipairs {
     "name= " },
   { "rows svi --sort ad", "address " }, { "set --where link=down portinf", "portinfo " }, { "set svi --d",
     "--dry-run " },
-  { "rows svi --d", "" }, { "nonsense a", "" }, { "rows svi --after v", "vlan= " },
+  { "rows svi --d", "" }, { "nonsense a", "" }, { "set portstat counter", "" }, { "rows svi --after v", "vlan= " },
 } do
   check.equal("--complete " .. row[1], words(row[1]), row[2])
 end
@@ -47,8 +47,8 @@ if there "fish" then
 end
 if there "zsh" then
   -- zsh completes only where it has a line to edit
-  shell.run("mkdir /run/zsh; printf '%s\\n' 'autoload -Uz compinit' 'compinit -u -d /run/zcompdump' 'source " .. tool.source
-    .. "/completion/rpcctl.zsh' 'PS1=ok:' >/run/zsh/.zshrc")
+  shell.run("mkdir /run/zsh; printf '%s\\n' 'autoload -Uz compinit' 'compinit -u -d /run/zcompdump' 'source "
+    .. tool.source .. "/completion/rpcctl.zsh' 'PS1=ok:' >/run/zsh/.zshrc")
   for _, row in ipairs {
     { "rows portr", "rows portrate " }, { "rows portinfo lin", "rows portinfo link=" },
     { "rows portinfo link=u", "rows portinfo link=up " }, { "rows svi --form", "rows svi --format=" },

@@ -15,6 +15,7 @@ end
 prints("rows fdb --fields mac mac=001e80bb0007", "00-1E-80-BB-00-07\n")
 prints("rows portstat --fields port 'counter9>00000000000000000000' 'port<3'", "1\n2\n")
 prints("rows portstat --fields port 'counter9>99999999999999999999'", "")
+prints("rows portstat --fields port 'counter9>9' 'counter9!=9' 'port<3'", "1\n2\n") -- as numbers, not as texts
 prints("get portinfo name=ge3 --fields port", "port\t3\n")
 prints("rows telnet --fields tcp_port", "23\n") -- a table of one row has one
 prints("rows telnet tcp_port=24", "")

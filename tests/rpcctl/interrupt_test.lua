@@ -52,8 +52,8 @@ shell.tell "clear"
 shell.run(tool.command .. " set svi vlan=20 name=q; " .. tool.command .. " set svi vlan=1 name=q")
 shell.tell "fault oltmib_svi_set_1 after=1 drop"
 output, errors, status = interrupted("restore /run/kept/a.txt", "oltmib_svi_set_1")
-check.equal("restore", { output:match("^svi vlan=1 name: q %-> vlan1\n"), errors, status }, { "svi vlan=1 name: q -> vlan1\n",
-  "", 130 })
+check.equal("restore", { output:match("^svi vlan=1 name: q %-> vlan1\n"), errors, status },
+  { "svi vlan=1 name: q -> vlan1\n", "", 130 })
 shell.tell "clear"
 check.equal("and can be run again", shell.run(tool.command .. " restore /run/kept/a.txt >/dev/null; " .. tool.command
   .. " diff /run/kept/a.txt"), "")

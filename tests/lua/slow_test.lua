@@ -24,7 +24,8 @@ local expected = "oltmib_svi_get_1 (service nsminfo, program 50004): the daemon 
   .. "it may still carry the call out [RPC: Timed out]"
 check.equal("timed out", { code, sentence }, { "timed_out", expected })
 check.equal("rpcctl", rpcctl:read("*a"), "rpcctl: " .. expected
-  .. "; is the daemon stuck? Read the row before you repeat a set\n5\n")
+  .. "; is the daemon stuck? rpcctl health tells which daemons answer; "
+  .. "read the row before you repeat a change\n5\n")
 rpcctl:close()
 
 check.finish()

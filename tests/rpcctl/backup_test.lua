@@ -226,10 +226,11 @@ fails("backup /run/nowhere/a.txt", 1, "rpcctl: backup: /run/nowhere/a.txt: expec
 fails("backup /run/backups", 1, "rpcctl: backup: /run/backups: expected to write it, found /run/backups: Is a "
   .. "directory; "
   .. "is there room, and may you write there?\n")
-run "mknod /run/full c 1 7"
-fails("backup /run/full", 1, "rpcctl: backup: /run/full: expected to write it, found No space left on device; is there "
-  .. "room, and may you write there?\n")
-check.equal("a device stays one", run "test -c /run/full && echo yes", "yes\n")
+-- nothing takes the place of what is no file
+run "mkfifo /run/fifo; cat /run/fifo >/run/read & rpcctl backup /run/fifo svi; wait"
+check.equal("into a pipe", { (run "test -p /run/fifo && echo yes"), (run "grep -c ^svi /run/read") }, { "yes\n", "3\n" })
+run "ln -s open.txt /run/link.txt; rpcctl backup /run/link.txt svi"
+check.equal("through a link", run "test -L /run/link.txt && echo yes", "yes\n")
 
 -- A restore stops at the first row that fails, goes on when told to, and can be run again
 file = assert(io.open("/run/three.txt", "w"))

@@ -84,7 +84,7 @@ end
 local function kept_of(this, row, secrets)
   local kept = ending.need(record.carried(this.apis.set.name, row))
   for _, field in ipairs(this.fields) do
-    if field.secret and not field.key and not secrets then
+    if field.secret and not secrets then
       kept[field.field] = nil
     end
   end
@@ -123,8 +123,13 @@ local function entries_of(this, rows, secrets)
   return entries
 end
 
--- Why the rows of a table cannot be listed, or nil.
-local function unreadable(this)
+-- Why the rows of a table cannot be kept, or nil.
+local function unreadable(this, secrets)
+  for _, field in ipairs(this.key) do
+    if field.secret and not secrets then
+      return "its key (" .. field.name .. ") is a secret; --show-secrets keeps it"
+    end
+  end
   if not (this.apis.get or this.apis.getn) then
     return "its rows cannot be read"
   elseif not this.apis.getn and this.key[1] then
@@ -139,7 +144,7 @@ end
 function settings.read(list, options)
   local walks, places, found = {}, {}, {}
   for i, this in ipairs(list) do
-    found[i] = { this = this, lost = unreadable(this) }
+    found[i] = { this = this, lost = unreadable(this, options["show-secrets"]) }
     found[this.name] = found[i]
     if not found[i].lost then
       walks[#walks + 1] = { this.name, nil, { call_seconds = options.call_seconds } }

@@ -18,7 +18,8 @@ end
 
 -- True when the cursor can be moved there.
 function terminal.can_move()
-  return terminal.is(1) and os.getenv("TERM") ~= "dumb" and os.getenv("TERM") ~= nil
+  local kind = os.getenv("TERM") or ""
+  return terminal.is(1) and kind ~= "dumb" and kind ~= ""
 end
 
 -- True when colours are welcome there.

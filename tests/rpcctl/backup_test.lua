@@ -26,7 +26,13 @@ check.equal("what cannot be kept is listed", {
   text:find("\n# not kept: vlanbitmapinfo: its rows cannot be read\n", 1, true) ~= nil,
   text:find("\n# not kept: account password: secret; --show-secrets keeps it\n", 1, true) ~= nil,
 }, { true, true })
-check.equal("no secret is in it", text:find("secret=", 1, true) or text:find("password=", 1, true), nil)
+check.equal("no secret is in it", text:find("secret=", 1, true) or text:find("password=", 1, true)
+  or text:find("community=", 1, true) or text:find("private", 1, true), nil)
+check.equal("nor a row whose key is one",
+  text:find("\n# not kept: snmp_community: its key (community) is a secret; --show-secrets keeps it\n", 1, true) ~= nil,
+  true)
+check.equal("which is kept when asked for",
+  tool.count(run "rpcctl backup - snmp_community --show-secrets", "\nsnmp_community community=p"), 2)
 local ports = {}
 for port in text:gmatch("\nportinfo port=(%d+)") do
   ports[#ports + 1] = port
@@ -228,7 +234,8 @@ fails("backup /run/backups", 1, "rpcctl: backup: /run/backups: expected to write
   .. "is there room, and may you write there?\n")
 -- nothing takes the place of what is no file
 run "mkfifo /run/fifo; cat /run/fifo >/run/read & rpcctl backup /run/fifo svi; wait"
-check.equal("into a pipe", { (run "test -p /run/fifo && echo yes"), (run "grep -c ^svi /run/read") }, { "yes\n", "3\n" })
+check.equal("into a pipe", { (run "test -p /run/fifo && echo yes"), (run "grep -c ^svi /run/read") }, { "yes\n",
+  "3\n" })
 run "ln -s open.txt /run/link.txt; rpcctl backup /run/link.txt svi"
 check.equal("through a link", run "test -L /run/link.txt && echo yes", "yes\n")
 

@@ -72,7 +72,7 @@ check.equal("nor of list and health", widest(shown("rpcctl list --tables vlan; r
 local bold = "\27[1m"
 screen = shown("rpcctl rows svi --fields vlan", 80, { coloured = true })
 check.equal("headers are bold", screen:find(bold .. "vlan", 1, true), 1)
-for _, environment in ipairs { "NO_COLOR=1", "TERM=dumb" } do
+for _, environment in ipairs { "NO_COLOR=1", "TERM=dumb", "TERM=" } do
   screen = shown("rpcctl rows svi --fields vlan", 80, { coloured = true, environment = environment })
   check.equal(environment .. ": none", screen:find("\27", 1, true), nil)
 end

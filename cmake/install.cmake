@@ -13,16 +13,25 @@ set(LIBRPC_LUA_CMODDIR "${CMAKE_INSTALL_LIBDIR}/lua/${lua_version}" CACHE STRING
 set(LIBRPC_LUA_MODDIR "${CMAKE_INSTALL_DATADIR}/lua/${lua_version}" CACHE STRING "Where Lua looks for Lua modules")
 
 install(TARGETS rpc LIBRARY DESTINATION ${LIBRPC_LUA_CMODDIR})
-install(DIRECTORY lua/librpc DESTINATION ${LIBRPC_LUA_MODDIR} FILES_MATCHING PATTERN "*.lua")
-configure_file(lua/rpcctl ${CMAKE_BINARY_DIR}/rpcctl COPYONLY)
+install(DIRECTORY lua/librpc lua/rpcctl DESTINATION ${LIBRPC_LUA_MODDIR} FILES_MATCHING PATTERN "*.lua")
+file(WRITE ${CMAKE_BINARY_DIR}/rpcctl_version.lua "return \"${PROJECT_VERSION}\"\n")
+install(FILES ${CMAKE_BINARY_DIR}/rpcctl_version.lua DESTINATION ${LIBRPC_LUA_MODDIR}/rpcctl RENAME version.lua)
+configure_file(bin/rpcctl ${CMAKE_BINARY_DIR}/rpcctl COPYONLY)
 if(NOT LIBRPC_LUA STREQUAL "lua5.1")
   # the program runs with the Lua that the library was built for
-  file(READ lua/rpcctl program)
+  file(READ bin/rpcctl program)
   string(REGEX REPLACE "^#![^\n]*" "#!/usr/bin/env ${LIBRPC_LUA}" program "${program}")
   file(WRITE ${CMAKE_BINARY_DIR}/rpcctl "${program}")
 endif()
 install(PROGRAMS ${CMAKE_BINARY_DIR}/rpcctl DESTINATION ${CMAKE_INSTALL_BINDIR})
+# where each shell looks
 install(FILES completion/rpcctl.bash DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions RENAME rpcctl)
+set(zsh_functions "site-functions")
+if(CMAKE_INSTALL_PREFIX STREQUAL "/usr" AND EXISTS /etc/debian_version) # Debian's packages have a folder of their own
+  set(zsh_functions "vendor-completions")
+endif()
+install(FILES completion/rpcctl.zsh DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/${zsh_functions} RENAME _rpcctl)
+install(FILES completion/rpcctl.fish DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d)
 install(FILES docs/man/rpcctl.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
 install(FILES docs/man/librpc.3 docs/man/librpc.record.3 DESTINATION ${CMAKE_INSTALL_MANDIR}/man3)
 # Links between the documents stay right: what lies where is as in the source tree.

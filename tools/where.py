@@ -26,7 +26,7 @@ def fail(where, expected, found):
 def tags():
     """All that ctags finds in the sources that the repository knows."""
     files = subprocess.run(["git", "ls-files", "-co", "--exclude-standard", "rpc", "common", "services", "sim", "tools",
-                            "lua", "web", "bench"], cwd=ROOT, stdout=subprocess.PIPE, text=True, check=True).stdout
+                            "lua", "bin", "web", "bench"], cwd=ROOT, stdout=subprocess.PIPE, text=True, check=True).stdout
     files = "\n".join(name for name in files.split("\n") if (ROOT / name).is_file())
     made = subprocess.run(["ctags", "--options=.ctags.d/librpc.ctags", "--output-format=json", "-L", "-", "-f", "-"],
                           cwd=ROOT, input=files, stdout=subprocess.PIPE, text=True, check=False)

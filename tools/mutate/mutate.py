@@ -35,7 +35,7 @@ LIBRARY = (
 MODULES = (((), r"^lua\.lua5\.1|^calls\.lua5\.1"), ((), "^(examples|generated)"))
 COMMAND_LINE = (((), "rpcctl|output"), ((), r"^lua\.lua5\.1|examples"))
 WEB = (((), r"^web\."),)
-STAGES = (("lua/rpcctl", COMMAND_LINE), ("lua", MODULES), ("web", WEB), ("", LIBRARY))
+STAGES = (("lua/rpcctl", COMMAND_LINE), ("bin", COMMAND_LINE), ("lua", MODULES), ("web", WEB), ("", LIBRARY))
 
 Planted = collections.namedtuple("Planted", "path line fault source")
 
@@ -58,7 +58,7 @@ def run(*command, cwd=ROOT, check=True, seconds=None):
 def language_of(path):
     if path.suffix in (".cpp", ".h"):
         return "cpp"
-    return "lua" if path.suffix in (".lua", ".cgi") or path.parts[0] == "lua" else None
+    return "lua" if path.suffix in (".lua", ".cgi") or path.parts[0] in ("lua", "bin") else None
 
 
 def files(paths):
@@ -187,7 +187,7 @@ def main():
     options = parser.parse_args()
 
     known = equivalents()
-    paths = options.paths or ["rpc", "common", "services", "lua", "web"]
+    paths = options.paths or ["rpc", "common", "services", "lua", "bin", "web"]
     found = [one for one in all_faults([path for path in paths if (ROOT / path).exists()], options.changed)
              if (one.path.as_posix(), one.fault.what, text_of(one)) not in known]
     chosen = sample(found, options.sample, options.offset)

@@ -49,7 +49,7 @@ local function table_of(name, apis, view)
     fields[i] = field_of(field, apis.set)
   end
   return {
-    table = name, title = entry.title or name, description = entry.description, role = entry.role,
+    table = name, title = entry.title or name, description = entry.description, role = entry.table_role,
     service = any.service, operations = json.array(there), key = view.key and json.array(key) or json.null,
     fields = json.array(fields),
   }

@@ -254,6 +254,12 @@ check.row(record.get, { "portinfo", {} }, { "nil", "portinfo: key: expected port
 answers = { "x" .. reply(3, 0) }
 check.row(record.get, { "portinfo", { port = 3 } },
   { "nil", 'oltmib_portinfo_get_1: port: expected a whole number, found "x3"', "bad_text", "nil" })
+answers = { reply(3, 100) }
+check.equal("another row's secret", (select(2, record.get("portinfo", { port = 3, speed = 1000 }))),
+  "oltmib_portinfo_get_1: speed: expected the row of that key, found a secret of another")
+answers = { reply(1, 1000), reply(1, 1000) }
+check.equal("a row of secrets again", (select(2, record.rows("portinfo"))),
+  "oltmib_portinfo_getn_1: expected another row, found one again")
 answers = { (reply(3, 0):gsub("&0&", "&many&", 1)) }
 check.row(record.get, { "portinfo", { port = 3 } },
   { "nil", "oltmib_portinfo_get_1: speed: expected a whole number, found a secret", "bad_text", "nil" })

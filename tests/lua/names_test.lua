@@ -287,6 +287,25 @@ end
 check.equal("a later file over a mistake", loaded("LIBRPC_NAMES=" .. first .. ":" .. path,
   'select(3, n.load("' .. second .. '"))'), "bad_names")
 
+-- What was right once is not looked through again; another text is.
+local kept = folder .. "/kept"
+local function loaded_again(text)
+  local file = write("again.lua", text)
+  return (loaded("LIBRPC_NAMES=" .. file, ("n.keep(%q) or select(2, n.loaded()) or n.tables.svi.title")
+    :format(kept):gsub('"', "[[", 1):gsub('"', "]]", 1)):gsub("^.*/again.lua: ", ""))
+end
+local right, mistaken = "return { svi = { title = [[a]] } }", "return { svi = { title = [[a]], field1 = { nam = 1 } } }"
+check.equal("a right file", loaded_again(right), "a")
+check.equal("is kept", shell.run("tail -n 1 " .. kept), right)
+check.equal("one with a mistake", loaded_again(mistaken):match("^svi: field1: expected one of"),
+  "svi: field1: expected one of")
+check.equal("is not", shell.run("tail -n 1 " .. kept), right)
+check.equal("the right one again", loaded_again(right), "a")
+shell.run(("{ echo '%s/again.lua: %d' && printf %%s '%s'; } > %s"):format(folder, #mistaken, mistaken, kept))
+check.equal("what is kept is not looked through", loaded_again(mistaken), "a")
+check.equal("what is not kept is", loaded_again(mistaken .. " "):match("^svi: field1: expected one of"),
+  "svi: field1: expected one of")
+
 -- The folder, in a mount namespace whose /etc is ours.
 local function with_folder(commands, expression)
   local inside = "unshare -m sh -c 'mount -t tmpfs none /etc && mkdir -p /etc/librpc/names && unset LIBRPC_NAMES && "

@@ -139,6 +139,7 @@ local function answer(request)
   if not request.rights then
     return refusals.make("no_user")
   end
+  names.keep(site.state .. "/names.checked")
   local loaded
   loaded, problem = names.loaded()
   if not loaded then

@@ -59,7 +59,8 @@ class Server:
         os.mkdir("/srv/lib")
         shutil.copytree(SOURCE / "web", "/srv/librpc-web")
         shutil.copytree(SOURCE / "lua" / "librpc", "/srv/lua/librpc")
-        shutil.copytree("/srv/lua", "/srv/librpc-web", dirs_exist_ok=True)
+        subprocess.run(["lua5.1", SOURCE / "web" / "bundle.lua", "/srv/librpc-web/librpc.luac", "/srv/librpc-web",
+                        "/srv/lua"], check=True)
         lua = self.lua[self.name]
         library = self.build / ("librpc.so" if lua == "5.1" else f"lua{lua}/librpc.so")
         if not library.exists():
@@ -71,7 +72,7 @@ class Server:
         self.write("/srv/etc/web.lua", site)
         self.write("/srv/etc/web.users", "".join(password_line(*user) for user in users.items()))
         for path in pathlib.Path("/srv/librpc-web").rglob("*"):
-            if path.is_file() and path.suffix not in (".js", ".css", ".html"):
+            if path.is_file() and path.suffix not in (".js", ".css", ".html", ".luac"):
                 text = path.read_bytes()
                 for installed, here in FOLDERS.items():
                     text = text.replace(installed.encode(), here.encode())
@@ -106,6 +107,26 @@ class Server:
         self.write("/run/lighttpd.conf", 'include "/srv/librpc-web/servers/lighttpd/plain.conf"\n'
                    f"setenv.add-environment = ({lines})\n")
         self.command = [self.program, "-D", "-m", f"{self.root}/usr/lib/lighttpd", "-f", "/run/lighttpd.conf"]
+
+    def prepare_nginx(self):
+        text = pathlib.Path("/srv/librpc-web/servers/nginx/plain.conf").read_text(encoding="utf-8")
+        folders = "".join(f"  {kind}_temp_path /run/nginx_{kind};\n"
+                          for kind in ("client_body", "proxy", "fastcgi", "uwsgi", "scgi"))
+        text = text.replace("http {\n", f"http {{\n{folders}", 1)
+        self.write("/run/nginx.conf", "".join(f"env {name};\n" for name in self.given) + text)
+        lua = next(self.packages.glob("usr/share/lua/5.1"), "")
+        self.environment["LUA_PATH"] = f"{lua}/?.lua;" + self.environment["LUA_PATH"]
+        self.command = [self.program, "-p", f"{self.root}/usr/share/nginx", "-g", "daemon off;", "-c",
+                        "/run/nginx.conf"]
+
+    def prepare_apache(self):
+        self.command = [self.program, "-DFOREGROUND", "-d", f"{self.root}/usr/lib/apache2", "-f",
+                        "/srv/librpc-web/servers/apache/plain.conf"]
+
+    def prepare_busybox(self):
+        users = pathlib.Path("/srv/etc/web.users").read_text(encoding="utf-8").splitlines()
+        self.write("/srv/etc/httpd.conf", "".join(f"/:{line}\n" for line in users))
+        self.command = ["/srv/librpc-web/servers/busybox/serve.sh"]
 
     def start(self):
         self.process = subprocess.Popen(self.command, env=self.environment, cwd="/", stdin=subprocess.DEVNULL,

@@ -8,6 +8,7 @@
 --     header(name)  a header's value, or nil; names in lower case
 --     body(limit)   the body's text; nil where it is longer
 --     complain(line) writes to the server's log
+--     files         the console's folder, where the gateway is to serve it, too
 -- and gets from here
 --     site, rights  the configuration and what the user may
 --     body          the decoded body
@@ -119,6 +120,7 @@ end
 -- nil and a refusal.
 local function answer(request)
   local address = addresses[request.path]
+    or request.files and not request.path:match("^/api") and { GET = room("files") }
   if not address then
     return refusals.make("bad_address", request.path:sub(1, 200) .. ": expected an address of the gateway, found none")
   end

@@ -1,8 +1,10 @@
 """Starts the web console and its gateway on one of the web servers, in the network and the file systems that
 with_device.sh made: for ./dev web and tests/web. The servers' configurations are those of web/servers, as they are
 but for the folders."""
+import contextlib
 import os
 import pathlib
+import re
 import shutil
 import signal
 import secrets
@@ -29,6 +31,27 @@ def password_line(user, password):
     made = subprocess.run(["perl", "-e", "print crypt(<STDIN>, shift)", f"$6${secrets.token_hex(8)}$"],
                           input=password, capture_output=True, text=True, check=True).stdout
     return f"{user}:{made}\n"
+
+
+@contextlib.contextmanager
+def private_folder(path):
+    """A copy of a folder of devices, whose new files nobody else sees."""
+    kept = [f"{path}/{name}" for name in ("null", "zero", "full", "random", "urandom", "stderr", "stdout", "fd", "shm")]
+    subprocess.run(["mount", "--rbind", path, "/mnt"], check=True)
+    subprocess.run(["mount", "-t", "tmpfs", "none", path], check=True)
+    try:
+        for name in kept:
+            inside = f"/mnt/{pathlib.Path(name).name}"
+            if os.path.islink(inside):
+                os.symlink(os.readlink(inside), name)
+            elif os.path.isdir(inside):
+                os.mkdir(name)
+            else:
+                pathlib.Path(name).touch()
+                subprocess.run(["mount", "--bind", inside, name], check=True)
+        yield
+    finally:
+        subprocess.run(["umount", "-lR", path, "/mnt"], check=False)
 
 
 class Server:
@@ -140,7 +163,7 @@ class Server:
             time.sleep(0.02)
         raise Failed(self.name, f"a server on port {PORT}", self.log_text()[-2000:] or "none")
 
-    def stop(self):
+    def end(self):
         if self.process and self.process.poll() is None:
             os.killpg(self.process.pid, signal.SIGTERM)
             try:
@@ -148,6 +171,32 @@ class Server:
             except subprocess.TimeoutExpired:
                 os.killpg(self.process.pid, signal.SIGKILL)
                 self.process.wait()
+
+    def restart(self):
+        """Ends the server and starts it with what its files say now."""
+        self.end()
+        for _ in range(500):
+            with socket.socket() as probe:
+                probe.setsockopt(socket.SOL_SOCKET, socket.SO_REUSEADDR, 1)
+                try:
+                    probe.bind(("127.0.0.1", PORT))
+                    break
+                except OSError:
+                    time.sleep(0.02)
+        self.start()
+
+    def authenticates(self, is_on):
+        """Takes the password out of the server's configuration, or leaves it there."""
+        for path in [*pathlib.Path("/srv/librpc-web/servers").rglob("librpc.conf"), pathlib.Path("/srv/etc/httpd.conf")]:
+            if path.exists() and not is_on:
+                text = path.read_text(encoding="utf-8")
+                text = re.sub(r"^(auth_basic|auth\.require|  Auth|  Require valid-user|/:).*\n", "", text, flags=re.M)
+                text = text.replace("<Location />\n</Location>", "<Location />\n  Require all granted\n</Location>")
+                self.write(path, text)
+        self.restart()
+
+    def stop(self):
+        self.end()
         subprocess.run(["umount", "-lR", "/srv", "/var/lib"], check=False, stderr=subprocess.DEVNULL)
 
     def log_text(self):

@@ -190,7 +190,7 @@ class Server:
         for path in [*pathlib.Path("/srv/librpc-web/servers").rglob("librpc.conf"), pathlib.Path("/srv/etc/httpd.conf")]:
             if path.exists() and not is_on:
                 text = path.read_text(encoding="utf-8")
-                text = re.sub(r"^(auth_basic|auth\.require|  Auth|  Require valid-user|/:).*\n", "", text, flags=re.M)
+                text = re.sub(r"^(auth_basic|  set \$librpc_user|auth\.require|  Auth|  Require valid-user|/:).*\n", "", text, flags=re.M)
                 text = text.replace("<Location />\n</Location>", "<Location />\n  Require all granted\n</Location>")
                 self.write(path, text)
         self.restart()

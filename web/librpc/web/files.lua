@@ -12,10 +12,10 @@ local policy = "default-src 'self'; base-uri 'none'; form-action 'self'; frame-a
 
 -- A file's path from the address; nil where it is no file of the console's.
 local function path_of(address)
-  local path = address:sub(2)
-  if path == "" then
+  if address == "/" then
     return "index.html"
   end
+  local path = address:sub(2)
   for part in (path .. "/"):gmatch("([^/]*)/") do
     if not part:match("^[%w_-][%w_.-]*$") then
       return nil

@@ -4,6 +4,8 @@
 --     lua5.1 expected.lua sets       a list of { api, fields, status | code } of every other API
 --     lua5.1 expected.lua changes    a list of { table, key, changes, back, status, changed | code }: each change
 --                                    is made, and taken back
+--     lua5.1 expected.lua secrets    the fields that are secret, as TABLE.FIELD
+--     lua5.1 expected.lua gateway    the gateway's own addresses and codes
 --     lua5.1 expected.lua get TABLE KEY FIELD    one field of one row; KEY as JSON
 local cjson = require "cjson"
 local names = require "librpc.names"
@@ -122,11 +124,23 @@ local function secrets()
   return list
 end
 
+-- Of the gateway itself, for what documents say of it.
+local function gateway()
+  local addresses, codes = {}, {}
+  for path, methods in pairs(require("librpc.web.handler").addresses) do
+    addresses[#addresses + 1] = (methods.GET and "GET " or "POST ") .. path
+  end
+  for code, own in pairs(require("librpc.web.refusals").own) do
+    codes[code] = own
+  end
+  return { addresses = addresses, codes = codes }
+end
+
 local function get(table_name, key, field)
   local row, message = record.get(table_name, cjson.decode(key))
   return { row and row[field] or message }
 end
 
 cjson.encode_sparse_array(true)
-local ways = { reads = reads, sets = sets, changes = changes, secrets = secrets, get = get }
+local ways = { reads = reads, sets = sets, changes = changes, secrets = secrets, get = get, gateway = gateway }
 print(cjson.encode(ways[arg[1]](arg[2], arg[3], arg[4])))

@@ -112,6 +112,10 @@ class Gateway:
         self.name, self.build, self.packages = name, build, packages
         self.base = "/cgi-bin/librpc.cgi" if name == "busybox" else ""
         self.server = web_server.Server(name, build, packages, USERS, site=site, **options)
+        page = pathlib.Path("/srv/librpc-web/console/index.html")
+        if not page.exists():
+            page.parent.mkdir(exist_ok=True)
+            page.write_text("<!DOCTYPE html>\n<title>Device</title>\n", encoding="utf-8")
         self.server.start()
 
     def __enter__(self):
@@ -159,7 +163,7 @@ class Gateway:
     def expected(self, *arguments):
         """What librpc.record gives: see expected.lua."""
         libraries = next(pathlib.Path(self.packages).glob("usr/lib/*/lua/5.1"), "")
-        environment = {**os.environ, "LUA_PATH": f"{SOURCE}/lua/?.lua;;",
+        environment = {**os.environ, "LUA_PATH": f"{SOURCE}/lua/?.lua;{SOURCE}/web/?.lua;;",
                        "LUA_CPATH": f"{self.build}/?.so;{libraries}/?.so;;",
                        "LD_LIBRARY_PATH": self.server.given["LD_LIBRARY_PATH"],
                        "LIBRPC_NAMES": f"{SOURCE}/sim/names.lua"}
@@ -914,6 +918,119 @@ def texts_of_the_device_are_json_whatever_their_bytes(gateway):
     check("are shown as such", row["name"], "\ufffda\ufffd(\u00e4\ufffd\ufffd\ufffd")
     check("and are no other row's", gateway.change({"table": "vlaninfo", "key": {"vlan": 10}, "changes": {
         "tagged": "ge5"}, "read": row}).status, 200)
+
+
+def is_like(found, shown):
+    """Whether an answer is what a document shows of it: "..." is any value, and any further members."""
+    if shown == "...":
+        return True
+    if isinstance(shown, dict):
+        return (isinstance(found, dict) and ("..." in shown or set(found) == set(shown))
+                and all(name in found and is_like(found[name], value)
+                        for name, value in shown.items() if name != "..."))
+    if isinstance(shown, list):
+        rest = shown[-1:] == ["..."]
+        listed = shown[:-1] if rest else shown
+        return (isinstance(found, list) and (len(found) >= len(listed) if rest else len(found) == len(listed))
+                and all(is_like(*pair) for pair in zip(found, listed)))
+    return found == shown
+
+
+@test
+@only("lighttpd")
+def examples_of_the_document_get_the_answers_that_it_shows(gateway):
+    text = (SOURCE / "docs" / "gateway.md").read_text(encoding="utf-8")
+    examples = re.findall(r"^```http\n(GET|POST) (\S+)\n(.*?)```\n```json\n(.*?)```\n", text, re.M | re.S)
+    check("examples", (len(examples), len(examples)), (text.count("```http"), text.count("```json")))
+    told = {re.sub(r"\?.*", "", path) for _, path, _, _ in examples}
+    for method, path, body, shown in examples:
+        is_change = path == "/api/change"
+        headers = {"Origin": ORIGIN, "X-Librpc-Token": gateway.token("root")} if is_change else None
+        answer = gateway.send(method, path, body.encode() if body else None, headers=headers,
+                              user="root" if is_change else "ann")
+        shown = json.loads(shown)
+        if not is_like(answer.json, shown):
+            check(f"{method} {path} {body}", answer.text.decode()[:1500], shown)
+    own = gateway.expected("gateway")
+    check("every address is told", told | {"/metrics"}, {address.split()[1] for address in own["addresses"]})
+    codes = "".join(f"| `{code}` | {status} | {meaning} |\n" for code, (status, meaning) in sorted(own["codes"].items()))
+    check_in("codes", f"| code | status | meaning |\n|---|---|---|\n{codes}<!-- /codes -->", text)
+
+
+def validator(schemas, name):
+    import jsonschema
+    return jsonschema.Draft202012Validator({"$ref": f"#/components/schemas/{name}", **schemas})
+
+
+@test
+@only("lighttpd")
+def openapi_says_what_the_gateway_takes_and_gives(gateway):
+    sys.path.insert(0, str(pathlib.Path(gateway.packages) / "usr/lib/python3/dist-packages"))
+    try:
+        import jsonschema
+    except ImportError:
+        print("gateway_test: packages: expected python3-jsonschema, found none: skipped")
+        sys.exit(SKIPPED)
+    document = json.loads((SOURCE / "docs" / "openapi.json").read_text(encoding="utf-8"))
+    operations = {f"{method.upper()} {path}": operation for path, methods in document["paths"].items()
+                  for method, operation in methods.items()}
+    check("addresses", set(operations), set(gateway.expected("gateway")["addresses"]))
+    schemas = {"components": document["components"]}
+    for schema in document["components"]["schemas"].values():
+        jsonschema.Draft202012Validator.check_schema(schema)
+
+    def reference(content):
+        return content["application/json"]["schema"]["$ref"].rsplit("/", 1)[1]
+
+    def valid(name, value):
+        return next((f"{list(error.absolute_path)}: {error.message[:300]}"
+                     for error in validator(schemas, name).iter_errors(value)), None)
+
+    def ask(operation, body=None, **options):
+        method, path = operation.split()
+        told = operations[operation]
+        if body is not None:
+            name = reference(told["requestBody"]["content"])
+            taken = valid(name, body)
+        answer = gateway.send(method, path, body, **options)
+        name = reference(told["responses"].get(str(answer.status), told["responses"]["default"])["content"])
+        check(f"{operation} {str(body)[:200]}: the answer {answer.text[:300]!r}", valid(name, answer.json), None)
+        if body is not None:
+            is_refused = answer.code == (400, "bad_body") and answer.json["error"]["message"].startswith("body")
+            check(f"{operation} {str(body)[:300]}: refused", is_refused, taken is not None)
+        return answer
+    for operation in "GET /api/session", "GET /api/schema", "GET /api/health", "GET /api/log":
+        ask(operation)
+    schema = gateway.get("/api/schema").json
+    for part in in_parts(schema["tables"]):
+        ask("POST /api/rows", {"walks": [{"table": table["table"]} for table in part], "seconds": 20})
+        ask("POST /api/all", {"calls": [{"table": table["table"]} for table in part], "seconds": 20})
+    for part in in_parts([api["name"] for api in schema["apis"]]):
+        ask("POST /api/all", {"calls": [{"api": name} for name in part], "seconds": 20})
+    root = {"user": "root", "headers": {"Origin": ORIGIN, "X-Librpc-Token": gateway.token("root")}}
+    for body in ({"table": "vlaninfo", "key": {"vlan": 10}, "changes": {"name": "a"}},
+                 {"table": "vlaninfo", "key": {"vlan": 10}, "changes": {"name": "b"}, "read": {"name": "voice"}},
+                 {"table": "vlaninfo", "key": {"vlan": 10}, "changes": {"name": "a&b"}},
+                 {"table": "vlaninfo", "key": {"vlan": 20}, "changes": {"name": "c"}, "add": True},
+                 {"table": "account", "key": {"user": "admin"}, "changes": {"password": "x"}},
+                 {"table": "snmp_community", "key": {"community": "public"}, "changes": {"view": "all"}},
+                 {"api": "oltmib_dyinggasp_support_1"}, {"api": "oltmib_telnet_set_1", "fields": {"tcp_port": 23}},
+                 {"table": "queueweight", "changes": {"weights": [8, 7, 6, 5, 4, 3, 2, 1]}}, {"table": 5}, {"key": 1}):
+        ask("POST /api/change", body, **root)
+    ask("GET /api/log")
+    for body in WRONG_BODIES:
+        try:
+            parsed = json.loads(body.decode())
+            json.dumps(parsed, allow_nan=False, ensure_ascii=False).encode()  # half a character is none
+        except (ValueError, RecursionError):
+            continue
+        for path in "/api/all", "/api/rows", "/api/check":
+            ask("POST " + path, parsed)
+    tell("fault nsminfo drop")
+    ask("POST /api/rows", {"walks": [{"table": "portinfo"}], "seconds": 0.2})
+    ask("POST /api/all", {"calls": [{"table": "portinfo", "key": {"port": 1}}], "seconds": 0.2})
+    with stopped_device():
+        ask("GET /api/health")
 
 
 @test

@@ -42,6 +42,8 @@ local addresses = {
   ["/metrics"] = { GET = room("metrics") },
 }
 
+handler.addresses = addresses
+
 -- What every answer carries: it is data, it is for this user, and nothing in it runs.
 local function headers_of(content_type)
   return {

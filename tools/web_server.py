@@ -62,10 +62,11 @@ class Server:
     lua = {"lighttpd": "5.1", "nginx": "5.1", "apache": "5.3", "busybox": "5.1"}
 
     def __init__(self, name, build, packages, users, site="return {}", names=SOURCE / "sim" / "names.lua",
-                 live=False, environment=None):
+                 live=False, environment=None, listen="plain"):
         self.name, self.build, self.packages = name, pathlib.Path(build).resolve(), pathlib.Path(packages).resolve()
         self.names_file, self.process = names, None
-        self.given = environment or {}
+        self.given, self.listen = environment or {}, listen
+        self.port = 443 if listen == "tls" else PORT
         self.log = open("/run/web_server.log", "w+b")
         folders = [f"{self.packages}/usr/sbin", f"{self.packages}/usr/bin", f"{self.packages}/bin", os.environ["PATH"]]
         self.path = ":".join(folders)
@@ -106,6 +107,10 @@ class Server:
         os.makedirs("/run/librpc-web", exist_ok=True)
         shutil.chown("/run/librpc-web", "www-data", "www-data")
         os.chmod("/run/librpc-web", 0o700)
+        if self.listen == "tls":
+            subprocess.run(["openssl", "req", "-x509", "-newkey", "rsa:2048", "-nodes", "-days", "2", "-subj",
+                            "/CN=localhost", "-addext", "subjectAltName=DNS:localhost", "-keyout", "/srv/etc/web.key",
+                            "-out", "/srv/etc/web.pem"], check=True, capture_output=True)
         self.environment = {**os.environ, "PATH": self.path}
         self.given = {
             "LUA_PATH": "/srv/lua/?.lua;;", "LUA_CPATH": f"/srv/lib/?.so;{self.modules(lua)}/?.so;;",
@@ -127,12 +132,12 @@ class Server:
     def prepare_lighttpd(self):
         # lighttpd hands a CGI program no environment but its own
         lines = ", ".join(f'"{name}" => "{value}"' for name, value in self.given.items())
-        self.write("/run/lighttpd.conf", 'include "/srv/librpc-web/servers/lighttpd/plain.conf"\n'
+        self.write("/run/lighttpd.conf", 'include "/srv/librpc-web/servers/lighttpd/' + f'{self.listen}.conf"\n'
                    f"setenv.add-environment = ({lines})\n")
         self.command = [self.program, "-D", "-m", f"{self.root}/usr/lib/lighttpd", "-f", "/run/lighttpd.conf"]
 
     def prepare_nginx(self):
-        text = pathlib.Path("/srv/librpc-web/servers/nginx/plain.conf").read_text(encoding="utf-8")
+        text = pathlib.Path(f"/srv/librpc-web/servers/nginx/{self.listen}.conf").read_text(encoding="utf-8")
         folders = "".join(f"  {kind}_temp_path /run/nginx_{kind};\n"
                           for kind in ("client_body", "proxy", "fastcgi", "uwsgi", "scgi"))
         text = text.replace("http {\n", f"http {{\n{folders}", 1)
@@ -144,7 +149,7 @@ class Server:
 
     def prepare_apache(self):
         self.command = [self.program, "-DFOREGROUND", "-d", f"{self.root}/usr/lib/apache2", "-f",
-                        "/srv/librpc-web/servers/apache/plain.conf"]
+                        f"/srv/librpc-web/servers/apache/{self.listen}.conf"]
 
     def prepare_busybox(self):
         users = pathlib.Path("/srv/etc/web.users").read_text(encoding="utf-8").splitlines()
@@ -156,12 +161,12 @@ class Server:
                                         stdout=self.log, stderr=self.log, start_new_session=True)
         for _ in range(500):
             with socket.socket() as probe:
-                if probe.connect_ex(("127.0.0.1", PORT)) == 0:
+                if probe.connect_ex(("127.0.0.1", self.port)) == 0:
                     return
             if self.process.poll() is not None:
                 break
             time.sleep(0.02)
-        raise Failed(self.name, f"a server on port {PORT}", self.log_text()[-2000:] or "none")
+        raise Failed(self.name, f"a server on port {self.port}", self.log_text()[-2000:] or "none")
 
     def end(self):
         if self.process and self.process.poll() is None:
@@ -179,7 +184,7 @@ class Server:
             with socket.socket() as probe:
                 probe.setsockopt(socket.SOL_SOCKET, socket.SO_REUSEADDR, 1)
                 try:
-                    probe.bind(("127.0.0.1", PORT))
+                    probe.bind(("127.0.0.1", self.port))
                     break
                 except OSError:
                     time.sleep(0.02)

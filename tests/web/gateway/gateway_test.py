@@ -17,6 +17,7 @@ import pathlib
 import random
 import re
 import signal
+import ssl
 import subprocess
 import sys
 import time
@@ -141,7 +142,11 @@ class Gateway:
         sent = {name: value for name, value in sent.items() if value is not None}
         if body is not None and not isinstance(body, bytes):
             body = json.dumps(body).encode()
-        connection = http.client.HTTPConnection("127.0.0.1", web_server.PORT, timeout=timeout)
+        if self.server.listen == "tls":
+            trusted = ssl.create_default_context(cafile="/srv/etc/web.pem")
+            connection = http.client.HTTPSConnection("localhost", timeout=timeout, context=trusted)
+        else:
+            connection = http.client.HTTPConnection("127.0.0.1", web_server.PORT, timeout=timeout)
         connection.request(method, self.base + path, body, sent)
         answer = Answer(connection.getresponse())
         connection.close()
@@ -546,6 +551,19 @@ def a_change_comes_from_the_gateways_own_page(gateway):
     check("an origin of the configuration's", gateway.change(body, headers={"Origin": "https://olt.example"}).status,
           200)
     check("and no other", gateway.change(body).code, (403, "not_same_origin"))
+
+
+@test
+@only("lighttpd", "nginx", "apache")
+def over_tls_a_page_of_the_plain_address_is_another(gateway):
+    body = {"table": "vlaninfo", "key": {"vlan": 10}, "changes": {"name": "safe"}}
+    check("its own", gateway.change(body, headers={"Origin": "https://localhost"}).status, 200)
+    for origin in "http://localhost", "http://localhost:443", "https://localhost:8443":
+        check(origin, gateway.change(body, headers={"Origin": origin}).code, (403, "not_same_origin"))
+    check("a page of the console's", gateway.get("/index.html").status, 200)
+
+
+over_tls_a_page_of_the_plain_address_is_another.listen = "tls"
 
 
 @test
@@ -1082,7 +1100,8 @@ def main(arguments):
     build, packages, server, name = arguments
     function = next(function for function in tests if function.__name__ == name)
     try:
-        gateway = Gateway(server, pathlib.Path(build).resolve(), packages)
+        gateway = Gateway(server, pathlib.Path(build).resolve(), packages,
+                          listen=getattr(function, "listen", "plain"))
     except FileNotFoundError as missing:
         print(f"{missing}: skipped")
         return SKIPPED

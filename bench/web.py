@@ -3,7 +3,7 @@
 
     with_device.sh BUILD -- bench/web.py BUILD PACKAGES [ROUNDS]
 
-One client, one request after the other, both kinds by turns; medians. `./dev bench` runs it with lighttpd.
+One client, one request after the other, both kinds by turns; medians. `./dev bench web` runs it with lighttpd.
 """
 import base64
 import http.client
@@ -40,8 +40,10 @@ def main():
         "bare": ("GET", "/bare", None),
         "health": ("GET", "/api/health", None),
         "all": ("POST", "/api/all", json.dumps({"calls": [{"api": f"oltmib_{table}_get_1"} for table in TABLES]})),
-        "rows": ("POST", "/api/rows", json.dumps({"walks": [{"table": table} for table in TABLES]})),
+        "ports": ("POST", "/api/rows", json.dumps({"walks": [{"table": "portinfo"}]})),
+        "tables": ("POST", "/api/rows", json.dumps({"walks": [{"table": table} for table in TABLES]})),
         "session": ("GET", "/api/session", None),
+        "log": ("GET", "/api/log", None),
     }
     times = {name: [] for name in asked}
     try:

@@ -5,6 +5,8 @@
 -- that asks for one says so with `set $librpc_user $remote_user`.
 local handler = require "librpc.web.handler"
 
+-- luacheck: globals ngx
+
 -- A header that came several times is one that nobody sent.
 local function header(name)
   local value = ngx.req.get_headers()[name]

@@ -488,6 +488,11 @@ def secrets_never_leave(gateway):
         changed({"table": table, "key": key, "changes": {field: mark + "2"}, "read": {**row, next(iter(keys)): row[
             next(iter(keys))]}})
         changed({"table": table, "key": key, "changes": {field: mark}, "add": True})
+        new = {name: f"new{len(answers)}" if isinstance(value, str) else 77 for name, value in key.items()}
+        answer = changed({"table": table, "key": new, "changes": {field: mark}, "add": True})
+        check(secret + " can be added", (answer.status, answer.json.get("changed")), (200, {field: {"secret": True}}))
+        answer = changed({"api": f"oltmib_{table}_set_1", "fields": {**key, field: mark}})
+        check(secret + " by its API", (answer.status, answer.json["changed"][field]), (200, {"secret": True}))
         changed({"table": table, "key": {**key, field: mark}, "changes": {}})
         answers.append(gateway.post("/api/all", {"calls": [{"table": table, "key": {**key, field: mark}},
                                                            {"api": f"oltmib_{table}_get_1", "fields": {field: mark}},
@@ -514,6 +519,10 @@ def secrets_never_leave(gateway):
     gateway.configure(SITE.replace('metrics = {', 'metrics = { "snmp_community", "account", "radsrv",'))
     answers += [gateway.get(path, user="root") for path in (
         "/metrics", "/api/log?limit=200", "/api/schema", "/api/session", "/api/health")]
+    names = (SOURCE / "sim" / "names.lua").read_text(encoding="utf-8")
+    gateway.configure(SITE, names=names.replace('role = "port_name" }', 'role = "port_name", secret = true }'))
+    metrics = gateway.get("/metrics").text.decode()
+    check("no secret beside a counter", ('port="3"' in metrics, "ge3" in metrics), (True, False))
     for answer in answers:
         check("no secret in an answer", mark.encode() in answer.text, False)
     kept = pathlib.Path(LOG).read_text(encoding="utf-8") + gateway.server.log_text()
@@ -743,6 +752,8 @@ def bodies_of_every_wrong_shape_are_refused(gateway):
                        ("/api/rows", b'{"calls":[]}'), ("/api/check", b'{"table":"svi","fields":[1]}'),
                        ("/api/check", b'{"table":"svi","fields":5}'), ("/api/check", b'{"tabel":"svi"}')):
         check(f"{path} {body!r}", gateway.post(path, body).code, (400, "bad_body"))
+    for body in b"[" * 20000, b'{"a":' * 9 + b"1" + b"}" * 9:
+        check_in("too deep", "nested", gateway.post("/api/all", body).json["error"]["message"])
     many = {"calls": [{"table": "telnet"}] * 64}
     check("as many as the limit", gateway.post("/api/all", many).status, 200)
     check("more", gateway.post("/api/all", {"calls": many["calls"] * 2}).code, (400, "too_many"))

@@ -663,6 +663,12 @@ def syslog_gets_what_a_file_gets(gateway):
         os.chmod("/dev/log", 0o666)
         check("a change", gateway.change(body).status, 200)
         check_in("its line", '"fields":{"name":{"after":"phones","before":"voice"}}', lines.recv(4096).decode())
+        texts = {"changes": {"content": "x" * 511}}, {"changes": {"content": "y" * 511}}
+        for text in texts:
+            check("a long change", gateway.change({"table": "sdsminfo", "key": {}, **text}).status, 200)
+        lines.recv(8192)
+        check("its line is whole", json.loads(re.sub(rb"^[^{]*", b"", lines.recv(8192)))["fields"]["content"],
+              {"before": "x" * 511, "after": "y" * 511})
         check("which cannot be shown", gateway.get("/api/log").json, {"changes": [], "kept": False})
 
 
@@ -762,8 +768,9 @@ def bodies_of_every_wrong_shape_are_refused(gateway):
     check("a larger one", gateway.post("/api/all", b" " * 120000).status, 413)
     for method in "PUT", "DELETE", "PATCH":
         check(method, gateway.send(method, "/api/all", b"{}").status in (400, 403, 405, 501), True)
-    check("GET", gateway.get("/api/all").code, (405, "bad_method"))
-    check("POST", gateway.post("/api/session", {}).code, (405, "bad_method"))
+    for path, allowed in ("/api/all", "POST"), ("/api/session", "GET, HEAD"):
+        answer = gateway.send("GET" if allowed == "POST" else "POST", path, None if allowed == "POST" else {})
+        check(f"{path} in another way", (answer.code, answer.headers.get("allow")), ((405, "bad_method"), allowed))
     for path in "/api/nothing", "/api/all/more", "/api/../api/x", "/api/%00":
         check(path, gateway.post(path, {"calls": []}).status in (400, 404), True)
     check("a limit that is none", gateway.get("/api/log?limit=x").code, (400, "bad_body"))

@@ -14,6 +14,7 @@
 ---@field description? string
 ---@field values? table<integer, string>
 ---@field secret? boolean
+---@field role? string # what it is to a page, see docs/named_fields.md
 
 ---@class librpc.names
 ---@field tables table<string, table> # all that is loaded
@@ -40,6 +41,10 @@ function names.load(path) end
 ---@return string? code
 ---@return string[]? list
 function names.check(path) end
+
+---Says where it stands which files were right already: they are not looked through again.
+---@param path string
+function names.keep(path) end
 
 ---Whether what is installed can be used.
 ---@return table? tables

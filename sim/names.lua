@@ -1,8 +1,9 @@
 -- Names for the simulated device, and an example of a file of names: what its
 -- fields hold, which are the key, which are secret. docs/named_fields.md tells the
 -- form. Nothing here is known of any real device: the fields mean what
--- sim/content.cpp makes them mean, and those that it gives no meaning (counters
--- that only grow, numbers without a use) are not here.
+-- sim/content.cpp makes them mean, and those that it gives no meaning (numbers
+-- without a use) are not here. The counters only grow, all alike: what the ports'
+-- are called is for pages that show some.
 --
 -- The simulated device takes its own keys from this file: a table begins with a
 -- line "  TABLE = {", and its key is a line of its own. A table without one is told
@@ -12,8 +13,9 @@
 local off_on = { [0] = "off", [1] = "on" }
 local down_up = { [0] = "down", [1] = "up" }
 local enabled = { name = "enabled", values = off_on }
-local port = { name = "port" }
-local port_name = { name = "port_name" }
+local port = { name = "port", role = "port" }
+local port_name = { name = "port_name", role = "port_name" }
+local name_of_port = { title = "port name", role = "port_name" }
 local vlan = { name = "vlan" }
 local mac = { name = "mac" }
 local address = { name = "address" }
@@ -28,6 +30,7 @@ return {
   -- device information
   devinfo = {
     title = "Device",
+    table_role = "device",
     key = {},
     text32a = { name = "model" },
     text32b = { name = "serial" },
@@ -74,11 +77,11 @@ return {
   portinfo = {
     title = "Ports",
     ifx = port,
-    name = { title = "port name" },
+    name = name_of_port,
     field3 = { name = "description" },
-    field4 = enabled,
-    field5 = { name = "link", values = down_up },
-    field8 = { name = "speed", unit = "Mbit/s" },
+    field4 = { name = "enabled", values = off_on, role = "enabled" },
+    field5 = { name = "link", values = down_up, role = "link" },
+    field8 = { name = "speed", unit = "Mbit/s", role = "speed" },
     field10 = { name = "duplex", values = { [0] = "none", [1] = "full" } },
     field11 = { name = "mode", description = "The speed and duplex in use." },
     field12 = { name = "wanted_mode", description = "The speed and duplex asked for, or auto." },
@@ -88,12 +91,18 @@ return {
   portstat = {
     title = "Port counters",
     ifx = port,
-    name = { title = "port name" },
+    name = name_of_port,
+    counter9 = { name = "octets_in", title = "bytes in", unit = "bytes", role = "octets_in" },
+    counter6 = { name = "octets_out", title = "bytes out", unit = "bytes", role = "octets_out" },
+    counter13 = { name = "packets_in", title = "frames in", role = "packets_in" },
+    counter27 = { name = "packets_out", title = "frames out", role = "packets_out" },
+    -- no counter of the device's own stands still: this one moves when it is set
+    field2 = { name = "errors_in", title = "errors in", role = "errors_in" },
   },
   portrate = {
     title = "Port rates",
     ifx = port,
-    name = { title = "port name" },
+    name = name_of_port,
   },
   pminfo = {
     title = "Port mirroring",
@@ -110,13 +119,13 @@ return {
   stpifstatus = {
     title = "Spanning tree by port",
     ifx = port,
-    name = { title = "port name" },
+    name = name_of_port,
     field3 = enabled,
   },
   ratelimitinfo = {
     title = "Rate limits",
     ifx = port,
-    name = { title = "port name" },
+    name = name_of_port,
     in_cir = { name = "rate_in", unit = "kbit/s" },
     in_cbs = { name = "burst_in", unit = "bytes" },
     out_cir = { name = "rate_out", unit = "kbit/s" },
@@ -125,13 +134,13 @@ return {
   stormcontrolinfo = {
     title = "Storm control",
     ifx = port,
-    name = { title = "port name" },
+    name = name_of_port,
     level = { unit = "%" },
   },
   errdisportinfo = {
     title = "Ports shut down by an error",
     ifx = port,
-    name = { title = "port name" },
+    name = name_of_port,
     field3 = { name = "reason", values = { [0] = "none" } },
   },
   errdisable = {
@@ -186,7 +195,7 @@ return {
   vlanvpnif = {
     title = "VLAN tunnels by port",
     ifx = port,
-    name = { title = "port name" },
+    name = name_of_port,
     field3 = enabled,
   },
   svi = {
@@ -211,7 +220,7 @@ return {
   aclif = {
     title = "Access lists by port",
     ifx = port,
-    name = { title = "port name" },
+    name = name_of_port,
     ["in"] = { name = "list_in" },
     field4 = { name = "list_out" },
   },
@@ -257,20 +266,20 @@ return {
   qostrustif = {
     title = "Trust by port",
     ifx = port,
-    name = { title = "port name" },
+    name = name_of_port,
     field3 = { name = "trusted", values = { [0] = "no", [1] = "yes" } },
   },
   qospolicyif = {
     title = "Policies by port",
     ifx = port,
-    name = { title = "port name" },
+    name = name_of_port,
     ["in"] = { name = "policy_in" },
     field6 = { name = "policy_out" },
   },
   qosifcfg = {
     title = "Queues by port",
     ifx = port,
-    name = { title = "port name" },
+    name = name_of_port,
     list1 = { name = "weights" },
   },
 
@@ -332,7 +341,7 @@ return {
   optical = {
     title = "Optical modules",
     ifx = port,
-    name = { title = "port name" },
+    name = name_of_port,
     field3 = { name = "present", values = { [0] = "no", [1] = "yes" } },
     field6 = { name = "temperature", unit = "°C" },
     field7 = { name = "voltage", unit = "mV" },
@@ -341,7 +350,7 @@ return {
   opticaldetail = {
     title = "Optical modules in detail",
     ifx = port,
-    name = { title = "port name" },
+    name = name_of_port,
     field3 = { name = "present", values = { [0] = "no", [1] = "yes" } },
     field4 = { name = "form" },
     field5 = { name = "connector" },
@@ -361,7 +370,7 @@ return {
   cabledetect = {
     title = "Cable test",
     ifx = port,
-    name = { title = "port name" },
+    name = name_of_port,
     field3 = { name = "pairs" },
     field6 = { name = "length", unit = "m" },
     field7 = { name = "pair_a" },
@@ -381,7 +390,7 @@ return {
   dosif = {
     title = "Defence against floods by port",
     ifx = port,
-    name = { title = "port name" },
+    name = name_of_port,
   },
   dnserver = {
     title = "Name servers",

@@ -7,6 +7,8 @@
 --     names.fields(table)      a table's fields in the record's order, with what is known of each
 --     names.load(path)         loads one more file, over those before it
 --     names.check(path)        true, or nil, every mistake as one text, a code, and as a list
+--     names.keep(path)         a file that remembers which files were right: a process after
+--                              this one need not look for mistakes again
 --
 -- Without a file this costs a look whether there is one. Where one has a mistake
 -- none is used: names.tables raises it, and librpc.record refuses to call, since a
@@ -17,6 +19,7 @@ local names = {}
 
 local folder = "/etc/librpc/names"
 local tables, problem -- what is loaded, or the mistakes
+local kept -- the file of names.keep
 local views = {}
 
 -- The files of the folder in the order of their names; nil and why they cannot be
@@ -65,10 +68,16 @@ function names.loaded()
     if paths and #paths == 0 then
       tables = {}
     elseif paths then
-      tables, problem = require("librpc.names.files").read(paths, {})
+      tables, problem = require("librpc.names.files").read(paths, {}, kept)
     end
   end
   return tables, problem
+end
+
+-- Says where it stands which files of names were right already. For pages that are
+-- a process each; whoever may write there can have mistakes passed over.
+function names.keep(path)
+  kept = path
 end
 
 -- Replaces what is loaded.

@@ -38,6 +38,9 @@ check.equal("fields without names", names.fields("agsys"), {
 check.row(names.fields, { "agsy" },
   { "nil", 'librpc: expected the name of a table (did you mean agsys?), found "agsy"', "unknown_api" })
 
+local roles = "enabled, errors_in, errors_out, link, octets_in, octets_out, packets_in, packets_out, port, "
+  .. "port_name, speed"
+
 -- Each mistake: the file, then "TABLE: FIELD: WORD: expected X, found Y".
 local path = folder .. "/wrong.lua"
 for _, row in ipairs {
@@ -51,8 +54,10 @@ for _, row in ipairs {
   { "return { sv = {} }", 'expected the name of a table (did you mean svi?), found "sv"' },
   { "return { [5] = {} }", "expected the name of a table, found 5" },
   { "return { svi = 5 }", "svi: expected a table of what is known of it, found 5" },
-  { "return { svi = { 5 } }", "svi: expected a field of the table, or one of description, ends, key, title, found 1" },
-  { "return { svi = { feild1 = {} } }", "svi: expected a field of the table, or one of description, ends, key, title "
+  { "return { svi = { 5 } }",
+    "svi: expected a field of the table, or one of description, ends, key, table_role, title, found 1" },
+  { "return { svi = { feild1 = {} } }",
+    "svi: expected a field of the table, or one of description, ends, key, table_role, title "
     .. '(did you mean field1?), found "feild1"' },
   { "return { svi = { title = 5 } }", "svi: title: expected a text of one line, found 5" },
   { "return { svi = { title = 'a\\nb' } }", 'svi: title: expected a text of one line, found "a\\nb"' },
@@ -69,8 +74,8 @@ for _, row in ipairs {
   { "return { ['*'] = { title = 'a' } }", '*: expected ends and nothing else, found "title"' },
   { "return { svi = { field1 = 'vlan' } }",
     'svi: field1: expected a table of what is known of the field, found "vlan"' },
-  { "return { svi = { field1 = { nam = 'vlan' } } }", "svi: field1: expected one of description, exact, name, secret, "
-    .. 'title, unit, values (did you mean name?), found "nam"' },
+  { "return { svi = { field1 = { nam = 'vlan' } } }", "svi: field1: expected one of description, exact, name, role, "
+    .. 'secret, title, unit, values (did you mean name?), found "nam"' },
   { "return { svi = { field1 = { name = 'a b' } } }",
     'svi: field1: name: expected a name of letters, digits and underscores, found "a b"' },
   { "return { svi = { field1 = { name = 1 } } }",
@@ -84,6 +89,11 @@ for _, row in ipairs {
   { "return { svi = { field1 = { unit = '' } } }", 'svi: field1: unit: expected a text of one line, found ""' },
   { "return { svi = { field1 = { title = {} } } }", "svi: field1: title: expected a text of one line, found a table" },
   { "return { svi = { field1 = { description = 1 } } }", "svi: field1: description: expected a text, found 1" },
+  { "return { svi = { table_role = 'devise' } }",
+    'svi: table_role: expected one of device (did you mean device?), found "devise"' },
+  { "return { svi = { field1 = { role = 'ports' } } }", "svi: field1: role: expected one of " .. roles
+    .. ' (did you mean port?), found "ports"' },
+  { "return { svi = { field1 = { role = 1 } } }", "svi: field1: role: expected one of " .. roles .. ", found 1" },
   { "return { svi = { field1 = { secret = 1 } } }", "svi: field1: secret: expected true or false, found 1" },
   { "return { svi = { field1 = { exact = true } } }",
     "svi: field1: exact: expected nothing, because only a real prints less than it holds, found true" },
@@ -244,6 +254,12 @@ check.row(record.get, { "portinfo", {} }, { "nil", "portinfo: key: expected port
 answers = { "x" .. reply(3, 0) }
 check.row(record.get, { "portinfo", { port = 3 } },
   { "nil", 'oltmib_portinfo_get_1: port: expected a whole number, found "x3"', "bad_text", "nil" })
+answers = { reply(3, 100) }
+check.equal("another row's secret", (select(2, record.get("portinfo", { port = 3, speed = 1000 }))),
+  "oltmib_portinfo_get_1: speed: expected the row of that key, found a secret of another")
+answers = { reply(1, 1000), reply(1, 1000) }
+check.equal("a row of secrets again", (select(2, record.rows("portinfo"))),
+  "oltmib_portinfo_getn_1: expected another row, found one again")
 answers = { (reply(3, 0):gsub("&0&", "&many&", 1)) }
 check.row(record.get, { "portinfo", { port = 3 } },
   { "nil", "oltmib_portinfo_get_1: speed: expected a whole number, found a secret", "bad_text", "nil" })
@@ -270,6 +286,25 @@ for _, call in ipairs { 'get("svi", { field1 = 1 })', 'change("svi", { field1 = 
 end
 check.equal("a later file over a mistake", loaded("LIBRPC_NAMES=" .. first .. ":" .. path,
   'select(3, n.load("' .. second .. '"))'), "bad_names")
+
+-- What was right once is not looked through again; another text is.
+local kept = folder .. "/kept"
+local function loaded_again(text)
+  local file = write("again.lua", text)
+  return (loaded("LIBRPC_NAMES=" .. file, ("n.keep(%q) or select(2, n.loaded()) or n.tables.svi.title")
+    :format(kept):gsub('"', "[[", 1):gsub('"', "]]", 1)):gsub("^.*/again.lua: ", ""))
+end
+local right, mistaken = "return { svi = { title = [[a]] } }", "return { svi = { title = [[a]], field1 = { nam = 1 } } }"
+check.equal("a right file", loaded_again(right), "a")
+check.equal("is kept", shell.run("tail -n 1 " .. kept), right)
+check.equal("one with a mistake", loaded_again(mistaken):match("^svi: field1: expected one of"),
+  "svi: field1: expected one of")
+check.equal("is not", shell.run("tail -n 1 " .. kept), right)
+check.equal("the right one again", loaded_again(right), "a")
+shell.run(("{ echo '%s/again.lua: %d' && printf %%s '%s'; } > %s"):format(folder, #mistaken, mistaken, kept))
+check.equal("what is kept is not looked through", loaded_again(mistaken), "a")
+check.equal("what is not kept is", loaded_again(mistaken .. " "):match("^svi: field1: expected one of"),
+  "svi: field1: expected one of")
 
 -- The folder, in a mount namespace whose /etc is ours.
 local function with_folder(commands, expression)

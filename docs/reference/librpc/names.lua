@@ -14,6 +14,7 @@
 ---@field description? string
 ---@field values? table<integer, string>
 ---@field secret? boolean
+---@field role? string # what it is to a page, see docs/named_fields.md
 
 ---@class librpc.names
 ---@field tables table<string, table> # all that is loaded

@@ -39,7 +39,7 @@ end
 -- argument has. Each has `field` (its name in the schema), `name` (the given one,
 -- else the schema's), `title` (a heading), `kind` and `size` as in the schema,
 -- `key` where it says which row, `argument` where an argument carries it, and
--- `unit`, `description`, `values` and `secret` where the names tell them.
+-- `unit`, `description`, `values`, `secret` and `role` where the names tell them.
 function columns.fields(table_name)
   local apis, message, code = tables.apis_of(table_name)
   if not apis then
@@ -74,6 +74,7 @@ function columns.fields(table_name)
           field = field, name = name, title = facts.title or name:gsub("_", " "),
           kind = position.kind, size = position.size, key = keys[field], argument = inputs[field] or nil,
           unit = facts.unit, description = facts.description, values = facts.values, secret = facts.secret,
+          role = facts.role,
         }
       end
     end

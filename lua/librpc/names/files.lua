@@ -154,8 +154,8 @@ function File:entry(all, name, entry)
   self:unique_names(where_table, into.fields, texts)
 end
 
--- What a file returns, run in an environment without anything.
-function File:run()
+-- The text of a file, or nothing where there is none to run.
+function File:text()
   local file, problem = io.open(self.path)
   local source = file and file:read("*a")
   if file then
@@ -166,7 +166,12 @@ function File:run()
   elseif source:byte() == 27 then
     return self:complain(nil, "Lua as text", "compiled Lua")
   end
-  local chunk
+  return source
+end
+
+-- What a file's text returns, run in an environment without anything.
+function File:run(source)
+  local chunk, problem
   if setfenv then
     chunk, problem = loadstring(source, "@" .. self.path) -- luacheck: ignore 113
     chunk = chunk and setfenv(chunk, {}) -- luacheck: ignore 113
@@ -194,15 +199,63 @@ local function copy_of(all)
   return copied
 end
 
--- What the files say over `before`, which stays as it is; nil, every mistake as
--- one text, and as a list.
-function files.read(paths, before)
-  local all, mistakes = copy_of(before), {}
-  for _, path in ipairs(paths) do
-    local file = setmetatable({ path = path, mistakes = mistakes, right = {} }, File)
-    for name, entry in pairs(file:run() or {}) do
-      file:entry(all, name, entry)
+-- Takes what is said of a table of which nothing needs to be checked.
+local function take(all, name, entry)
+  local into = all[name] or { fields = {} }
+  all[name] = into
+  for word, value in pairs(entry) do
+    if table_words[word] then
+      into[word] = value
+    else
+      into.fields[word] = over(into.fields[word], value)
     end
+  end
+end
+
+local function text_of(path)
+  local file = io.open(path, "rb")
+  local text = file and file:read("*a")
+  if file then
+    file:close()
+  end
+  return text
+end
+
+-- Writes a file where that can be done. Of two processes at once one may keep a part of
+-- it: then it is no file's text, and written again.
+local function keep(path, text)
+  local new = path .. ".new"
+  local file = io.open(new, "wb")
+  if file then
+    file:write(text)
+    file:close()
+    os.rename(new, path)
+  end
+end
+
+-- What the files say over `before`, which stays as it is; nil, every mistake as
+-- one text, and as a list. Files whose texts stand in the file `kept` were right
+-- already; it gets the texts of those that are.
+function files.read(paths, before, kept)
+  local all, mistakes, list, texts = copy_of(before), {}, {}, {}
+  for i, path in ipairs(paths) do
+    local file = setmetatable({ path = path, mistakes = mistakes, right = {} }, File)
+    file.source = file:text()
+    list[i], texts[i] = file, ("%s: %d\n%s"):format(path, #(file.source or ""), file.source or "")
+  end
+  local text = table.concat(texts)
+  local is_right = kept and #mistakes == 0 and text_of(kept) == text
+  for _, file in ipairs(list) do
+    for name, entry in pairs(file.source and file:run(file.source) or {}) do
+      if is_right then
+        take(all, name, entry)
+      else
+        file:entry(all, name, entry)
+      end
+    end
+  end
+  if kept and not is_right and #mistakes == 0 then
+    keep(kept, text)
   end
   if #mistakes > 0 then
     table.sort(mistakes)

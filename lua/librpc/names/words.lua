@@ -101,8 +101,39 @@ local function exact(value, position)
   return truth(value)
 end
 
-words.of_table = { title = line, description = text, key = key, ends = numbers }
+-- What a table or a field is to a page that knows no device: hints, for a front panel,
+-- plots, an identity. Who wants another role adds it here.
+words.roles_of_table = { device = "the identity of the device" }
+words.roles_of_field = {
+  port = "the number of a port",
+  port_name = "what people call the port",
+  enabled = "whether it is switched on",
+  link = "whether it has a link",
+  speed = "the speed of its link",
+  errors_in = "counts frames that came with an error",
+  errors_out = "counts frames that could not be sent",
+  octets_in = "counts bytes that came",
+  octets_out = "counts bytes that were sent",
+  packets_in = "counts frames that came",
+  packets_out = "counts frames that were sent",
+}
+
+local function role(known)
+  return function(value)
+    if not known[value] then
+      local list = {}
+      for name in pairs(known) do
+        list[#list + 1] = name
+      end
+      table.sort(list)
+      return require("librpc.record.problems").meant("one of " .. table.concat(list, ", "), value, list)
+    end
+  end
+end
+
+words.of_table = { title = line, description = text, key = key, ends = numbers,
+  table_role = role(words.roles_of_table) } -- a field may be called role
 words.of_field = { name = identifier, title = line, unit = line, description = text, values = values,
-  secret = truth, exact = exact }
+  secret = truth, exact = exact, role = role(words.roles_of_field) }
 
 return words

@@ -14,8 +14,12 @@ local function is_asked_for(api, view, key, row)
     local position = inputs[field]
     if row[field] ~= nil and position.kind ~= "bytes" and field ~= view.res and field ~= view.oper
       and to_text[position.kind](value, position, api) ~= to_text[position.kind](row[field], position, api) then
+      local where = api.name .. ": " .. (view.name[field] or field)
+      if view.secret[field] then
+        return fail("other_row", where, "the row of that key", nil, "a secret of another")
+      end
       local shown = require("librpc.record.problems").shown
-      return fail("other_row", api.name .. ": " .. (view.name[field] or field), "the row " .. shown(value), row[field])
+      return fail("other_row", where, "the row " .. shown(value), row[field])
     end
   end
   return true

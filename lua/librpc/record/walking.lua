@@ -88,8 +88,10 @@ function Walk:ask(fields)
   if not text then
     self:fail(nil, message, code)
   elseif self.asked[text] then
-    self:fail(fail("repeated_row", self.api.name, "another row", nil,
-      "row " .. require("librpc.record.problems").shown(text) .. " again"))
+    -- the text is all of the row that an argument carries
+    local again = next(self.view.secret) and "one again"
+      or ("row %s again"):format(require("librpc.record.problems").shown(text))
+    self:fail(fail("repeated_row", self.api.name, "another row", nil, again))
   else
     self.text, self.asked[text] = text, true
   end

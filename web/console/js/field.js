@@ -6,160 +6,201 @@ import { new_id } from "./parts.js";
 
 const whole = { int: [-2147483648, 2147483647], unsigned: [0, 4294967295] };
 const bytes_of = (text) => new TextEncoder().encode(text).length;
-const mac_forms = /^([0-9a-f]{2}([-:])([0-9a-f]{2}\2){4}[0-9a-f]{2}|[0-9a-f]{4}\.[0-9a-f]{4}\.[0-9a-f]{4}|[0-9a-f]{12})$/i;
+const mac_forms =
+	/^([0-9a-f]{2}([-:])([0-9a-f]{2}\2){4}[0-9a-f]{2}|[0-9a-f]{4}\.[0-9a-f]{4}\.[0-9a-f]{4}|[0-9a-f]{12})$/i;
 
 function limits_of(field) {
-  const [least, most] = whole[field.kind] ?? [];
-  const longest = ["text", "bytes"].includes(field.kind) ? field.size - 1 : field.kind === "hex" ? field.size : undefined;
-  return { least, most, longest, items: field.kind === "list" ? field.size : undefined, ...field.limits };
+	const [least, most] = whole[field.kind] ?? [];
+	const longest = ["text", "bytes"].includes(field.kind)
+		? field.size - 1
+		: field.kind === "hex"
+			? field.size
+			: undefined;
+	return { least, most, longest, items: field.kind === "list" ? field.size : undefined, ...field.limits };
 }
 
-const everything = (field, { least, most }) => whole[field.kind] && least === whole[field.kind][0] && most === whole[field.kind][1];
+const everything = (field, { least, most }) =>
+	whole[field.kind] && least === whole[field.kind][0] && most === whole[field.kind][1];
 
 function hint_of(field) {
-  const limits = limits_of(field);
-  switch (field.kind) {
-    case "int":
-    case "unsigned":
-      return everything(field, limits) ? "a whole number" : `${limits.least} to ${limits.most}`;
-    case "real":
-      return "a number";
-    case "mac":
-      return "like 00-1E-80-AA-00-01";
-    case "hex":
-      return `pairs of hexadecimal digits, at most ${limits.longest} bytes`;
-    case "list":
-      return `${limits.items} numbers with commas between, each ${limits.least ?? 0} to ${limits.most ?? "the most"}`;
-    case "text":
-    case "bytes":
-      return `at most ${count(limits.longest)} bytes`;
-    default:
-      return "";
-  }
+	const limits = limits_of(field);
+	switch (field.kind) {
+		case "int":
+		case "unsigned":
+			return everything(field, limits) ? "a whole number" : `${limits.least} to ${limits.most}`;
+		case "real":
+			return "a number";
+		case "mac":
+			return "like 00-1E-80-AA-00-01";
+		case "hex":
+			return `pairs of hexadecimal digits, at most ${limits.longest} bytes`;
+		case "list":
+			return `${limits.items} numbers with commas between, each ${limits.least ?? 0} to ${limits.most ?? "the most"}`;
+		case "text":
+		case "bytes":
+			return `at most ${count(limits.longest)} bytes`;
+		default:
+			return "";
+	}
 }
 
 // What is wrong, as a sentence for the one who types.
 function sentence({ code, message, limits = {} }) {
-  const range = limits.least !== undefined && limits.most !== undefined ? ` from ${limits.least} to ${limits.most}` : "";
-  switch (code) {
-    case "bad_number":
-      return `Expected a number${range}.`;
-    case "out_of_range":
-      return range ? `Expected a number${range}.` : "The number does not fit.";
-    case "too_long":
-      return limits.longest === undefined ? "The text is too long." : `Expected at most ${count(limits.longest)} bytes.`;
-    case "separator":
-      return `Expected a text without ${limits.characters ? Array.from(limits.characters).map((one) => (one < " " || one === "\u007f" ? "characters of control" : one)).join(" ") : "&"}.`;
-    case "bad_mac":
-      return "Expected a MAC address like 00-1E-80-AA-00-01.";
-    case "bad_hex":
-      return "Expected pairs of hexadecimal digits.";
-    case "bad_list":
-      return limits.items ? `Expected ${limits.items} numbers with commas between.` : "Expected numbers with commas between.";
-    default: // without the API's and the field's names before it
-      return plain(message ?? code).replace(/^[a-z0-9_]+: ([a-z0-9_]+: )?e/, "E");
-  }
+	const range =
+		limits.least !== undefined && limits.most !== undefined ? ` from ${limits.least} to ${limits.most}` : "";
+	switch (code) {
+		case "bad_number":
+			return `Expected a number${range}.`;
+		case "out_of_range":
+			return range ? `Expected a number${range}.` : "The number does not fit.";
+		case "too_long":
+			return limits.longest === undefined
+				? "The text is too long."
+				: `Expected at most ${count(limits.longest)} bytes.`;
+		case "separator":
+			return `Expected a text without ${
+				limits.characters
+					? Array.from(limits.characters)
+							.map((one) => (one < " " || one === "\u007f" ? "characters of control" : one))
+							.join(" ")
+					: "&"
+			}.`;
+		case "bad_mac":
+			return "Expected a MAC address like 00-1E-80-AA-00-01.";
+		case "bad_hex":
+			return "Expected pairs of hexadecimal digits.";
+		case "bad_list":
+			return limits.items
+				? `Expected ${limits.items} numbers with commas between.`
+				: "Expected numbers with commas between.";
+		default: // without the API's and the field's names before it
+			return plain(message ?? code).replace(/^[a-z0-9_]+: ([a-z0-9_]+: )?e/, "E");
+	}
 }
 
 // What the browser can tell itself.
 function quick_check(field, text) {
-  const limits = limits_of(field);
-  switch (field.kind) {
-    case "int":
-    case "unsigned":
-      if (field.values) return null;
-      if (!/^\s*[-+]?\d+\s*$/.test(text)) return { code: "bad_number", limits };
-      return Number(text) < limits.least || Number(text) > limits.most ? { code: "out_of_range", limits } : null;
-    case "mac":
-      return mac_forms.test(text.trim()) ? null : { code: "bad_mac", limits };
-    case "list": {
-      const numbers = text.split(",");
-      return numbers.length !== limits.items || !numbers.every((one) => /^\s*-?\d+\s*$/.test(one)) ? { code: "bad_list", limits } : null;
-    }
-    case "text":
-      if (bytes_of(text) > limits.longest) return { code: "too_long", limits };
-      return Array.from(limits.characters ?? "&").some((one) => text.includes(one)) ? { code: "separator", limits } : null;
-    default:
-      return null;
-  }
+	const limits = limits_of(field);
+	switch (field.kind) {
+		case "int":
+		case "unsigned":
+			if (field.values) return null;
+			if (!/^\s*[-+]?\d+\s*$/.test(text)) return { code: "bad_number", limits };
+			return Number(text) < limits.least || Number(text) > limits.most ? { code: "out_of_range", limits } : null;
+		case "mac":
+			return mac_forms.test(text.trim()) ? null : { code: "bad_mac", limits };
+		case "list": {
+			const numbers = text.split(",");
+			return numbers.length !== limits.items || !numbers.every((one) => /^\s*-?\d+\s*$/.test(one))
+				? { code: "bad_list", limits }
+				: null;
+		}
+		case "text":
+			if (bytes_of(text) > limits.longest) return { code: "too_long", limits };
+			return Array.from(limits.characters ?? "&").some((one) => text.includes(one))
+				? { code: "separator", limits }
+				: null;
+		default:
+			return null;
+	}
 }
 
 export function make_field(field, { on_input, empty_choice = false, required = false }) {
-  const id = new_id("field");
-  const hint = h("span", { class: "hint", id: `${id}-hint` });
-  const wrong = h("span", { class: "wrong", id: `${id}-wrong`, hidden: true });
-  let control;
-  if (field.values) {
-    const words = Object.values(field.values);
-    control = h("select", {}, (empty_choice ? ["", ...words] : words).map((word) => h("option", { value: word }, word === "" ? "not given" : word)));
-  } else {
-    const number = ["int", "unsigned"].includes(field.kind);
-    control = h("input", {
-      type: field.secret ? "password" : "text",
-      inputmode: number && !(limits_of(field).least < 0) ? "numeric" : null,
-      autocomplete: field.secret ? "new-password" : "off", autocapitalize: "off", spellcheck: "false",
-      class: number ? "number" : field.kind === "text" && field.size > 60 ? "long" : null, dir: field.kind === "text" ? "auto" : null,
-    });
-  }
-  control.id = id;
-  control.name = field.name;
-  set(control, "aria-describedby", `${id}-hint ${id}-wrong`);
-  set(control, "aria-required", required ? "true" : null);
-  const mark = h("span", { class: "changed", hidden: true }, "changed");
-  const node = h("div", { class: "field", "data-field": field.name },
-    h("label", { for: id }, field.title, field.unit ? h("span", { class: "unit" }, ` ${field.unit}`) : null),
-    h("div", { class: "entry" }, control, mark, hint, wrong));
-  if (field.description) node.append(h("p", { class: "about" }, field.description));
+	const id = new_id("field");
+	const hint = h("span", { class: "hint", id: `${id}-hint` });
+	const wrong = h("span", { class: "wrong", id: `${id}-wrong`, hidden: true });
+	let control;
+	if (field.values) {
+		const words = Object.values(field.values);
+		control = h(
+			"select",
+			{},
+			(empty_choice ? ["", ...words] : words).map((word) =>
+				h("option", { value: word }, word === "" ? "not given" : word),
+			),
+		);
+	} else {
+		const number = ["int", "unsigned"].includes(field.kind);
+		control = h("input", {
+			type: field.secret ? "password" : "text",
+			inputmode: number && !(limits_of(field).least < 0) ? "numeric" : null,
+			autocomplete: field.secret ? "new-password" : "off",
+			autocapitalize: "off",
+			spellcheck: "false",
+			class: number ? "number" : field.kind === "text" && field.size > 60 ? "long" : null,
+			dir: field.kind === "text" ? "auto" : null,
+		});
+	}
+	control.id = id;
+	control.name = field.name;
+	set(control, "aria-describedby", `${id}-hint ${id}-wrong`);
+	set(control, "aria-required", required ? "true" : null);
+	const mark = h("span", { class: "changed", hidden: true }, "changed");
+	const node = h(
+		"div",
+		{ class: "field", "data-field": field.name },
+		h("label", { for: id }, field.title, field.unit ? h("span", { class: "unit" }, ` ${field.unit}`) : null),
+		h("div", { class: "entry" }, control, mark, hint, wrong),
+	);
+	if (field.description) node.append(h("p", { class: "about" }, field.description));
 
-  let base = control.value; // as read
-  let problem = null;
-  function note() {
-    const dirty = self.dirty();
-    set(mark, "hidden", !dirty);
-    const long = ["text", "bytes"].includes(field.kind) && !field.values;
-    const before = field.secret ? "unchanged while empty; " : "";
-    say(hint, field.values ? "" : before + (long && dirty ? `${count(bytes_of(control.value))} of ` : "") + hint_of(field).replace(/^at most /, long && dirty ? "" : "at most "));
-  }
+	let base = control.value; // as read
+	let problem = null;
+	function note() {
+		const dirty = self.dirty();
+		set(mark, "hidden", !dirty);
+		const long = ["text", "bytes"].includes(field.kind) && !field.values;
+		const before = field.secret ? "unchanged while empty; " : "";
+		say(
+			hint,
+			field.values
+				? ""
+				: before +
+						(long && dirty ? `${count(bytes_of(control.value))} of ` : "") +
+						hint_of(field).replace(/^at most /, long && dirty ? "" : "at most "),
+		);
+	}
 
-  const self = {
-    field,
-    node,
-    control,
-    text: () => control.value,
-    dirty: () => (field.secret ? control.value !== "" : control.value !== base),
-    // The value as read; what somebody typed stays.
-    base(value) {
-      const dirty = self.dirty();
-      base = field.secret ? "" : input_text(value);
-      if (field.values && base !== "" && !Array.from(control.options).some((option) => option.value === base)) control.append(h("option", { value: base }, base));
-      if (!dirty) control.value = base;
-      note();
-    },
-    put(text) {
-      control.value = text;
-      note();
-    },
-    reset() {
-      control.value = base;
-      self.wrong(null);
-      note();
-    },
-    wrong(found) {
-      problem = found;
-      set(wrong, "hidden", !found);
-      set(control, "aria-invalid", found ? "true" : null);
-      say(wrong, found ? sentence(found) : "");
-    },
-    problem: () => problem,
-    quick() {
-      self.wrong(self.dirty() && !(field.secret && control.value === "") ? quick_check(field, control.value) : null);
-    },
-  };
-  control.addEventListener("input", () => {
-    self.quick();
-    note();
-    on_input(self);
-  });
-  note();
-  return self;
+	const self = {
+		field,
+		node,
+		control,
+		text: () => control.value,
+		dirty: () => (field.secret ? control.value !== "" : control.value !== base),
+		// The value as read; what somebody typed stays.
+		base(value) {
+			const dirty = self.dirty();
+			base = field.secret ? "" : input_text(value);
+			if (field.values && base !== "" && !Array.from(control.options).some((option) => option.value === base))
+				control.append(h("option", { value: base }, base));
+			if (!dirty) control.value = base;
+			note();
+		},
+		put(text) {
+			control.value = text;
+			note();
+		},
+		reset() {
+			control.value = base;
+			self.wrong(null);
+			note();
+		},
+		wrong(found) {
+			problem = found;
+			set(wrong, "hidden", !found);
+			set(control, "aria-invalid", found ? "true" : null);
+			say(wrong, found ? sentence(found) : "");
+		},
+		problem: () => problem,
+		quick() {
+			self.wrong(self.dirty() && !(field.secret && control.value === "") ? quick_check(field, control.value) : null);
+		},
+	};
+	control.addEventListener("input", () => {
+		self.quick();
+		note();
+		on_input(self);
+	});
+	note();
+	return self;
 }

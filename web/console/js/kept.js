@@ -4,18 +4,18 @@
 const prefix = "librpc.console.";
 
 export function recall(name, otherwise) {
-  try {
-    return JSON.parse(localStorage.getItem(prefix + name)) ?? otherwise;
-  } catch {
-    return otherwise;
-  }
+	try {
+		return JSON.parse(localStorage.getItem(prefix + name)) ?? otherwise;
+	} catch {
+		return otherwise;
+	}
 }
 
 export function keep(name, value) {
-  try {
-    if (value === null) localStorage.removeItem(prefix + name);
-    else localStorage.setItem(prefix + name, JSON.stringify(value));
-  } catch {
-    // nothing is kept then
-  }
+	try {
+		if (value === null) localStorage.removeItem(prefix + name);
+		else localStorage.setItem(prefix + name, JSON.stringify(value));
+	} catch {
+		// nothing is kept then
+	}
 }

@@ -26,7 +26,9 @@ test.after(() => browser?.close());
 
 // Tells the simulated device a command; what it answers.
 export function tell(...command) {
-  return execFileSync(process.env.SIM_DEVICE, ["--tell", process.env.SIM_CONTROL, ...command], { encoding: "utf8" }).trim();
+  return execFileSync(process.env.SIM_DEVICE, ["--tell", process.env.SIM_CONTROL, ...command], {
+    encoding: "utf8",
+  }).trim();
 }
 
 // What the device itself answers to one call, as plain fields.
@@ -41,15 +43,25 @@ export function lua(script, ...values) {
 }
 
 // A page of somebody who is signed in.
-export async function visit(where, { user = "ann", width = 1440, height = 900, every, before, noted = true, ...more } = {}) {
+export async function visit(
+  where,
+  { user = "ann", width = 1440, height = 900, every, before, noted = true, ...more } = {},
+) {
   const context = await browser.newContext({
-    viewport: { width, height }, locale: "en-GB", timezoneId: "UTC", acceptDownloads: true,
-    httpCredentials: user ? { username: user, password: users[user] } : undefined, ...more,
+    viewport: { width, height },
+    locale: "en-GB",
+    timezoneId: "UTC",
+    acceptDownloads: true,
+    httpCredentials: user ? { username: user, password: users[user] } : undefined,
+    ...more,
   });
   context.setDefaultTimeout(15000);
   const page = await context.newPage();
   const problems = [];
   const requests = [];
+  const pending = new Set();
+  page.on("request", (request) => pending.add(request));
+  for (const end of ["requestfinished", "requestfailed"]) page.on(end, (request) => pending.delete(request));
   page.on("pageerror", (problem) => problems.push(`error: ${problem.stack}`));
   page.on("dialog", (dialog) => {
     problems.push(`dialog: ${dialog.message()}`);
@@ -61,21 +73,42 @@ export async function visit(where, { user = "ann", width = 1440, height = 900, e
   });
   page.on("request", (request) => {
     requests.push(request);
-    if (!request.url().startsWith(address) && !/^(blob|data):/.test(request.url())) problems.push(`request to ${request.url()}`);
+    if (!request.url().startsWith(address) && !/^(blob|data):/.test(request.url()))
+      problems.push(`request to ${request.url()}`);
   });
   await context.addInitScript(() => {
     window.violations = [];
-    addEventListener("securitypolicyviolation", (event) => window.violations.push(`${event.violatedDirective} ${event.blockedURI}`));
+    addEventListener("securitypolicyviolation", (event) =>
+      window.violations.push(`${event.violatedDirective} ${event.blockedURI}`),
+    );
   });
   await before?.(context, page);
   await page.goto(`${address}${every ? `?every=${every}` : ""}${where}`);
   return {
-    page, context, problems, requests,
+    page,
+    context,
+    problems,
+    requests,
+    // Goes to another view, which is there when this ends.
     async go(hash) {
-      await page.evaluate((to) => { location.hash = to; }, hash);
+      await page.evaluate(
+        (to) =>
+          new Promise((resolve) => {
+            if (location.hash === to) resolve();
+            addEventListener("hashchange", resolve, { once: true });
+            location.hash = to;
+          }),
+        hash,
+      );
+    },
+    // Waits until nothing is asked any more, where refreshes are rare.
+    async settle() {
+      await until(() => Promise.resolve(pending.size), 0);
+      await when(page, () => !/Reading …|Asking the daemons/.test(document.querySelector("main").innerText));
     },
     async leave() {
       const violations = await page.evaluate(() => window.violations);
+      await context.unrouteAll({ behavior: "ignoreErrors" });
       await context.close();
       if (noted) assert.deepEqual([...problems, ...violations], []);
     },
@@ -89,7 +122,8 @@ export function with_page(title, where, options, work) {
     try {
       await work(visitor.page, visitor);
     } catch (problem) {
-      if (process.env.CONSOLE_DEBUG) await visitor.page.screenshot({ path: `${process.env.CONSOLE_DEBUG}/failed.png`, fullPage: true });
+      if (process.env.CONSOLE_DEBUG)
+        await visitor.page.screenshot({ path: `${process.env.CONSOLE_DEBUG}/failed.png`, fullPage: true });
       await visitor.context.close();
       throw problem;
     }
@@ -120,7 +154,9 @@ export const text_of = (page, selector) => page.locator(selector).first().innerT
 
 // A table's cells as shown, line by line.
 export const cells = (page, selector) =>
-  page.locator(`${selector} tr`).evaluateAll((lines) => lines.map((line) => Array.from(line.cells, (cell) => cell.innerText.trim())));
+  page
+    .locator(`${selector} tr`)
+    .evaluateAll((lines) => lines.map((line) => Array.from(line.cells, (cell) => cell.innerText.trim())));
 
 // The page is no wider than its window.
 export async function assert_fits(page, what) {
@@ -133,7 +169,16 @@ const criteria = ["wcag2a", "wcag2aa", "wcag21a", "wcag21aa", "wcag22a", "wcag22
 // axe-core finds nothing against WCAG 2.2 AA.
 export async function assert_accessible(page, what) {
   await page.evaluate(axe_source); // by the debugger: the page's policy does not concern it
-  const { violations, passes } = await page.evaluate((tags) => window.axe.run(document, { runOnly: { type: "tag", values: tags } }), criteria);
+  const { violations, passes } = await page.evaluate(
+    (tags) => window.axe.run(document, { runOnly: { type: "tag", values: tags } }),
+    criteria,
+  );
   assert.ok(passes.length > 10, `${what}: axe-core looked at little`);
-  assert.deepEqual(violations.map(({ id, nodes }) => `${id}: ${nodes.map((node) => `${node.target} ${node.failureSummary}`).join("; ")}`), [], what);
+  assert.deepEqual(
+    violations.map(
+      ({ id, nodes }) => `${id}: ${nodes.map((node) => `${node.target} ${node.failureSummary}`).join("; ")}`,
+    ),
+    [],
+    what,
+  );
 }

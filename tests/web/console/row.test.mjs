@@ -6,29 +6,41 @@ import { call, tell, text_of, until, visit, with_page } from "./browser.mjs";
 const port = (number) => call("oltmib_portinfo_get_1", String(number));
 const review = (page) => page.getByRole("button", { name: "Show what will change" }).click();
 const heading = (page, name) => page.getByRole("heading", { name }).waitFor();
-const differences = (page) => page.locator("table.difference tbody tr").evaluateAll((lines) => lines.map((line) => Array.from(line.cells, (cell) => cell.innerText)));
+const differences = (page) =>
+  page
+    .locator("table.difference tbody tr")
+    .evaluateAll((lines) => lines.map((line) => Array.from(line.cells, (cell) => cell.innerText)));
 const wrong = (page, field) => page.locator(`[data-field="${field}"] .wrong`);
 
-with_page("a port is changed: shown before it is sent, before and after afterwards", "#/row/portinfo?port=3", {}, async (page) => {
-  await page.getByLabel("description").fill("customer 33");
-  await page.getByLabel("enabled").selectOption("off");
-  await page.getByLabel("MTU").fill("1600");
-  await review(page);
-  await heading(page, "What will change");
-  const planned = [["description", "customer 3", "customer 33"], ["enabled", "on", "off"], ["MTU", "1500", "1600"]];
-  const shown = (await differences(page)).map((line) => line.map((text) => text.replace(/^1,(\d{3})$/, "1$1")));
-  assert.deepEqual(shown, planned);
-  assert.equal(port(3)[2], "customer 3", "nothing is sent yet");
-  await page.getByRole("button", { name: "Send these 3 changes" }).click();
-  await heading(page, "Changed");
-  assert.deepEqual((await differences(page)).map(([field]) => field).sort(), ["MTU", "description", "enabled"]);
-  const row = port(3);
-  assert.deepEqual([row[2], row[3], row[11]], ["customer 33", "0", "1600"]);
-  await until(() => page.getByLabel("description").inputValue(), "customer 33");
-  assert.equal(await page.locator(".changed:visible").count(), 0);
-  // what nobody changed is as it was
-  assert.deepEqual([row[1], row[4], row[8]], ["ge3", "1", "auto"]);
-});
+with_page(
+  "a port is changed: shown before it is sent, before and after afterwards",
+  "#/row/portinfo?port=3",
+  {},
+  async (page) => {
+    await page.getByLabel("description").fill("customer 33");
+    await page.getByLabel("enabled").selectOption("off");
+    await page.getByLabel("MTU").fill("1600");
+    await review(page);
+    await heading(page, "What will change");
+    const planned = [
+      ["description", "customer 3", "customer 33"],
+      ["enabled", "on", "off"],
+      ["MTU", "1500", "1600"],
+    ];
+    const shown = (await differences(page)).map((line) => line.map((text) => text.replace(/^1,(\d{3})$/, "1$1")));
+    assert.deepEqual(shown, planned);
+    assert.equal(port(3)[2], "customer 3", "nothing is sent yet");
+    await page.getByRole("button", { name: "Send these 3 changes" }).click();
+    await heading(page, "Changed");
+    assert.deepEqual((await differences(page)).map(([field]) => field).sort(), ["MTU", "description", "enabled"]);
+    const row = port(3);
+    assert.deepEqual([row[2], row[3], row[11]], ["customer 33", "0", "1600"]);
+    await until(() => page.getByLabel("description").inputValue(), "customer 33");
+    assert.equal(await page.locator(".changed:visible").count(), 0);
+    // what nobody changed is as it was
+    assert.deepEqual([row[1], row[4], row[8]], ["ge3", "1", "auto"]);
+  },
+);
 
 with_page("going back from what will change loses nothing", "#/row/portinfo?port=4", {}, async (page) => {
   await page.getByLabel("description").fill("somebody else");
@@ -57,38 +69,62 @@ with_page("each mistake stands beside its field as it is typed", "#/row/vlaninfo
   assert.equal(await name.getAttribute("aria-invalid"), null);
 });
 
-with_page("the gateway decides what is wrong, where the browser cannot tell", "#/row/portinfo?port=4", {
-  before: (context) => context.route("**/api/check", (route) => route.fulfill({
-    json: { wrong: { description: { code: "bad_text", message: "oltmib_portinfo_set_1: description: expected another word, found \"x\"", limits: {} } } },
-  })),
-}, async (page) => {
-  await page.getByLabel("description").fill("x");
-  await until(() => wrong(page, "description").innerText(), 'Expected another word, found "x"');
-  await review(page);
-  assert.equal(await page.getByLabel("description").evaluate((node) => node === document.activeElement), true);
-  assert.equal(await page.getByRole("heading", { name: "What will change" }).count(), 0);
-});
+with_page(
+  "the gateway decides what is wrong, where the browser cannot tell",
+  "#/row/portinfo?port=4",
+  {
+    before: (context) =>
+      context.route("**/api/check", (route) =>
+        route.fulfill({
+          json: {
+            wrong: {
+              description: {
+                code: "bad_text",
+                message: 'oltmib_portinfo_set_1: description: expected another word, found "x"',
+                limits: {},
+              },
+            },
+          },
+        }),
+      ),
+  },
+  async (page) => {
+    await page.getByLabel("description").fill("x");
+    await until(() => wrong(page, "description").innerText(), 'Expected another word, found "x"');
+    await review(page);
+    assert.equal(await page.getByLabel("description").evaluate((node) => node === document.activeElement), true);
+    assert.equal(await page.getByRole("heading", { name: "What will change" }).count(), 0);
+  },
+);
 
-with_page("numbers, addresses and lists are checked by their kinds", "#/row/portinfo?port=4", {}, async (page, { go }) => {
-  await page.getByLabel("speed").fill("fast");
-  await until(async () => /Expected a number from -2147483648 to 2147483647/.test(await wrong(page, "speed").innerText()), true);
-  await page.getByLabel("speed").fill("99999999999");
-  await until(async () => /Expected a number from/.test(await wrong(page, "speed").innerText()), true);
-  await page.getByLabel("speed").fill("-5");
-  await until(() => wrong(page, "speed").isHidden(), true);
-  await go("#/row/cos2queue");
-  await page.getByLabel("queue").fill("1,2,3");
-  await until(() => wrong(page, "queue").innerText(), "Expected 8 numbers with commas between.");
-  await page.getByLabel("queue").fill("7,6,5,4,3,2,1,0");
-  await until(() => wrong(page, "queue").isHidden(), true);
-  await review(page);
-  await page.getByRole("button", { name: "Send this change" }).click();
-  await heading(page, "Changed");
-  assert.equal(call("oltmib_cos2queue_get_1", "")[0], "7,6,5,4,3,2,1,0");
-  await go("#/row/devinfo");
-  await page.getByLabel("MAC address").fill("00-1E-80");
-  await until(() => wrong(page, "mac").innerText(), "Expected a MAC address like 00-1E-80-AA-00-01.");
-});
+with_page(
+  "numbers, addresses and lists are checked by their kinds",
+  "#/row/portinfo?port=4",
+  {},
+  async (page, { go }) => {
+    await page.getByLabel("speed").fill("fast");
+    await until(
+      async () => /Expected a number from -2147483648 to 2147483647/.test(await wrong(page, "speed").innerText()),
+      true,
+    );
+    await page.getByLabel("speed").fill("99999999999");
+    await until(async () => /Expected a number from/.test(await wrong(page, "speed").innerText()), true);
+    await page.getByLabel("speed").fill("-5");
+    await until(() => wrong(page, "speed").isHidden(), true);
+    await go("#/row/cos2queue");
+    await page.getByLabel("queue").fill("1,2,3");
+    await until(() => wrong(page, "queue").innerText(), "Expected 8 numbers with commas between.");
+    await page.getByLabel("queue").fill("7,6,5,4,3,2,1,0");
+    await until(() => wrong(page, "queue").isHidden(), true);
+    await review(page);
+    await page.getByRole("button", { name: "Send this change" }).click();
+    await heading(page, "Changed");
+    assert.equal(call("oltmib_cos2queue_get_1", "")[0], "7,6,5,4,3,2,1,0");
+    await go("#/row/devinfo");
+    await page.getByLabel("MAC address").fill("00-1E-80");
+    await until(() => wrong(page, "mac").innerText(), "Expected a MAC address like 00-1E-80-AA-00-01.");
+  },
+);
 
 test("two people at one row: the second is told what changed, and nothing is overwritten unseen", async () => {
   const ann = await visit("#/row/vlaninfo?vlan=20");
@@ -123,27 +159,32 @@ with_page("who may only read gets no form", "#/row/portinfo?port=1", { user: "gu
   assert.equal(await page.getByRole("link", { name: "Add a row" }).count(), 0);
 });
 
-with_page("a row is added, and one that is there already is not overwritten", "#/tables/vlaninfo", {}, async (page, { go }) => {
-  await page.getByRole("link", { name: "Add a row" }).click();
-  await page.getByLabel("name", { exact: true }).fill("cameras");
-  await review(page);
-  await until(() => wrong(page, "vlan").innerText(), "Expected what says which row it is.");
-  await page.getByLabel("vlan").fill("30");
-  await page.getByLabel("active").selectOption("on");
-  await review(page);
-  await page.getByRole("button", { name: "Send these 3 changes" }).click();
-  await heading(page, "Changed");
-  assert.equal(call("oltmib_vlaninfo_get_1", "30")[2], "cameras");
-  await page.getByRole("link", { name: "The new row" }).click();
-  await until(() => page.getByLabel("name", { exact: true }).inputValue(), "cameras");
-  await go("#/add/vlaninfo");
-  await page.getByLabel("vlan").fill("10");
-  await page.getByLabel("name", { exact: true }).fill("mine");
-  await review(page);
-  await page.getByRole("button", { name: "Send these 2 changes" }).click();
-  await until(() => page.locator(".failure:visible").getAttribute("data-code"), "row_exists");
-  assert.notEqual(call("oltmib_vlaninfo_get_1", "10")[2], "mine");
-});
+with_page(
+  "a row is added, and one that is there already is not overwritten",
+  "#/tables/vlaninfo",
+  {},
+  async (page, { go }) => {
+    await page.getByRole("link", { name: "Add a row" }).click();
+    await page.getByLabel("name", { exact: true }).fill("cameras");
+    await review(page);
+    await until(() => wrong(page, "vlan").innerText(), "Expected what says which row it is.");
+    await page.getByLabel("vlan").fill("30");
+    await page.getByLabel("active").selectOption("on");
+    await review(page);
+    await page.getByRole("button", { name: "Send these 3 changes" }).click();
+    await heading(page, "Changed");
+    assert.equal(call("oltmib_vlaninfo_get_1", "30")[2], "cameras");
+    await page.getByRole("link", { name: "The new row" }).click();
+    await until(() => page.getByLabel("name", { exact: true }).inputValue(), "cameras");
+    await go("#/add/vlaninfo");
+    await page.getByLabel("vlan").fill("10");
+    await page.getByLabel("name", { exact: true }).fill("mine");
+    await review(page);
+    await page.getByRole("button", { name: "Send these 2 changes" }).click();
+    await until(() => page.locator(".failure:visible").getAttribute("data-code"), "row_exists");
+    assert.notEqual(call("oltmib_vlaninfo_get_1", "10")[2], "mine");
+  },
+);
 
 with_page("a secret is set without being seen", "#/row/account?user=guest", {}, async (page) => {
   const box = page.getByLabel("password");
@@ -164,18 +205,23 @@ with_page("a secret is set without being seen", "#/row/account?user=guest", {}, 
   assert.doesNotMatch(await page.locator("main").innerText(), /sesame/);
 });
 
-with_page("what was typed and not sent is still there after another view, but for secrets", "#/row/account?user=admin", {}, async (page, { go }) => {
-  await page.getByLabel("level").fill("7");
-  await page.getByLabel("password").fill("forget me");
-  await go("#/device");
-  await page.locator(".verdict").waitFor();
-  await go("#/row/account?user=admin");
-  await page.getByText("What you typed before and did not send is still here.").waitFor();
-  assert.equal(await page.getByLabel("level").inputValue(), "7");
-  assert.equal(await page.getByLabel("password").inputValue(), "");
-  await page.getByRole("button", { name: "Drop the changes" }).click();
-  assert.equal(await page.getByLabel("level").inputValue(), "15");
-});
+with_page(
+  "what was typed and not sent is still there after another view, but for secrets",
+  "#/row/account?user=admin",
+  {},
+  async (page, { go }) => {
+    await page.getByLabel("level").fill("7");
+    await page.getByLabel("password").fill("forget me");
+    await go("#/device");
+    await page.locator(".verdict").waitFor();
+    await go("#/row/account?user=admin");
+    await page.getByText("What you typed before and did not send is still here.").waitFor();
+    assert.equal(await page.getByLabel("level").inputValue(), "7");
+    assert.equal(await page.getByLabel("password").inputValue(), "");
+    await page.getByRole("button", { name: "Drop the changes" }).click();
+    assert.equal(await page.getByLabel("level").inputValue(), "15");
+  },
+);
 
 with_page("a table that only takes is a form for its API", "#/tables/vlanbitmapinfo", {}, async (page) => {
   await heading(page, "oltmib_vlanbitmapinfo_set_1");
@@ -195,7 +241,10 @@ with_page("rows that cannot be listed are asked for", "#/tables/devcapint", {}, 
 
 with_page("the keyboard alone finds a port, changes it and sends it", "#/device", {}, async (page) => {
   await page.locator(".panel a").nth(1).waitFor();
-  const focused = () => page.evaluate(() => (document.activeElement.labels?.[0]?.innerText ?? document.activeElement.innerText ?? "").trim());
+  const focused = () =>
+    page.evaluate(() =>
+      (document.activeElement.labels?.[0]?.innerText ?? document.activeElement.innerText ?? "").trim(),
+    );
   async function tab_to(pattern) {
     for (let presses = 0; presses < 120; presses++) {
       await page.keyboard.press("Tab");
@@ -230,11 +279,16 @@ with_page("the keyboard alone finds a port, changes it and sends it", "#/device"
   assert.equal(call("oltmib_vlaninfo_get_1", "1")[2], "by hand");
 });
 
-with_page("the browser asks before typed text is lost with the page", "#/row/portinfo?port=5", { noted: false }, async (page) => {
-  await page.getByLabel("description").fill("not sent");
-  const asked = page.waitForEvent("dialog");
-  page.reload().catch(() => {});
-  assert.equal((await asked).type(), "beforeunload");
-});
+with_page(
+  "the browser asks before typed text is lost with the page",
+  "#/row/portinfo?port=5",
+  { noted: false },
+  async (page) => {
+    await page.getByLabel("description").fill("not sent");
+    const asked = page.waitForEvent("dialog");
+    page.reload().catch(() => {});
+    assert.equal((await asked).type(), "beforeunload");
+  },
+);
 
 test.after(() => tell("clear"));

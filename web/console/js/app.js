@@ -1,7 +1,7 @@
 // The console: signs in, reads what there is, and shows the view that the address
 // names. A view is a function of the address's parts that gives { title, node, stop }:
 // a new one is a row of `views`, a link in index.html and a module beside this one.
-import { h, say, set, announce, plain, shape } from "./dom.js";
+import { h, set, announce, plain, shape } from "./dom.js";
 import { watch } from "./gateway.js";
 import { load, model } from "./model.js";
 import { failure_part, sentence_page } from "./parts.js";
@@ -82,5 +82,4 @@ document.getElementById("skip").addEventListener("click", (event) => {
 	event.preventDefault(); // the address is the view's
 	main.focus();
 });
-say(document.getElementById("loading"), "Reading what the device knows …");
 start();

@@ -89,12 +89,12 @@ function daemons_part(summary, retry) {
 				);
 				if (well) summary.verdict("good", "The device is well");
 				else
-					summary.verdict(
+					{summary.verdict(
 						"bad",
 						up
 							? `Not well: ${down.map((service) => plain(service.title || service.name)).join(", ")}`
 							: "No daemon answers",
-					);
+					);}
 			});
 			if (!known && !signal.aborted) summary.verdict("none", "Whether the device is well is not known");
 		},
@@ -147,17 +147,7 @@ function log_part(retry) {
 				say(none, kept === false ? "Changes go to the system's log." : "No change was made yet.");
 				set(none, "hidden", changes.length > 0);
 				set(table, "hidden", changes.length === 0);
-				const seen = new Map();
-				keyed(
-					body,
-					changes,
-					(change) => {
-						const text = JSON.stringify(change);
-						seen.set(text, (seen.get(text) ?? 0) + 1);
-						return text + seen.get(text);
-					},
-					make,
-				);
+				keyed(body, changes, JSON.stringify, make);
 			}),
 	};
 }

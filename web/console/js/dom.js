@@ -56,8 +56,8 @@ export function keyed(parent, items, key_of, make) {
 	const now = new Map();
 	let place = parent.firstChild;
 	for (const item of items) {
-		const key = key_of(item);
-		if (now.has(key)) continue;
+		let key = String(key_of(item));
+		while (now.has(key)) key += " again";
 		const part = before.get(key) ?? make(item);
 		part.update?.(item);
 		now.set(key, part);

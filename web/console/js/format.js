@@ -19,7 +19,7 @@ export function moment(text) {
 	return Number.isNaN(date.getTime()) ? String(text) : stamp.format(date);
 }
 
-export const secret_text = "secret";
+const secret_text = "secret";
 
 // A value's text. Numbers that measure something are grouped; those that name
 // something (a port, a VLAN) are not.

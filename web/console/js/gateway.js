@@ -57,12 +57,8 @@ async function request(path, { body, headers = {}, seconds = 10, signal } = {}) 
 		}
 		tell(null);
 		if (!answer.ok) {
-			const { code, message, field, row } = told.error ?? {};
-			throw new Failure(code ?? "failed", message ?? `The gateway answered status ${answer.status}.`, {
-				status: answer.status,
-				field,
-				row,
-			});
+			const { code, message, ...more } = told.error ?? {};
+			throw new Failure(code ?? "failed", message ?? `The gateway answered status ${answer.status}.`, more);
 		}
 		return told;
 	} finally {

@@ -44,10 +44,6 @@ export function live(seconds, work) {
 	turn();
 	return {
 		now: turn,
-		pace(other) {
-			seconds = other;
-			if (!paused) turn();
-		},
 		pause(yes) {
 			paused = yes;
 			if (paused) clearTimeout(timer);

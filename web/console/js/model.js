@@ -6,10 +6,10 @@ export const model = { user: "", limits: {}, services: [], tables: new Map(), co
 
 // The daemon's result and the operation close every record: no content of a row.
 const closing = new Set(["res", "oper"]);
-export const is_closing = (field) => closing.has(field.name) || closing.has(field.field);
+const is_closing = (field) => closing.has(field.name) || closing.has(field.field);
 
 // Somebody has said what the field is.
-export const is_named = (field) => field.name !== field.field || field.title !== field.field;
+const is_named = (field) => field.name !== field.field || field.title !== field.field;
 
 function enrich(table, rights, apis) {
 	const fields = new Map(table.fields.map((field) => [field.name, field]));

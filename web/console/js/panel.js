@@ -74,10 +74,10 @@ export function front_panel(summary, retry) {
 			const port = row[field_with(counted, "port").name];
 			const now = fields.map((field) => String(row[field.name]));
 			if (before.has(port))
-				found.set(
+				{found.set(
 					port,
 					now.reduce((sum, value, i) => sum + (growth(value, before.get(port)[i]) ?? 0), 0),
-				);
+				);}
 			before.set(port, now);
 		}
 		return found;
@@ -106,7 +106,7 @@ export function front_panel(summary, retry) {
 		const bad = shown.filter((port) => port.errors);
 		const names = bad.length > 3 ? `${count(bad.length)} ports` : bad.map((port) => plain(port.name)).join(", ");
 		if (errors.size)
-			summary.fact("errors", bad.length ? "warn" : "good", bad.length ? `New errors at ${names}` : "No new errors");
+			{summary.fact("errors", bad.length ? "warn" : "good", bad.length ? `New errors at ${names}` : "No new errors");}
 	}
 
 	return {

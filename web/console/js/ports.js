@@ -1,5 +1,4 @@
-// Counters of ports as they move: one request a second for all that is shown. Which
-// tables can be plotted, and of what ports, comes from the schema's roles.
+// Counters of ports as they move: one request a second for all that is shown.
 import { h, say, set, keyed, svg, announce, download, plain } from "./dom.js";
 import * as gateway from "./gateway.js";
 import { counted_tables, field_with, table_with } from "./model.js";
@@ -17,7 +16,7 @@ const ranges = [
 	[900, "15 minutes"],
 	[3600, "1 hour"],
 ];
-const paces = [1, 2, 5, 10];
+const usual_seconds = 1;
 
 const swatch = (place) =>
 	svg(
@@ -26,14 +25,16 @@ const swatch = (place) =>
 		svg("line", { x1: 0, y1: 4, x2: 28, y2: 4, "stroke-dasharray": dash_of(place).join(" ") || "none" }),
 	);
 
-const least_of = (values) => values.reduce((a, b) => (a === null || (b !== null && b < a) ? b : a), null);
-const most_of = (values) => values.reduce((a, b) => (a === null || (b !== null && b > a) ? b : a), null);
+const least_and_most = (values) => {
+	const known = values.filter((value) => value !== null);
+	return [Math.min, Math.max].map((better) => known.reduce((a, b) => better(a, b), known[0]));
+};
 const shown_number = (value) => (Number.isFinite(value) ? rate(value) : "–");
 
 export function show_ports() {
 	const tables = counted_tables();
 	if (tables.length === 0)
-		return sentence_page("Ports", "No table that you may read has counters of ports: names say so by the role port.");
+		{return sentence_page("Ports", "No table that you may read has counters of ports.");}
 
 	let table, counters, port_field, samples;
 	let ports = []; // { port, label, place, up }
@@ -61,7 +62,7 @@ export function show_ports() {
 		class: "slider",
 		on: { input: () => move(slider.value === slider.max ? null : slider.valueAsNumber) },
 	});
-	const at = h("output", { class: "at" });
+	const at = h("span", { class: "at" });
 
 	const shown = () => ports.filter((port) => shown_ports.has(port.port));
 	const chosen_fields = () => counters.filter((field) => shown_fields.has(field.name));
@@ -104,9 +105,9 @@ export function show_ports() {
 				};
 			});
 			if (shown_ports.size === 0)
-				shown_ports = new Set([...ports.filter((port) => port.up), ...ports].slice(0, 4).map((port) => port.port));
+				{shown_ports = new Set([...ports.filter((port) => port.up), ...ports].slice(0, 4).map((port) => port.port));}
 			if (results[0].failure && ports.length === 0)
-				throw Object.assign(new Error(results[0].failure.message), results[0].failure);
+				{throw Object.assign(new Error(results[0].failure.message), results[0].failure);}
 		});
 		if (over || listed !== table) return;
 		build_choices();
@@ -170,7 +171,7 @@ export function show_ports() {
 			}),
 		);
 		if (boards.length === 0 || series.length === 0)
-			holder.replaceChildren(h("p", { class: "quiet" }, "Choose a port and a counter."));
+			{holder.replaceChildren(h("p", { class: "quiet" }, "Choose a port and a counter."));}
 		draw();
 		try {
 			for (const board of built) {
@@ -216,7 +217,7 @@ export function show_ports() {
 			node: h("tr", {}, h("th", { scope: "row" }, swatch(place), " ", h("bdi", {}, label), " ", why.node), cells),
 			update({ values, index }) {
 				why.update(problems.get(port));
-				[values[index], least_of(values), most_of(values)].forEach((value, i) => say(cells[i], shown_number(value)));
+				[values[index], ...least_and_most(values)].forEach((value, i) => say(cells[i], shown_number(value)));
 			},
 		};
 	}
@@ -295,8 +296,6 @@ export function show_ports() {
 		announce("The values shown were saved.");
 	}
 
-	const pace = interval(paces[0]);
-	const pace_options = [...new Set([pace, ...paces])].sort((a, b) => a - b).map((seconds) => [seconds, `${seconds} s`]);
 	choose_table(
 		(tables.find((one) => one.fields.some((field) => field.role?.startsWith("octets_"))) ?? tables[0]).table,
 	);
@@ -337,10 +336,6 @@ export function show_ports() {
 					draw();
 				}),
 			),
-			labelled(
-				"Every",
-				choice(pace_options, pace, (value) => poll.pace(Number(value))),
-			),
 			pause_button,
 			button("Save as CSV", save),
 		),
@@ -348,10 +343,10 @@ export function show_ports() {
 		failure.node,
 		plots_failure.node,
 		choices,
-		h("div", { class: "bar at-bar" }, labelled("Values at", slider), at),
+		h("div", { class: "bar" }, labelled("Values at", slider), at),
 		holder,
 	);
-	poll = live(pace, read);
+	poll = live(interval(usual_seconds), read);
 	return {
 		title: "Ports",
 		node,

@@ -234,7 +234,7 @@ function row_form({ table, key = {}, adding = false, api = null }) {
 		if (!(await check())) return;
 		for (const input of adding ? inputs : []) {
 			if (keys.includes(input.field) && input.text() === "")
-				input.wrong({ message: "Expected what says which row it is." });
+				{input.wrong({ message: "Expected what says which row it is." });}
 		}
 		const wrong = inputs.filter((input) => input.problem());
 		if (wrong.length) {

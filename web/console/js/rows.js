@@ -128,20 +128,13 @@ export function show_rows(table) {
 		const last_page = Math.max(Math.ceil(found.length / page_rows) - 1, 0);
 		page = Math.min(Math.max(page, 0), last_page);
 		const part = found.slice(page * page_rows, (page + 1) * page_rows);
-		const seen = new Map();
-		keyed(
-			body,
-			part.map((row) => {
-				const key = key_of(table, row);
-				const address = to_row(table, key);
-				seen.set(address, (seen.get(address) ?? 0) + 1);
-				// rows that are told apart by a secret cannot be opened: nobody may say which
-				const link = Object.values(key).includes(null) ? null : address;
-				return { row, link, key: `${address} ${seen.get(address)}` };
-			}),
-			(item) => item.key,
-			make_row,
-		);
+		const items = part.map((row) => {
+			const key = key_of(table, row);
+			const address = to_row(table, key);
+			// rows that are told apart by a secret cannot be opened: nobody may say which
+			return { row, address, link: Object.values(key).includes(null) ? null : address };
+		});
+		keyed(body, items, (item) => item.address, make_row);
 		set(pages, "hidden", last_page === 0);
 		earlier.disabled = page === 0;
 		later.disabled = page === last_page;
@@ -179,8 +172,8 @@ export function show_rows(table) {
 			complete = code === null;
 			const why = {
 				too_many_rows: "the table has more.",
-				deadline: "the time for a reading was over.",
-				res: "the device gave a result that nobody explained; there may be more.",
+				deadline: "the time was over.",
+				res: "nobody told whether that is the end.",
 			}[code];
 			cut.update(
 				code && rows.length

@@ -75,11 +75,11 @@ function show_list() {
 			matches += fits;
 		}
 		for (const { node, items } of groups)
-			set(
+			{set(
 				node,
 				"hidden",
 				items.every((entry) => entry.item.hidden),
-			);
+			);}
 		say(
 			found,
 			words.length ? `${count(matches)} of ${count(entries.length)} tables` : `${count(entries.length)} tables`,

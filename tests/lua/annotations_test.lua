@@ -45,6 +45,7 @@ end
 check.equal("record", annotated("record"), of_rooms("record"))
 local in_names = of_rooms("names")
 in_names[#in_names + 1] = "names.loaded"
+in_names[#in_names + 1] = "names.keep"
 table.sort(in_names)
 check.equal("names", annotated("names"), in_names)
 

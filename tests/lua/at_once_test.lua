@@ -51,7 +51,7 @@ check.row(record.walks, { 5 },
   { "nil", "record.walks: expected a list of { table, key, options }, found 5", "bad_type" })
 check.row(record.walks, { { 5 } },
   { "nil", "record.walks: item 1: expected { table, key, options }, found 5", "bad_type" })
-check.row(record.walks, { {} }, { {}, {}, {} })
+check.row(record.walks, { {} }, { {}, {}, {}, {} })
 
 -- Every table that is walked, beside the others: as one after another. Counters
 -- move at each read.
@@ -93,10 +93,12 @@ check.equal("failures", { failures[1], failures[2], failures[3].code, failures[4
   { [3] = "no_operation", [4] = "unknown_api", [5] = "unknown_option" })
 shell.tell "fault oltmib_telnet_get_1 drop"
 shell.tell "fault oltmib_agsys_get_1 count=1 truncate 8"
-rows, failures = record.walks({ { "telnet" }, { "agsys" } }, 0.3)
+local _, took
+rows, failures, _, took = record.walks({ { "telnet" }, { "agsys" } }, 0.3)
 check.equal("one that is silent", { #rows[1], failures[1] }, { 0, { code = "deadline",
   message = "oltmib_telnet_get_1: expected the end within 0.3 seconds, found 0 rows and no end" } })
 check.equal("one that is cut", failures[2].code, "bad_reply")
+check.equal("the time of its calls", { took[1] > 0.2, took[2] < took[1] }, { true, true })
 shell.tell "clear"
 
 -- A walk that fails hands back what it has, with the reason; others go on.

@@ -220,6 +220,7 @@ function record.rows(name, key, options) end
 ---@return librpc.fields[][]? rows # of each, all that there were; nil where the list is none
 ---@return table<integer, librpc.failure>|string failures
 ---@return table<integer, { why: string, last: librpc.fields? }>|string ends
+---@return number[]? taken # the seconds of the calls of each
 function record.walks(list, seconds) end
 
 ---One call with fields: the row, or a set's status.
@@ -343,6 +344,10 @@ function names.load(path) end
 ---@return string? code
 ---@return string[]? list
 function names.check(path) end
+
+---Says where it stands which files were right already: they are not looked through again.
+---@param path string
+function names.keep(path) end
 
 ---Whether what is installed can be used.
 ---@return table? tables

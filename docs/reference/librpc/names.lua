@@ -42,6 +42,10 @@ function names.load(path) end
 ---@return string[]? list
 function names.check(path) end
 
+---Says where it stands which files were right already: they are not looked through again.
+---@param path string
+function names.keep(path) end
+
 ---Whether what is installed can be used.
 ---@return table? tables
 ---@return string? mistakes

@@ -48,6 +48,7 @@ function record.rows(name, key, options) end
 ---@return librpc.fields[][]? rows # of each, all that there were; nil where the list is none
 ---@return table<integer, librpc.failure>|string failures
 ---@return table<integer, { why: string, last: librpc.fields? }>|string ends
+---@return number[]? taken # the seconds of the calls of each
 function record.walks(list, seconds) end
 
 ---One call with fields: the row, or a set's status.

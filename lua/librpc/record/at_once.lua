@@ -150,8 +150,9 @@ end
 -- Walks, each { table, key, options } as of record.rows, beside one another: each
 -- asks for its next row as soon as the one before is there. The rows of each, which
 -- are all that it had where it failed; why it failed, by the same place; and how it
--- ended where it did not: { why =, last = }. `seconds` is a deadline for all; a
--- walk's own may be sooner. A table that has no getn gives its one row.
+-- ended where it did not: { why =, last = }; and the seconds that the calls of each
+-- took. `seconds` is a deadline for all; a walk's own may be sooner. A table that has
+-- no getn gives its one row.
 function at_once.walks(list, seconds)
   local right, message, code = check_list("record.walks", list, "{ table, key, options }", seconds)
   if not right then
@@ -176,9 +177,10 @@ function at_once.walks(list, seconds)
   end
   while open > 0 do
     group:wait()
-    for id, text, failure in group:finished() do
+    for id, text, failure, took in group:finished() do
       local walk = by_id[id]
       by_id[id] = nil
+      walk.taken = (walk.taken or 0) + took
       failure = failure or {}
       walk:take(text or nil, failure.message, failure.code, failure.details)
       if not walk.text or not ask(group, walk, by_id) then
@@ -187,16 +189,16 @@ function at_once.walks(list, seconds)
     end
   end
   kept = group
-  local rows, ends = {}, {}
+  local rows, ends, taken = {}, {}, {}
   for i, walk in ipairs(walks) do
-    rows[i] = walk.rows
+    rows[i], taken[i] = walk.rows, walk.taken or 0
     if walk.code then
       failures[i] = failure_of(nil, walk.message, walk.code, walk.details)
     elseif not failures[i] then
       ends[i] = { why = walk.why, last = walk.last }
     end
   end
-  return rows, failures, ends
+  return rows, failures, ends, taken
 end
 
 return at_once

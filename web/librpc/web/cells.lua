@@ -4,18 +4,24 @@ local json = require "librpc.web.json"
 
 local cells = {}
 
-local templates = setmetatable({}, { __mode = "k" }) -- by the API's output
+-- By the table's view and the API's output, which tables may share.
+local templates = setmetatable({}, { __mode = "k" })
 
 -- How a row of the API is written: a list of { name, the text before the value, secret }.
 local function template_of(api, view)
-  local template = templates[api.output]
+  local of_view = templates[view]
+  if not of_view then
+    of_view = setmetatable({}, { __mode = "k" })
+    templates[view] = of_view
+  end
+  local template = of_view[api.output]
   if not template then
     template = {}
     for i, position in ipairs(api.output) do
       local name = view.name[position.name] or position.name
       template[i] = { name, (i > 1 and "," or "") .. json.encode(name) .. ":", view.secret[position.name] }
     end
-    templates[api.output] = template
+    of_view[api.output] = template
   end
   return template
 end

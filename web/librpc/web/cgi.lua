@@ -21,14 +21,15 @@ local function header(name)
   return told("HTTP_" .. name:upper():gsub("-", "_"))
 end
 
--- The address behind the program's own, or the whole one where the server gave the
--- program that: /cgi-bin/librpc.cgi/api/all and /api/all are one.
+-- The address, and whether the program has to serve the console: where it has an
+-- address of its own, as /cgi-bin/librpc.cgi, all lies behind that; else it has those
+-- that the server gives it, as /api.
 local function path()
-  local info = told "PATH_INFO" or ""
-  if info:match("^/api/") or info == "/metrics" then
-    return info
+  local script, info = told "SCRIPT_NAME" or "", told "PATH_INFO" or ""
+  if script:match("%.cgi$") then
+    return info, true
   end
-  return (told "SCRIPT_NAME" or "") .. info
+  return script .. info, false
 end
 
 local function body(limit)
@@ -40,10 +41,12 @@ local function body(limit)
   return text or ""
 end
 
-return function()
+return function(folder)
+  local address, serves_console = path()
   local status, headers, text = handler.answer {
     method = told "REQUEST_METHOD" or "GET",
-    path = path(),
+    path = address,
+    files = serves_console and folder .. "/console" or nil,
     query = told "QUERY_STRING",
     scheme = told "REQUEST_SCHEME" or told "HTTPS" == "on" and "https" or nil,
     address = told "REMOTE_ADDR",

@@ -8,6 +8,7 @@
 --     header(name)  a header's value, or nil; names in lower case
 --     body(limit)   the body's text; nil where it is longer
 --     complain(line) writes to the server's log
+--     files         the console's folder, where the gateway is to serve it, too
 -- and gets from here
 --     site, rights  the configuration and what the user may
 --     body          the decoded body
@@ -40,6 +41,8 @@ local addresses = {
   ["/api/change"] = { POST = room("changes", "change"), is_change = true },
   ["/metrics"] = { GET = room("metrics") },
 }
+
+handler.addresses = addresses
 
 -- What every answer carries: it is data, it is for this user, and nothing in it runs.
 local function headers_of(content_type)
@@ -119,6 +122,7 @@ end
 -- nil and a refusal.
 local function answer(request)
   local address = addresses[request.path]
+    or request.files and not request.path:match("^/api") and { GET = room("files") }
   if not address then
     return refusals.make("bad_address", request.path:sub(1, 200) .. ": expected an address of the gateway, found none")
   end

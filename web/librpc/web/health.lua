@@ -11,10 +11,22 @@ local states = {
   rejected = "wrong", bad_reply = "wrong",
 }
 
+-- What calls.services gives. A daemon that was started anew has another port, which the
+-- first call to the old one finds out: then it is asked again.
+local function asked(seconds)
+  local list = calls.services(seconds)
+  for _, one in ipairs(list) do
+    if one.failure and one.failure.code == "refused" then
+      return calls.services(seconds)
+    end
+  end
+  return list
+end
+
 -- Each service { name, title, program, state, port, ms, failure }.
 function health.services(seconds)
   local list, well = {}, true
-  for i, one in ipairs(calls.services(seconds)) do
+  for i, one in ipairs(asked(seconds)) do
     local failure = one.failure
     list[i] = {
       name = one.service, title = one.title, program = one.program, port = one.port,

@@ -58,6 +58,11 @@ local function as_utf8(text)
   return table.concat(parts), replaced
 end
 
+-- The text as UTF-8.
+function json.utf8(text)
+  return (as_utf8(text))
+end
+
 local function text_of(text)
   return cjson.encode((as_utf8(text)))
 end

@@ -103,6 +103,34 @@ local function among(read, rows, failure)
   return tables.fail("no_row", read.api.name, "the row of that key", nil, "none among " .. #rows)
 end
 
+-- Whether a read is worth a second try: a daemon that was started anew has another port,
+-- which the first call to the old one finds out. Nothing was read then.
+local function was_refused(failure)
+  return failure and failure.code == "refused"
+end
+
+-- record.all or record.walks, with a second try.
+local function twice(read, list, seconds)
+  local began = clock()
+  local rows, failures, ends = read(list, seconds)
+  local again, places = {}, {}
+  for k = 1, #list do
+    if was_refused(failures[k]) then
+      again[#again + 1], places[#places + 1] = list[k], k
+    end
+  end
+  if #again > 0 then
+    local more_rows, more_failures, more_ends = read(again, math.max(seconds - (clock() - began), 0))
+    for i, k in ipairs(places) do
+      rows[k], failures[k] = more_rows[i], more_failures[i]
+      if ends then
+        ends[k] = more_ends[i]
+      end
+    end
+  end
+  return rows, failures, ends
+end
+
 -- Makes reads at once: put(i, row), or put(i, nil, message, code), of each.
 local function make(list, seconds, most_rows, put)
   local began, sent, sent_of, walks, walks_of = clock(), {}, {}, {}, {}
@@ -113,7 +141,7 @@ local function make(list, seconds, most_rows, put)
       sent[#sent + 1], sent_of[#sent + 1] = { read.api.name, read.fields }, i
     end
   end
-  local rows, failures = record.all(sent, seconds)
+  local rows, failures = twice(record.all, sent, seconds)
   for k, i in ipairs(sent_of) do
     local read, row, failure = list[i], rows[k], failures[k]
     if failure then
@@ -127,7 +155,7 @@ local function make(list, seconds, most_rows, put)
     end
   end
   if #walks > 0 then
-    rows, failures = record.walks(walks, math.max(seconds - (clock() - began), 0))
+    rows, failures = twice(record.walks, walks, math.max(seconds - (clock() - began), 0))
     for k, i in ipairs(walks_of) do
       put(i, among(list[i], rows[k], failures[k]))
     end
@@ -205,7 +233,7 @@ function reads.rows(request)
     end
   end
   if #walks > 0 then
-    local rows, failures, ends = record.walks(walks, seconds)
+    local rows, failures, ends = twice(record.walks, walks, seconds)
     for k, place in ipairs(places) do
       local failure = failures[k]
       local result = failure and cells.failure(failure.code, failure.message) or { ended = ends[k].why }

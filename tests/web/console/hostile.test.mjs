@@ -133,6 +133,7 @@ test("in every text that the device itself holds", async () => {
   const visitor = await visit("#/tables", { width: 800, every: 60 });
   const { page } = visitor;
   let seen = 0;
+  await page.locator(".group").first().waitFor();
   const tables = await page
     .locator(".group li a")
     .evaluateAll((links) => links.map((link) => link.getAttribute("href")));

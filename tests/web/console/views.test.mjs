@@ -87,7 +87,7 @@ with_page(
     assert(record.change("portinfo", { port = 4 }, { enabled = "off" }))
     assert(record.change("portstat", { port = 2 }, { errors_in = 0 }))`);
     await until(() => page.locator(".panel a").nth(3).getAttribute("data-state"), "off");
-    assert.match(await page.locator(".panel a").nth(3).innerText(), /switched off/);
+    assert.match(await page.locator(".panel a").nth(3).innerText(), /\boff\b/);
     const errors = page.locator(".panel a").nth(1).locator(".errors");
     const moved = async () => {
       lua(`local record = require "librpc.record"

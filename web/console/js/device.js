@@ -22,7 +22,11 @@ function summary_part() {
 			"div",
 			{ class: "summary", id: "summary" },
 			h("p", { class: "verdict" }, state.node),
-			h("ul", { class: "facts" }, Object.values(facts).map((fact) => fact.node)),
+			h(
+				"ul",
+				{ class: "facts" },
+				Object.values(facts).map((fact) => fact.node),
+			),
 		),
 		verdict: state.update,
 		fact(name, kind, text) {
@@ -88,13 +92,14 @@ function daemons_part(summary, retry) {
 					`${count(up)} of ${count(services.length)} daemons answer`,
 				);
 				if (well) summary.verdict("good", "The device is well");
-				else
-					{summary.verdict(
+				else {
+					summary.verdict(
 						"bad",
 						up
 							? `Not well: ${down.map((service) => plain(service.title || service.name)).join(", ")}`
 							: "No daemon answers",
-					);}
+					);
+				}
 			});
 			if (!known && !signal.aborted) summary.verdict("none", "Whether the device is well is not known");
 		},

@@ -121,8 +121,9 @@ export function make_field(field, { on_input, empty_choice = false, required = f
 		base(value) {
 			const dirty = self.dirty();
 			base = field.secret ? "" : input_text(value);
-			if (field.values && base !== "" && !Array.from(control.options).some((option) => option.value === base))
-				{control.append(h("option", { value: base }, base));}
+			if (field.values && base !== "" && !Array.from(control.options).some((option) => option.value === base)) {
+				control.append(h("option", { value: base }, base));
+			}
 			if (!dirty) control.value = base;
 			note();
 		},

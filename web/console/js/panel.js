@@ -23,13 +23,13 @@ function socket(state) {
 	);
 }
 
-const words = { up: "up", down: "down", off: "switched off", unknown: "unknown" };
+const words = { up: "up", down: "down", off: "off", unknown: "unknown" };
 
 function make_port() {
 	const name = h("bdi", { class: "name" });
 	const word = h("span", { class: "word" });
 	const rate = h("span", { class: "rate" });
-	const errors = h("span", { class: "errors", hidden: true }, shape("warn"), h("span", {}));
+	const errors = h("span", { class: "errors", hidden: true }, shape("warn"), " ", h("span", {}));
 	const link = h("a", {}, socket("unknown"), name, " ", word, " ", rate, " ", errors);
 	return {
 		node: h("li", {}, link),
@@ -73,11 +73,12 @@ export function front_panel(summary, retry) {
 		for (const row of rows) {
 			const port = row[field_with(counted, "port").name];
 			const now = fields.map((field) => String(row[field.name]));
-			if (before.has(port))
-				{found.set(
+			if (before.has(port)) {
+				found.set(
 					port,
 					now.reduce((sum, value, i) => sum + (growth(value, before.get(port)[i]) ?? 0), 0),
-				);}
+				);
+			}
 			before.set(port, now);
 		}
 		return found;
@@ -105,8 +106,9 @@ export function front_panel(summary, retry) {
 		summary.fact("ports", up ? "good" : "none", `${count(up)} of ${count(shown.length)} ports are up`);
 		const bad = shown.filter((port) => port.errors);
 		const names = bad.length > 3 ? `${count(bad.length)} ports` : bad.map((port) => plain(port.name)).join(", ");
-		if (errors.size)
-			{summary.fact("errors", bad.length ? "warn" : "good", bad.length ? `New errors at ${names}` : "No new errors");}
+		if (errors.size) {
+			summary.fact("errors", bad.length ? "warn" : "good", bad.length ? `New errors at ${names}` : "No new errors");
+		}
 	}
 
 	return {

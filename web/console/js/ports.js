@@ -33,8 +33,9 @@ const shown_number = (value) => (Number.isFinite(value) ? rate(value) : "–");
 
 export function show_ports() {
 	const tables = counted_tables();
-	if (tables.length === 0)
-		{return sentence_page("Ports", "No table that you may read has counters of ports.");}
+	if (tables.length === 0) {
+		return sentence_page("Ports", "No table that you may read has counters of ports.");
+	}
 
 	let table, counters, port_field, samples;
 	let ports = []; // { port, label, place, up }
@@ -104,10 +105,12 @@ export function show_ports() {
 					up: up.get(port) !== false,
 				};
 			});
-			if (shown_ports.size === 0)
-				{shown_ports = new Set([...ports.filter((port) => port.up), ...ports].slice(0, 4).map((port) => port.port));}
-			if (results[0].failure && ports.length === 0)
-				{throw Object.assign(new Error(results[0].failure.message), results[0].failure);}
+			if (shown_ports.size === 0) {
+				shown_ports = new Set([...ports.filter((port) => port.up), ...ports].slice(0, 4).map((port) => port.port));
+			}
+			if (results[0].failure && ports.length === 0) {
+				throw Object.assign(new Error(results[0].failure.message), results[0].failure);
+			}
 		});
 		if (over || listed !== table) return;
 		build_choices();
@@ -170,8 +173,9 @@ export function show_ports() {
 				);
 			}),
 		);
-		if (boards.length === 0 || series.length === 0)
-			{holder.replaceChildren(h("p", { class: "quiet" }, "Choose a port and a counter."));}
+		if (boards.length === 0 || series.length === 0) {
+			holder.replaceChildren(h("p", { class: "quiet" }, "Choose a port and a counter."));
+		}
 		draw();
 		try {
 			for (const board of built) {

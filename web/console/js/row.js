@@ -233,8 +233,9 @@ function row_form({ table, key = {}, adding = false, api = null }) {
 	async function review() {
 		if (!(await check())) return;
 		for (const input of adding ? inputs : []) {
-			if (keys.includes(input.field) && input.text() === "")
-				{input.wrong({ message: "Expected what says which row it is." });}
+			if (keys.includes(input.field) && input.text() === "") {
+				input.wrong({ message: "Expected what says which row it is." });
+			}
 		}
 		const wrong = inputs.filter((input) => input.problem());
 		if (wrong.length) {

@@ -74,12 +74,13 @@ function show_list() {
 			say(hint, fits ? hints(table, words) : "");
 			matches += fits;
 		}
-		for (const { node, items } of groups)
-			{set(
+		for (const { node, items } of groups) {
+			set(
 				node,
 				"hidden",
 				items.every((entry) => entry.item.hidden),
-			);}
+			);
+		}
 		say(
 			found,
 			words.length ? `${count(matches)} of ${count(entries.length)} tables` : `${count(entries.length)} tables`,

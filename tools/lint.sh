@@ -27,8 +27,7 @@ tidy() {
     printf '%s\n' "${tidy_files[@]}" | xargs -P "$(nproc)" -n 2 clang-tidy -quiet -p build-clang 2>/dev/null
 }
 eslint() {
-  CONSOLE_NODE=$PWD/build/web/node build/web/node/node_modules/.bin/eslint \
-    --config tests/web/eslint.config.mjs --max-warnings 0 web/console tests/web
+  build/web/node/node_modules/.bin/eslint --config tests/web/eslint.config.mjs --max-warnings 0 web/console tests/web
 }
 build() { # PRESET FOLDER
   cmake --preset "$1" >/dev/null || return

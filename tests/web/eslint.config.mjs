@@ -1,8 +1,8 @@
 // Rules for the JavaScript of the web console and of its tests; `./dev lint` runs them with the
-// packages that package-lock.json pins, whose folder is CONSOLE_NODE.
+// packages that package-lock.json pins, from the build's folder.
 import { createRequire } from "node:module";
 
-const require = createRequire(`${process.env.CONSOLE_NODE}/package.json`);
+const require = createRequire(new URL("../../build/web/node/package.json", import.meta.url));
 const js = require("@eslint/js");
 const globals = require("globals");
 

@@ -165,12 +165,13 @@ with_page(
     await page.evaluate(() => {
       window.news = [];
       const live = document.querySelectorAll("[aria-live], [role=status], [role=alert], [role=log], output");
-      for (const node of live)
+      for (const node of live) {
         new MutationObserver(() => window.news.push(node.textContent)).observe(node, {
           childList: true,
           characterData: true,
           subtree: true,
         });
+      }
     });
     const before = requests.length;
     await until(() => Promise.resolve(requests.length > before + 40), true);

@@ -73,8 +73,9 @@ export async function visit(
   });
   page.on("request", (request) => {
     requests.push(request);
-    if (!request.url().startsWith(address) && !/^(blob|data):/.test(request.url()))
+    if (!request.url().startsWith(address) && !/^(blob|data):/.test(request.url())) {
       problems.push(`request to ${request.url()}`);
+    }
   });
   await context.addInitScript(() => {
     window.violations = [];
@@ -122,8 +123,9 @@ export function with_page(title, where, options, work) {
     try {
       await work(visitor.page, visitor);
     } catch (problem) {
-      if (process.env.CONSOLE_DEBUG)
+      if (process.env.CONSOLE_DEBUG) {
         await visitor.page.screenshot({ path: `${process.env.CONSOLE_DEBUG}/failed.png`, fullPage: true });
+      }
       await visitor.context.close();
       throw problem;
     }

@@ -53,8 +53,9 @@ async function assert_harmless(page, what) {
 // page goes by stay.
 function poison(value, text, name) {
   if (Array.isArray(value)) return value.map((one) => poison(one, text, name));
-  if (value && typeof value === "object")
+  if (value && typeof value === "object") {
     return Object.fromEntries(Object.entries(value).map(([key, one]) => [key, poison(one, text, key)]));
+  }
   const fixed = [
     "code",
     "state",

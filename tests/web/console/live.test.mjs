@@ -229,10 +229,12 @@ test("a refresh leaves what is selected, what has the focus and every element in
       window.gone = [];
       new MutationObserver((changes) => {
         for (const change of changes) {
-          for (const node of change.removedNodes)
+          for (const node of change.removedNodes) {
             if (node.nodeType === 1) window.gone.push(node.outerHTML.slice(0, 80));
-          for (const node of change.addedNodes)
+          }
+          for (const node of change.addedNodes) {
             if (node.nodeType === 1) window.gone.push(`new ${node.outerHTML.slice(0, 80)}`);
+          }
         }
       }).observe(document.querySelector("main"), { childList: true, subtree: true });
       getSelection().selectAllChildren(document.querySelector(what));

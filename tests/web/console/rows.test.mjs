@@ -142,8 +142,9 @@ with_page(
     await page.getByRole("button", { name: "Read again" }).click();
     await until(async () => (await column(page, 2))[1], "@a, b");
     await page.getByText("Columns", { exact: true }).first().click();
-    for (const title of ["active", "untagged ports"])
+    for (const title of ["active", "untagged ports"]) {
       await page.getByRole("checkbox", { name: title, exact: true }).uncheck();
+    }
     const csv = await saved(page, "Save as CSV");
     assert.match(csv.name, /^vlaninfo-[\d-]+T.*\.csv$/);
     assert.equal(csv.text, 'vlan,name,tagged\r\n1,"\'=1+2|""x""",\r\n10,"\'@a, b","ge3,ge4"\r\n20,video,\r\n');

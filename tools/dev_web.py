@@ -15,6 +15,8 @@ import signal
 import socket
 import sys
 
+import web_server
+
 SOURCE = pathlib.Path(__file__).resolve().parent.parent
 INSIDE = "LIBRPC_WEB_LISTENER"  # the descriptor's number, for the half that runs inside
 USER = "admin"
@@ -35,9 +37,9 @@ def fail(where, expected, found):
 def parse():
     parser = argparse.ArgumentParser(prog="./dev web", allow_abbrev=False)
     servers = parser.add_mutually_exclusive_group()
-    for server in "nginx", "apache", "busybox":
+    for server in web_server.Server.names:
         servers.add_argument(f"--{server}", dest="server", action="store_const", const=server, default="lighttpd",
-                             help=f"serve by {server}; by lighttpd if not given")
+                             help=f"serve by {server}" + (", as without any of these" if server == "lighttpd" else ""))
     parser.add_argument("--port", type=int, default=8080, metavar="N", help="on 127.0.0.1; 8080 if not given")
     parser.add_argument("build", help=argparse.SUPPRESS)
     parser.add_argument("packages", help=argparse.SUPPRESS)
@@ -89,7 +91,8 @@ async def serve(listener, server):
     for number in signal.SIGINT, signal.SIGTERM:
         asyncio.get_running_loop().add_signal_handler(number, over.set)
     forwarder = await asyncio.start_server(forward, sock=listener)
-    while not over.is_set():
+    parent = os.getppid()
+    while not over.is_set() and os.getppid() == parent:  # who was killed is no parent any more
         if server.process.poll() is not None:
             fail(server.name, "a server that runs", f"an end with status {server.process.returncode}")
         try:
@@ -100,7 +103,6 @@ async def serve(listener, server):
 
 
 def inside(options):
-    import web_server
     listener = socket.socket(fileno=int(os.environ.pop(INSIDE)))
     password = secrets.token_urlsafe(9)
     try:

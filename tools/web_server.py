@@ -102,7 +102,7 @@ class Server:
                     text = text.replace(installed.encode(), here.encode())
                 path.write_bytes(text)
         subprocess.run(["chmod", "-R", "a+rX", "/srv"], check=True)  # servers give up root
-        if live:  # what is edited shows when the page is loaded again
+        if live and (SOURCE / "web" / "console").exists():  # what is edited shows when the page is loaded again
             subprocess.run(["mount", "--bind", str(SOURCE / "web" / "console"), "/srv/librpc-web/console"], check=True)
         os.makedirs("/run/librpc-web", exist_ok=True)
         shutil.chown("/run/librpc-web", "www-data", "www-data")

@@ -488,6 +488,11 @@ def secrets_never_leave(gateway):
         changed({"table": table, "key": key, "changes": {field: mark + "2"}, "read": {**row, next(iter(keys)): row[
             next(iter(keys))]}})
         changed({"table": table, "key": key, "changes": {field: mark}, "add": True})
+        new = {name: f"new{len(answers)}" if isinstance(value, str) else 77 for name, value in key.items()}
+        answer = changed({"table": table, "key": new, "changes": {field: mark}, "add": True})
+        check(secret + " can be added", (answer.status, answer.json.get("changed")), (200, {field: {"secret": True}}))
+        answer = changed({"api": f"oltmib_{table}_set_1", "fields": {**key, field: mark}})
+        check(secret + " by its API", (answer.status, answer.json["changed"][field]), (200, {"secret": True}))
         changed({"table": table, "key": {**key, field: mark}, "changes": {}})
         answers.append(gateway.post("/api/all", {"calls": [{"table": table, "key": {**key, field: mark}},
                                                            {"api": f"oltmib_{table}_get_1", "fields": {field: mark}},
@@ -514,6 +519,10 @@ def secrets_never_leave(gateway):
     gateway.configure(SITE.replace('metrics = {', 'metrics = { "snmp_community", "account", "radsrv",'))
     answers += [gateway.get(path, user="root") for path in (
         "/metrics", "/api/log?limit=200", "/api/schema", "/api/session", "/api/health")]
+    names = (SOURCE / "sim" / "names.lua").read_text(encoding="utf-8")
+    gateway.configure(SITE, names=names.replace('role = "port_name" }', 'role = "port_name", secret = true }'))
+    metrics = gateway.get("/metrics").text.decode()
+    check("no secret beside a counter", ('port="3"' in metrics, "ge3" in metrics), (True, False))
     for answer in answers:
         check("no secret in an answer", mark.encode() in answer.text, False)
     kept = pathlib.Path(LOG).read_text(encoding="utf-8") + gateway.server.log_text()
@@ -654,6 +663,12 @@ def syslog_gets_what_a_file_gets(gateway):
         os.chmod("/dev/log", 0o666)
         check("a change", gateway.change(body).status, 200)
         check_in("its line", '"fields":{"name":{"after":"phones","before":"voice"}}', lines.recv(4096).decode())
+        texts = {"changes": {"content": "x" * 511}}, {"changes": {"content": "y" * 511}}
+        for text in texts:
+            check("a long change", gateway.change({"table": "sdsminfo", "key": {}, **text}).status, 200)
+        lines.recv(8192)
+        check("its line is whole", json.loads(re.sub(rb"^[^{]*", b"", lines.recv(8192)))["fields"]["content"],
+              {"before": "x" * 511, "after": "y" * 511})
         check("which cannot be shown", gateway.get("/api/log").json, {"changes": [], "kept": False})
 
 
@@ -743,6 +758,8 @@ def bodies_of_every_wrong_shape_are_refused(gateway):
                        ("/api/rows", b'{"calls":[]}'), ("/api/check", b'{"table":"svi","fields":[1]}'),
                        ("/api/check", b'{"table":"svi","fields":5}'), ("/api/check", b'{"tabel":"svi"}')):
         check(f"{path} {body!r}", gateway.post(path, body).code, (400, "bad_body"))
+    for body in b"[" * 20000, b'{"a":' * 9 + b"1" + b"}" * 9:
+        check_in("too deep", "nested", gateway.post("/api/all", body).json["error"]["message"])
     many = {"calls": [{"table": "telnet"}] * 64}
     check("as many as the limit", gateway.post("/api/all", many).status, 200)
     check("more", gateway.post("/api/all", {"calls": many["calls"] * 2}).code, (400, "too_many"))
@@ -751,8 +768,9 @@ def bodies_of_every_wrong_shape_are_refused(gateway):
     check("a larger one", gateway.post("/api/all", b" " * 120000).status, 413)
     for method in "PUT", "DELETE", "PATCH":
         check(method, gateway.send(method, "/api/all", b"{}").status in (400, 403, 405, 501), True)
-    check("GET", gateway.get("/api/all").code, (405, "bad_method"))
-    check("POST", gateway.post("/api/session", {}).code, (405, "bad_method"))
+    for path, allowed in ("/api/all", "POST"), ("/api/session", "GET, HEAD"):
+        answer = gateway.send("GET" if allowed == "POST" else "POST", path, None if allowed == "POST" else {})
+        check(f"{path} in another way", (answer.code, answer.headers.get("allow")), ((405, "bad_method"), allowed))
     for path in "/api/nothing", "/api/all/more", "/api/../api/x", "/api/%00":
         check(path, gateway.post(path, {"calls": []}).status in (400, 404), True)
     check("a limit that is none", gateway.get("/api/log?limit=x").code, (400, "bad_body"))

@@ -128,8 +128,9 @@ local function answer(request)
   end
   local room_of = address[request.method == "HEAD" and "GET" or request.method]
   if not room_of then
-    return refusals.make("bad_method", ("%s: expected %s, found %s"):format(request.path,
-      address.GET and "GET" or "POST", request.method:sub(1, 20)))
+    local allowed = address.GET and "GET, HEAD" or "POST"
+    return refusals.make("bad_method", ("%s: expected %s, found %s"):format(request.path, allowed,
+      request.method:sub(1, 20)), nil, { headers = { Allow = allowed } })
   end
   local site, problem = sites.current()
   if not site then
@@ -175,9 +176,13 @@ function handler.answer(request)
     if refusal.log then
       request.complain((refusal.log:gsub("\n", "; ")))
     end
-    refusal.log = nil
+    local headers = headers_of("application/json")
+    for name, value in pairs(refusal.headers or {}) do
+      headers[name] = value
+    end
+    refusal.log, refusal.headers = nil, nil
     refusal.field = refusal.field or json.null
-    return refusal.status, headers_of("application/json"), json.encode { error = refusal }
+    return refusal.status, headers, json.encode { error = refusal }
   elseif result.headers then
     local headers = headers_of(result.headers["Content-Type"])
     for name, value in pairs(result.headers) do

@@ -9,7 +9,9 @@ local journal = {}
 local shown_bytes = 262144 -- of the file's end, among which the last changes are
 local default_count, most_count = 20, 200
 -- What logger leaves is read all the same: a pipe without a reader would end this process.
-local syslog = "{ logger -t librpc-web -p auth.notice || cat; } >/dev/null 2>&1"
+-- That of util-linux cuts a line after a kilobyte, unless it is told.
+local syslog = "{ logger --version 2>&1 </dev/null | grep -q util-linux && size='--size 8192'; "
+  .. "logger $size -t librpc-web -p auth.notice || cat; } >/dev/null 2>&1"
 local has_syslog = "test -S /dev/log && command -v logger >/dev/null 2>&1"
 
 -- Where a line can be written to; nil and a refusal.

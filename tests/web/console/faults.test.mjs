@@ -21,6 +21,7 @@ with_page(
     await page.reload();
     await until(() => text_of(page, ".verdict"), "Not well: authentication");
     assert.match(await daemon(page, "auth").innerText(), /absent/);
+  assert.doesNotMatch(await daemon(page, "auth").innerText(), /null|50010/);
     assert.match(await daemon(page, "auth").innerText(), /register/);
     assert.equal(await answering(page), 14);
     assert.equal(await text_of(page, ".facts li"), "14 of 15 daemons answer");

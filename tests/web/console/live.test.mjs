@@ -86,8 +86,8 @@ with_page(
       return context.route("**/api/all", (route) => {
         const { calls } = route.request().postDataJSON();
         read += 1;
-        // 2^64 - 300 and on: the counter passes its end at the second reading
-        const total = BigInt.asUintN(64, (1n << 64n) - 300n + BigInt(read) * 1000n);
+        // 2^64 - 1500 and on: the counter passes its end between the second reading and the third
+        const total = BigInt.asUintN(64, (1n << 64n) - 2500n + BigInt(read) * 1000n);
         const results = calls.map(({ key }) =>
           key.port === 2 && read > 2
             ? { failure: { code: "timed_out", message: "the daemon is late" } }

@@ -1,7 +1,9 @@
 #!/usr/bin/env python3
 """Runs one file of tests in Node beside the console on lighttpd and the simulated device:
 
-    with_device.sh BUILD -- run.py BUILD FILE.test.mjs
+    with_device.sh BUILD -- run.py BUILD FILE.test.mjs [OPTION OF NODE]...
+
+as --test-name-pattern=PATTERN, for one test of the file.
 
 The file finds in its environment where the console is (CONSOLE_URL), its users and their passwords (CONSOLE_USERS),
 the packages of Node (CONSOLE_NODE), the browser (CONSOLE_BROWSER), and librpc for Lua. Where a part of that is not
@@ -33,7 +35,7 @@ def skip(expected, found):
 
 
 def main():
-    build, test = pathlib.Path(sys.argv[1]).resolve(), sys.argv[2]
+    build, test, options = pathlib.Path(sys.argv[1]).resolve(), sys.argv[2], sys.argv[3:]
     node, browser = shutil.which("node"), shutil.which("chromium")
     modules = build / "web" / "node"
     if not node:
@@ -54,7 +56,7 @@ def main():
         "HOME": "/run", "TZ": "UTC",
     }
     try:
-        status = subprocess.run([node, "--test-reporter=spec", test], env=environment, check=False).returncode
+        status = subprocess.run([node, "--test-reporter=spec", *options, test], env=environment, check=False).returncode
     finally:
         server.stop()
     if status:

@@ -65,7 +65,9 @@ function daemons_part(summary, retry) {
 				say(name, service.title || service.name);
 				set(row, "data-service", service.name);
 				state.update(up ? "good" : "bad", up ? "answers" : plain(service.state));
-				why.update(up ? null : (service.failure ?? {}));
+				// without the call's name, the NULL procedure's, and its service: the line has that
+				const { code, message } = service.failure ?? {};
+				why.update(up ? null : { code, message: message?.replace(/^null \(.*?\): /, "") });
 				say(taken, typeof service.ms === "number" ? ms(service.ms) : "–");
 			},
 		};

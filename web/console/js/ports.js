@@ -186,7 +186,7 @@ export function show_ports() {
 			plots_failure.update(null);
 		} catch (problem) {
 			for (const { area } of built) area.hidden = true;
-			plots_failure.update({ code: "no_plots", message: `${problem.message} The values stand in the tables.` });
+			plots_failure.update({ code: "no_plots", message: `${problem.message} The tables have the values.` });
 		}
 		draw();
 	}

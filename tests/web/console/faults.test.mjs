@@ -14,7 +14,7 @@ test.after(() => tell("clear"));
 with_page(
   "a daemon that is stopped is told with the reason, and a click finds it again",
   "#/device",
-  {},
+  { every: 600 },
   async (page) => {
     await until(() => answering(page), 15);
     tell("stop", "auth");

@@ -56,7 +56,7 @@ def main():
         "HOME": "/run", "TZ": "UTC",
     }
     try:
-        status = subprocess.run([node, "--test-reporter=spec", *options, test], env=environment, check=False).returncode
+        status = subprocess.run([node, "--test-reporter=tap", *options, test], env=environment, check=False).returncode
     finally:
         server.stop()
     if status:

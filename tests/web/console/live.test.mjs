@@ -295,7 +295,7 @@ for (const [hash, path] of [
       refreshes += new URL(request.url()).pathname === path;
     });
     visitor.requests.length = 0;
-    await until(() => Promise.resolve(refreshes > 60), true, 120);
+    await until(() => Promise.resolve(refreshes > 60), true, 300);
     const before = await held(page);
     const begun = refreshes;
     await until(
@@ -304,7 +304,7 @@ for (const [hash, path] of [
         return Promise.resolve(refreshes >= begun + 600);
       },
       true,
-      300,
+      600,
     );
     const after = await held(page);
     // the samples of 600 refreshes are 4 ports x 10 counters x 2 numbers x 8 bytes x 600 = 0.4 MB

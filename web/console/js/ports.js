@@ -18,12 +18,12 @@ const ranges = [
 ];
 const usual_seconds = 1;
 
-const swatch = (place) =>
-	svg(
-		"svg",
-		{ viewBox: "0 0 28 8", class: `swatch series-${colour_of(place)}`, "aria-hidden": "true" },
-		svg("line", { x1: 0, y1: 4, x2: 28, y2: 4, "stroke-dasharray": dash_of(place).join(" ") || "none" }),
-	);
+function swatch(place) {
+	const line = svg("line", { x1: 0, y1: 4, x2: 28, y2: 4, "stroke-dasharray": dash_of(place).join(" ") || "none" });
+	const mark = svg("svg", { viewBox: "0 0 28 8", class: "swatch", "aria-hidden": "true" }, line);
+	mark.style.color = `var(--series-${colour_of(place)})`;
+	return mark;
+}
 
 const least_and_most = (values) => {
 	const known = values.filter((value) => value !== null);

@@ -26,7 +26,7 @@ const pictures = {
     "#/ports",
     { every: 0.25 },
     async (page) => {
-      await until(() => page.locator(".slider").evaluate((slider) => Number(slider.max) > 60), true, 120);
+      await until(() => page.locator(".slider").evaluate((slider) => Number(slider.max) > 20), true, 120);
       await page.getByRole("button", { name: "Pause" }).click();
     },
   ],

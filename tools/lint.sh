@@ -26,6 +26,9 @@ tidy() {
   cmake --preset clang >/dev/null &&
     printf '%s\n' "${tidy_files[@]}" | xargs -P "$(nproc)" -n 2 clang-tidy -quiet -p build-clang 2>/dev/null
 }
+eslint() {
+  build/web/node/node_modules/.bin/eslint --config tests/web/eslint.config.mjs --max-warnings 0 web/console tests/web
+}
 build() { # PRESET FOLDER
   cmake --preset "$1" >/dev/null || return
   cmake --build "$2" >"$2/build.log" && return
@@ -36,6 +39,7 @@ build() { # PRESET FOLDER
 check floors tools/check_floors.sh
 check shellcheck shellcheck "${shell_files[@]}"
 check luacheck luacheck -q "${lua_files[@]}"
+check eslint eslint
 check pyflakes pyflakes3 "${python_files[@]}"
 check clang-format clang-format --dry-run -Werror "${cpp_files[@]}"
 check "g++ -Wall -Wextra -Werror" build release build

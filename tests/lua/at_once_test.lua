@@ -18,6 +18,12 @@ for i, item in ipairs(list) do
 end
 check.equal("a row", { rows[2].ifx, rows[2].name }, { 3, "ge3" })
 
+-- A set beside other calls of its table, and beside another table's set.
+rows, failures = record.all({ { "oltmib_sysloginfo_set_1", {} }, { "oltmib_sysloginfo_get_1" },
+  { "oltmib_sysloginfo_get_1" }, { "oltmib_telnet_set_1", { int1 = 1 } } }, 5)
+check.equal("one set of each table", { rows[1], type(rows[2]), type(rows[3]), rows[4], failures },
+  { 0, "table", "table", 0, {} })
+
 -- What fails takes nothing else with it.
 shell.tell "stop lpdet"
 shell.tell "fault ribinfo raw XID000000010000000000000000000000000000000000000001"

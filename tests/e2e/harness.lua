@@ -74,6 +74,23 @@ function harness.lookups(program)
   return (tonumber(found) or 0) + (tonumber(missed) or 0)
 end
 
+-- The signals that a process holds back, as a number.
+function harness.held_back(process)
+  for line in io.lines(("/proc/%d/status"):format(process)) do
+    local mask = line:match("^SigBlk:%s*(%x+)")
+    if mask then
+      return tonumber(mask, 16)
+    end
+  end
+end
+
+-- A shell command that sends its parent Ctrl-C once the parent waits and the device
+-- has a call of the target.
+function harness.interrupt_when_waiting(target)
+  return ("until [ $($SIM_DEVICE --tell $SIM_CONTROL count %s) -gt 0 ] && grep -q '^State:.S' /proc/$PPID/status; "
+    .. "do sleep 0.02; done; kill -INT $PPID"):format(target)
+end
+
 -- The hex digits of an int, of a text in an array of `size`, both as they travel.
 function harness.int(value)
   return ("%08x"):format(value % 2 ^ 32)

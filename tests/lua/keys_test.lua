@@ -217,6 +217,7 @@ for _, row in ipairs {
     .. 'found "limt"', "unknown_option" },
   { { limit = "5" }, 'record.rows: options.limit: expected a number from 0, found "5"', "bad_type" },
   { { limit = -1 }, "record.rows: options.limit: expected a number from 0, found -1", "bad_type" },
+  { { limit = 0 / 0 }, "record.rows: options.limit: expected a number from 0, found " .. tostring(0 / 0), "bad_type" },
   { { done = true }, "record.rows: options.done: expected a function, found true", "bad_type" },
   { { ends = 1 }, "record.rows: options.ends: expected a table, found 1", "bad_type" },
 } do

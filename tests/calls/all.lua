@@ -79,7 +79,7 @@ local function every_api(body)
   return printed
 end
 
-case "every_api_gives_what_callapi_gives" (function()
+case "every_api_gives_what_callapi_gives" (function() -- with every interpreter
   local one_by_one = every_api "for i, one in ipairs(list) do texts[i] = librpc.callapi(one[1], one[2]) end"
   equal(select(2, one_by_one:gsub("\n", "")), 3 * 304, "lines")
   equal(one_by_one:find("\tnil", 1, true) and one_by_one:match("[^\n]*\tnil\t[^\n]*"), nil, "calls without a text")
@@ -92,7 +92,7 @@ case "every_api_gives_what_callapi_gives" (function()
   equal(at_once, one_by_one, "all of them")
 end)
 
-case "failures_are_what_status_last_gives" (function()
+case "failures_are_what_status_last_gives" (function() -- with every interpreter
   tell "fault nsminfo error system_err"
   tell "fault ribinfo truncate 8"
   tell "stop vrrpinfo"
@@ -121,7 +121,7 @@ case "failures_are_what_status_last_gives" (function()
   end
 end)
 
-case "a_list_that_is_none_is_an_error_and_sends_nothing" (function()
+case "a_list_that_is_none_is_an_error_and_sends_nothing" (function() -- with every interpreter
   for message, list in pairs {
     ["calls.all: item 2: expected { name, argument }, found a string"] = { { devinfo }, "x" },
     ["calls.all: item 1: expected an API's name, found a nil"] = { {} },
@@ -366,7 +366,7 @@ local function interrupt(signal, body)
   return process.wait(child)
 end
 
-case "signals_with_the_default_action_act_at_once" (function()
+case "signals_with_the_default_action_act_at_once" (function() -- with every interpreter
   for _, signal in ipairs { 2, 14, 15 } do
     equal(interrupt(signal, function() calls.all({ { vlan, "10" }, { devinfo } }, 20) end), 1000 + signal, "status")
     tell "clear"
@@ -390,11 +390,11 @@ local function interrupted(code)
   equal(text:find("went on", 1, true), nil, "what stands behind the call")
 end
 
-case "ctrl_c_ends_all_at_once" (function()
+case "ctrl_c_ends_all_at_once" (function() -- with every interpreter
   interrupted 'calls.all({ { "oltmib_vlaninfo_get_1", "10" }, { "oltmib_devinfo_get_1", "" } }, 1000)'
 end)
 
-case "ctrl_c_ends_wait_at_once" (function()
+case "ctrl_c_ends_wait_at_once" (function() -- with every interpreter
   interrupted [[
     local group = calls.group()
     group:call("oltmib_vlaninfo_get_1", "10", 1000)
@@ -402,7 +402,7 @@ case "ctrl_c_ends_wait_at_once" (function()
   ]]
 end)
 
-case "a_signal_whose_handler_returns_lets_all_go_on" (function()
+case "a_signal_whose_handler_returns_lets_all_go_on" (function() -- with every interpreter
   tell "fault oltmib_vlaninfo_get_1 delay 800"
   process.alarms_every(20)
   local texts = calls.all({ { vlan, "10" }, { devinfo } }, 10)

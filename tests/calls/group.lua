@@ -157,7 +157,7 @@ case "wait_ends_when_its_time_is_over_and_leaves_the_calls_open" (function()
   equal(ends_of(group, 1)[id], vlan10, "text")
 end)
 
-case "a_call_that_cannot_begin_gives_nil_a_message_and_a_code" (function()
+case "a_call_that_cannot_begin_gives_nil_a_message_and_a_code" (function() -- with every interpreter
   local group = calls.group()
   local id, message, code = group:call("oltmib_nothing_get_1", "")
   equal(id, nil, "id")
@@ -177,7 +177,7 @@ case "a_call_that_cannot_begin_gives_nil_a_message_and_a_code" (function()
   equal(ends_of(group, 1)[id], vlan10, "text")
 end)
 
-case "a_group_that_is_collected_gives_its_calls_up" (function()
+case "a_group_that_is_collected_gives_its_calls_up" (function() -- with every interpreter
   tell "fault nsminfo drop"
   call(devinfo, "")
   collectgarbage()
@@ -200,7 +200,7 @@ case "a_group_that_is_collected_gives_its_calls_up" (function()
   equal(call(devinfo, ""), identity, "callapi afterwards")
 end)
 
-case "closing_the_state_closes_everything" (function()
+case "closing_the_state_closes_everything" (function() -- with every interpreter
   local text, ended = harness.run [[
     local calls = require "librpc.calls"
     open_for_ever = calls.group()
@@ -335,7 +335,7 @@ case "a_port_mapper_that_is_slow_delays_only_those_who_need_it" (function()
   equal(executions(), 3, "executions")
 end)
 
-case "a_thousand_open_calls_take_three_megabytes_at_most" (function()
+case "a_thousand_open_calls_take_three_megabytes_at_most" (function() -- with every interpreter
   tell "fault * delay 500"
   local group, apis, ids = calls.group(), {}, {}
   for _, api in ipairs(schema.apis) do
@@ -420,7 +420,7 @@ case "a_socket_that_the_host_closed_ends_its_calls_and_is_made_anew" (function()
   equal(call(vlan, "15"), "15&1&guests&1&ge5&ge6&text&3&0", "what it set: all of its argument")
 end)
 
-case "an_interrupted_wait_says_what_was_sent" (function()
+case "an_interrupted_wait_says_what_was_sent" (function() -- with every interpreter
   if jit then -- whose interpreter's handler ends the process as it likes
     return
   end
@@ -443,7 +443,7 @@ case "an_interrupted_wait_says_what_was_sent" (function()
   equal(tonumber(sent), executions(), "executions")
 end)
 
-case "a_closed_group_says_so" (function()
+case "a_closed_group_says_so" (function() -- with every interpreter
   tell "fault nsminfo drop"
   local group = calls.group()
   local before = host.descriptors()

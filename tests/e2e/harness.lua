@@ -2,7 +2,10 @@
 --
 --     case "name" (function() ... end)
 --
--- and runs in a process, with a port mapper and a device, of its own; see run.sh.
+-- and runs in a process, with a port mapper and a device, of its own; see run.sh. It
+-- runs with lua5.1, and with the others too where its line ends in
+-- "-- with every interpreter": where arguments are checked, values are handed over,
+-- objects are collected or signals arrive.
 require "librpc"
 
 local harness = { call = librpc.callapi }

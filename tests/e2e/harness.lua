@@ -77,8 +77,11 @@ function harness.lookups(program)
   return (tonumber(found) or 0) + (tonumber(missed) or 0)
 end
 
--- The signals that a process holds back, as a number.
+-- The signals that a process holds back, as a number; valgrind does for its own ends.
 function harness.held_back(process)
+  if os.getenv "LIBRPC_TEST_UNDER" then
+    return 0
+  end
   for line in io.lines(("/proc/%d/status"):format(process)) do
     local mask = line:match("^SigBlk:%s*(%x+)")
     if mask then

@@ -11,7 +11,7 @@ function clock.now()
 end
 
 -- Runs `body`: true where it ends no sooner than `seconds` later, and less than half
--- a second after that; else what it took.
+-- a second after that; else what it took. Valgrind takes whatever time it likes.
 function clock.takes(seconds, body)
   local started = clock.now()
   local sleeper = io.popen(("sleep %.2f; cat /proc/uptime"):format(seconds))
@@ -19,7 +19,8 @@ function clock.takes(seconds, body)
   local taken = clock.now() - started
   local slept = sleeper:read("*n") - started
   sleeper:close()
-  if taken >= seconds - 0.02 and taken < math.max(slept, seconds) + 0.5 then
+  local is_soon = taken < math.max(slept, seconds) + 0.5 or os.getenv "LIBRPC_TEST_UNDER"
+  if taken >= seconds - 0.02 and is_soon then
     return true
   end
   return ("%.2f seconds, and a program that sleeps %.2f takes %.2f"):format(taken, seconds, slept)

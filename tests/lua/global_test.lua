@@ -68,7 +68,8 @@ check.equal("the switches take any arguments and return nothing", printed [[
 local schema = require "librpc.schema"
 local plain = schema.api "oltmib_svi_get_1"
 check.equal("schema.api", plain and plain.name, "oltmib_svi_get_1")
-check.equal("schema.api with more arguments", schema.api("oltmib_svi_get_1", "oltmib_route_get_1", {}, 5) == plain, true)
+check.equal("schema.api with more arguments", schema.api("oltmib_svi_get_1", "oltmib_route_get_1", {}, 5) == plain,
+  true)
 check.equal("schema.api of nothing, with more arguments", { schema.api("nothing", "oltmib_svi_get_1") }, {})
 check.equal("schema.api gives one value", select("#", schema.api("oltmib_svi_get_1", 1, 2, 3)), 1)
 local tables = schema.table "svi"

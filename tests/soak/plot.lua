@@ -23,7 +23,8 @@ local function panel(to, top, title, samples, name)
     to[#to + 1] = ('<line x1="%d" y1="%.1f" x2="%d" y2="%.1f"/>'):format(left, y(value), width - right, y(value))
     to[#to + 1] = ('<text x="%d" y="%.1f" text-anchor="end">%d</text>'):format(left - 8, y(value) + 4, value)
   end
-  to[#to + 1] = ('<text x="%d" y="%d" text-anchor="end">%d seconds</text>'):format(width - right, top + height + 16, last)
+  to[#to + 1] = ('<text x="%d" y="%d" text-anchor="end">%d seconds</text>'):format(width - right, top + height + 16,
+    last)
   to[#to + 1] = ('<polyline points="%s"/>'):format(table.concat(points, " "))
 end
 

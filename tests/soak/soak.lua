@@ -119,7 +119,8 @@ local function learn()
       local settable = set and free_text(api, set)
       for _, argument in ipairs(arguments) do
         local expected = healthy(api.name, argument)
-        if healthy(api.name, argument) == expected and not (api.operation == "getn" and schema.table(api.table).set) then
+        local moves = api.operation == "getn" and schema.table(api.table).set -- as rows are changed
+        if not moves and healthy(api.name, argument) == expected then
           local row = { api = api, argument = argument, expected = expected }
           table.insert(by_service[api.service].rows, row)
           if settable and argument == "1" and expected:match("&0$") then
@@ -390,14 +391,17 @@ print(("soak: resident memory %d KB at first, %d KB in the end; descriptors %d a
 plot.write(plot_path, summary, samples)
 print("soak: " .. plot_path)
 
--- Growth shows between the second and the last quarter, when everything is there.
+-- Growth shows between the second and the last quarter, when nearly everything is there;
+-- what some rare pair of service and fault wants once is none.
+local most_growth = 1024 -- KB
 if last.descriptors > first.descriptors + 2 * #schema.services then
   fail("descriptors", "no more than at first", first.descriptors .. ", then " .. last.descriptors)
 end
 if #samples >= 8 then
   local early, late = most("resident", 0.25, 0.5), most("resident", 0.75, 1)
-  if late > early + 256 then
-    fail("resident memory", ("no more than %d KB"):format(early), ("%d KB in the last quarter"):format(late))
+  if late > early + most_growth then
+    fail("resident memory", ("at most %d KB more than %d"):format(most_growth, early),
+      ("%d KB in the last quarter"):format(late))
   end
   local early_ones, late_ones = most("descriptors", 0.25, 0.5), most("descriptors", 0.75, 1)
   if late_ones > early_ones then

@@ -59,8 +59,8 @@ TEST(Status, of_a_client_that_cannot_be_made)
         // the four ways of a port mapper that is none
         {creation(RPC_PMAPFAILURE, RPC_AUTHERROR, 0), "no_portmapper",
          "RPC: Port mapper failure - RPC: Authentication error", 0},
-        {creation(RPC_CANTSEND, RPC_CANTSEND, EPERM), "no_portmapper",
-         "RPC: Unable to send - Operation not permitted", EPERM},
+        {creation(RPC_CANTSEND, RPC_CANTSEND, EPERM), "no_portmapper", "RPC: Unable to send - Operation not permitted",
+         EPERM},
         {creation(RPC_CANTRECV, RPC_CANTRECV, ECONNREFUSED), "no_portmapper",
          "RPC: Unable to receive - Connection refused", ECONNREFUSED},
         {creation(RPC_TIMEDOUT, RPC_TIMEDOUT, 0), "no_portmapper", "RPC: Timed out", 0},
@@ -131,8 +131,8 @@ TEST(Status, sentence_names_the_api_its_service_and_the_reason)
 
 TEST(Status, without_the_rpc_librarys_own_has_no_reason)
 {
-    for (const CallStatus& status : {unknown_api(api), no_memory(api), not_sent(api, &service), host_api(api),
-                                     group_closed(api)}) {
+    for (const CallStatus& status :
+         {unknown_api(api), no_memory(api), not_sent(api, &service), host_api(api), group_closed(api)}) {
         EXPECT_EQ(reason_of(status), "");
         EXPECT_EQ(sentence_of(status).find('['), std::string::npos) << sentence_of(status);
         EXPECT_EQ(error_number(status), 0);
@@ -142,8 +142,7 @@ TEST(Status, without_the_rpc_librarys_own_has_no_reason)
 TEST(Status, of_the_longest_name_and_reason_fits)
 {
     const std::string name(200, 'n');
-    const CallStatus status =
-        no_client(name.c_str(), &service, creation(RPC_PMAPFAILURE, RPC_PROGVERSMISMATCH, 0));
+    const CallStatus status = no_client(name.c_str(), &service, creation(RPC_PMAPFAILURE, RPC_PROGVERSMISMATCH, 0));
     EXPECT_EQ(std::string(status.api), name.substr(0, 63));
     EXPECT_LT(sentence_of(status).size(), status_text_size - 1);
     EXPECT_EQ(sentence_of(status).back(), ']');

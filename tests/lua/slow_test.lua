@@ -18,7 +18,8 @@ if not jit then -- whose interpreter's handler ends the process as it likes
     "interrupted!")
   code, sentence = status.last()
   check.equal("interrupted", { code, sentence }, { "interrupted", "oltmib_vlaninfo_get_1 (service nsminfo, "
-    .. "program 50004): a signal ended the wait for the daemon; it may still carry the call out [Interrupted system call]" })
+    .. "program 50004): a signal ended the wait for the daemon; it may still carry the call out "
+    .. "[Interrupted system call]" })
 end
 
 check.equal("no value", librpc.callapi("oltmib_svi_get_1", "1"), nil)

@@ -115,6 +115,7 @@ void run_functions(const ApiNode& api, char* argument, HostCall& outcome)
 {
     const Service* service = service_of(api);
     outcome.failed = true;
+    rpc_createerr = {}; // a host's function need not say why, and another call's reason is not this one's
     CLIENT* clnt = api.clntinit();
     if (!clnt) {
         const CreationFailure no = {rpc_createerr.cf_stat, rpc_createerr.cf_error};

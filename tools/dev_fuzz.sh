@@ -1,13 +1,14 @@
 #!/bin/sh
 # ./dev fuzz SECONDS [TARGET]: runs each fuzz target (or one) for SECONDS under
 # libFuzzer, AddressSanitizer and UndefinedBehaviorSanitizer, one after the
-# other. What it learns stays in build-fuzz/corpus; what fails goes to
-# build-fuzz/found. With KEEP=1 the kept inputs, tests/fuzz/corpus/*.kept,
+# other. `golden` is the library beside its model in Python (tests/golden/model),
+# which makes the cases. What libFuzzer learns stays in build-fuzz/corpus; what fails
+# goes to build-fuzz/found. With KEEP=1 the kept inputs, tests/fuzz/corpus/*.kept,
 # are worked out anew from all of it afterwards.
 set -eu
 
 cd "$(dirname "$0")/.."
-targets=$(cd tests/fuzz/corpus && echo *.kept | sed 's/\.kept//g')
+targets="$(cd tests/fuzz/corpus && echo *.kept | sed 's/\.kept//g') golden"
 
 fail() {
 	echo "dev_fuzz: $*" >&2
@@ -32,12 +33,17 @@ cmake -S . -B "$build" -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++ \
 	-DLIBRPC_SANITIZE=fuzzer-no-link,address,undefined >"$build/configure.log" ||
 	fail "$build/configure.log: expected a configured build, found the errors above"
 # shellcheck disable=SC2046,SC2086 # lists
-cmake --build "$build" --target $(printf 'fuzz_%s ' $targets)
+cmake --build "$build" --target $(printf 'fuzz_%s ' $targets | sed 's/fuzz_golden/golden_test/')
 
 UBSAN_OPTIONS=print_stacktrace=1
 export UBSAN_OPTIONS
 failed=''
 for target in $targets; do
+	if [ "$target" = golden ]; then
+		echo "dev_fuzz: $target: $seconds seconds"
+		tests/golden/model/compare --seconds "$seconds" "$build/tests/golden/golden_test" || failed="$failed $target"
+		continue
+	fi
 	fuzz=$build/tests/fuzz/fuzz_$target
 	corpus=$build/corpus/$target
 	mkdir -p "$corpus"

@@ -352,9 +352,9 @@ TEST_F(Calls, AReplyThatCameInTimeIsTakenHoweverLateSomebodyLooks)
 {
     Daemon& daemon = daemon_of("nsminfo");
     warm_up(small, daemon);
-    const unsigned id = call(small, "5", 50);
+    const unsigned id = call(small, "5", 500);
     daemon.reply(requests(daemon, 1).at(0));
-    usleep(100000);
+    usleep(600000);
     calls.wait(Deadline{milliseconds_now() - 10}, {});
     EXPECT_EQ(ends()[id].text.substr(0, 2), "5&");
 }

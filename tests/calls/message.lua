@@ -25,7 +25,7 @@ case "a_message_goes_there_and_its_reply_comes_back" (function()
   equal(executions(), 1, "executions")
 end)
 
-case "every_api_that_reads_gives_what_callapi_gives" (function()
+case "every_api_that_reads_gives_what_callapi_gives" (function() -- with every interpreter
   local compared = 0
   for _, api in ipairs(schema.apis) do
     local datagram, message = ask(api.name, "1")
@@ -84,7 +84,7 @@ case "a_datagram_of_others_is_nil" (function()
   equal(message:reply(datagram .. ("x"):rep(60000)), vlan10, "its own with something behind")
 end)
 
-case "a_reply_without_a_text_is_false_and_a_failure" (function()
+case "a_reply_without_a_text_is_false_and_a_failure" (function() -- with every interpreter
   for effect, code in pairs {
     ["error prog_unavail"] = "rejected", ["error garbage_args"] = "rejected", ["error denied"] = "rejected",
     ["truncate 8"] = "bad_reply", ["cut 12"] = "bad_reply", ["cut 4"] = "bad_reply",
@@ -100,7 +100,7 @@ case "a_reply_without_a_text_is_false_and_a_failure" (function()
   end
 end)
 
-case "what_cannot_be_sent_is_nil_a_message_and_a_code" (function()
+case "what_cannot_be_sent_is_nil_a_message_and_a_code" (function() -- with every interpreter
   local datagram, message, code = calls.message("oltmib_nothing_get_1", "")
   equal(datagram, nil, "datagram")
   equal(message, "oltmib_nothing_get_1: no API of that name is registered")
@@ -119,7 +119,7 @@ case "what_cannot_be_sent_is_nil_a_message_and_a_code" (function()
   equal(executions(), 0, "executions")
 end)
 
-case "a_million_characters_are_an_argument" (function()
+case "a_million_characters_are_an_argument" (function() -- with every interpreter
   for _, argument in ipairs { ("&"):rep(1000000), ("9"):rep(1000000), ("x&"):rep(10000), "10\0" .. ("x"):rep(1000) } do
     local datagram, message = ask(vlan, argument)
     equal(type(message:reply(datagram)), "string", "text")

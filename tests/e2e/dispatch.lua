@@ -16,7 +16,7 @@ local function traces(arguments)
   return harness.without_addresses(text)
 end
 
-case "unregistered_name_returns_no_value" (function()
+case "unregistered_name_returns_no_value" (function() -- with every interpreter
   for _, name in ipairs { "oltmib_nothing_get_1", "", "OLTMIB_DEVINFO_GET_1", "oltmib_devinfo_get_1 ",
     ("x"):rep(100000), "%s%n%p" } do
     equal(select("#", call(name, "")), 0, "values of " .. name:sub(1, 30))
@@ -24,13 +24,13 @@ case "unregistered_name_returns_no_value" (function()
   equal(calls(), 0, "executions")
 end)
 
-case "unregistered_name_prints_line_165" (function()
+case "unregistered_name_prints_line_165" (function() -- with every interpreter
   equal(traces '"oltmib_nothing_get_1", "a&b"',
     "[lua_callapi: 160]name oltmib_nothing_get_1, str a&b.\r\n" ..
     "[lua_callapi: 165]api oltmib_nothing_get_1 not found.\r\n")
 end)
 
-case "stub_without_registration_is_not_found" (function()
+case "stub_without_registration_is_not_found" (function() -- with every interpreter
   for _, name in ipairs { "oltmib_api_get_1", "oltmib_pminfo_get_1", "oltmib_cvlaninfo_get_1",
     "oltmib_cvlaninfo_getn_1", "oltmib_cvlaninfo_set_1", "oltmib_snmp_cfg_req_1" } do
     equal(traces('"' .. name .. '", ""'),
@@ -38,7 +38,7 @@ case "stub_without_registration_is_not_found" (function()
   end
 end)
 
-case "successful_call_prints_lines_160_169_and_the_converters" (function()
+case "successful_call_prints_lines_160_169_and_the_converters" (function() -- with every interpreter
   equal(traces '"oltmib_devinfo_get_1", "a&b"',
     "[lua_callapi: 160]name oltmib_devinfo_get_1, str a&b.\r\n" ..
     "[lua_callapi: 169]" .. functions_of "oltmib_devinfo_get_1" .. ".\r\n" ..
@@ -46,7 +46,7 @@ case "successful_call_prints_lines_160_169_and_the_converters" (function()
     "[arg2str_devinfo: 37]str: OLT-8G&SN20260117-0042&00-1E-80-4C-00-01&1.4.2&2.0.1&V3&0&86400&olt-lab-1&0.\r\n")
 end)
 
-case "client_that_cannot_be_made_prints_line_171" (function()
+case "client_that_cannot_be_made_prints_line_171" (function() -- with every interpreter
   tell "stop vrrpinfo"
   equal(traces '"oltmib_vrrp_ssstate_get_1", "1"',
     "127.0.0.1: RPC: Program not registered\n" ..
@@ -55,7 +55,7 @@ case "client_that_cannot_be_made_prints_line_171" (function()
     "[lua_callapi: 171]oltmib_vrrp_ssstate_get_1 clnt init failed.\r\n")
 end)
 
-case "failed_call_prints_line_181" (function()
+case "failed_call_prints_line_181" (function() -- with every interpreter
   tell "fault vrrpinfo error garbage_args"
   equal(traces '"oltmib_vrrp_ssstate_get_1", "1&0&0&2"',
     "[lua_callapi: 160]name oltmib_vrrp_ssstate_get_1, str 1&0&0&2.\r\n" ..
@@ -64,7 +64,7 @@ case "failed_call_prints_line_181" (function()
     "[lua_callapi: 181]oltmib_vrrp_ssstate_get_1 func called failed.\r\n")
 end)
 
-case "no_dispatch_path_prints_with_debug_off" (function()
+case "no_dispatch_path_prints_with_debug_off" (function() -- with every interpreter
   tell "stop vrrpinfo"
   tell "fault lpdet error system_err"
   local text = run [[
@@ -79,7 +79,7 @@ case "no_dispatch_path_prints_with_debug_off" (function()
   equal(text, "127.0.0.1: RPC: Program not registered\n") -- of the missing daemon, on standard error
 end)
 
-case "debug_flag_persists_until_it_is_changed" (function()
+case "debug_flag_persists_until_it_is_changed" (function() -- with every interpreter
   local text = run [[
     print(select("#", librpc.enabledebug("ignored", 1)))
     librpc.callapi("a", "1")
@@ -91,14 +91,14 @@ case "debug_flag_persists_until_it_is_changed" (function()
     "[lua_callapi: 160]name b, str 2.\r\n[lua_callapi: 165]api b not found.\r\n0\n")
 end)
 
-case "empty_argument_sends_an_all_zero_record" (function()
+case "empty_argument_sends_an_all_zero_record" (function() -- with every interpreter
   call("oltmib_devinfo_get_1", "")
   call("oltmib_telnet_get_1", "")
   equal(shell "cat $SIM_LOG",
     "1 50002 1 oltmib_devinfo_get_1 &&00-00-00-00-00-00&&&&0&0&&0&0\n2 50006 2 oltmib_telnet_get_1 0&&0&&&&&0&0\n")
 end)
 
-case "argument_that_is_no_string_raises_the_argument_error" (function()
+case "argument_that_is_no_string_raises_the_argument_error" (function() -- with every interpreter
   local bad = { {}, true, print, coroutine.create(function() end) }
   for _, value in ipairs(bad) do
     local ok, message = pcall(call, value, "x")
@@ -117,17 +117,17 @@ case "argument_that_is_no_string_raises_the_argument_error" (function()
   equal(calls(), 0, "executions")
 end)
 
-case "numbers_are_taken_as_text_and_more_arguments_ignored" (function()
+case "numbers_are_taken_as_text_and_more_arguments_ignored" (function() -- with every interpreter
   equal(call("oltmib_vlaninfo_get_1", 10):match("^%d+&%d+&voice"), "10&1&voice", "number")
   equal(select("#", call(12, 13)), 0, "number as a name")
   equal(select("#", call("oltmib_vlaninfo_get_1", "1", {}, print)), 1, "values")
 end)
 
-case "embedded_nul_ends_name_and_argument" (function()
+case "embedded_nul_ends_name_and_argument" (function() -- with every interpreter
   equal(call("oltmib_vlaninfo_get_1\0junk", "10&\0" .. "9&9"):match("^%d+&%d+&voice"), "10&1&voice")
 end)
 
-case "second_opening_keeps_the_same_names_and_works" (function()
+case "second_opening_keeps_the_same_names_and_works" (function() -- with every interpreter
   local text = run [[
     local first = librpc
     librpc.showapi()
@@ -142,7 +142,7 @@ case "second_opening_keeps_the_same_names_and_works" (function()
   equal(after, before .. "ports&Number of ports&8&&&0&0\n", "the registry and a reply")
 end)
 
-case "showapi_lists_every_api_in_the_order_of_registration" (function()
+case "showapi_lists_every_api_in_the_order_of_registration" (function() -- with every interpreter
   local text = harness.without_addresses(run "librpc.showapi() librpc.enabledebug() librpc.showapi()")
   local names = {}
   for line in text:gmatch("([^\n]*)\n") do
@@ -158,7 +158,7 @@ case "showapi_lists_every_api_in_the_order_of_registration" (function()
   end
 end)
 
-case "result_of_one_call_survives_the_next" (function()
+case "result_of_one_call_survives_the_next" (function() -- with every interpreter
   local first = call("oltmib_vlaninfo_get_1", "1")
   local kept = first .. ""
   call("oltmib_vlaninfo_get_1", "10")

@@ -9,7 +9,7 @@ local function finalized(body)
   getmetatable(object).__gc = body
 end
 
-case "finalizers_that_call_while_replies_are_pushed_change_none" (function()
+case "finalizers_that_call_while_replies_are_pushed_change_none" (function() -- with every interpreter
   local rows = {}
   for port = 1, 8 do rows[port] = call("oltmib_portinfo_get_1", port) end
   local neighbour = call("oltmib_lldpifnei_get_1", "1&$00-1E-80-CC-00-01")
@@ -44,7 +44,7 @@ case "finalizers_that_call_while_replies_are_pushed_change_none" (function()
 end)
 
 -- The state is closing: its finalizers still may call.
-case "finalizers_that_call_while_the_state_closes_get_replies" (function()
+case "finalizers_that_call_while_the_state_closes_get_replies" (function() -- with every interpreter
   local text, status = harness.run [[
     local kept = {}
     for i = 1, 50 do

@@ -2,7 +2,10 @@
 --
 --     case "name" (function() ... end)
 --
--- and runs in a process, with a port mapper and a device, of its own; see run.sh.
+-- and runs in a process, with a port mapper and a device, of its own; see run.sh. It
+-- runs with lua5.1, and with the others too where its line ends in
+-- "-- with every interpreter": where arguments are checked, values are handed over,
+-- objects are collected or signals arrive.
 require "librpc"
 
 local harness = { call = librpc.callapi }
@@ -72,6 +75,26 @@ function harness.lookups(program)
   local text = harness.shell("rpcinfo -m 127.0.0.1")
   local found, missed = text:match("\n" .. program .. "%s+1%s+udp%s+(%d+)%s+(%d+)")
   return (tonumber(found) or 0) + (tonumber(missed) or 0)
+end
+
+-- The signals that a process holds back, as a number; valgrind does for its own ends.
+function harness.held_back(process)
+  if os.getenv "LIBRPC_TEST_UNDER" then
+    return 0
+  end
+  for line in io.lines(("/proc/%d/status"):format(process)) do
+    local mask = line:match("^SigBlk:%s*(%x+)")
+    if mask then
+      return tonumber(mask, 16)
+    end
+  end
+end
+
+-- A shell command that sends its parent Ctrl-C once the parent waits and the device
+-- has a call of the target.
+function harness.interrupt_when_waiting(target)
+  return ("until [ $($SIM_DEVICE --tell $SIM_CONTROL count %s) -gt 0 ] && grep -q '^State:.S' /proc/$PPID/status; "
+    .. "do sleep 0.02; done; kill -INT $PPID"):format(target)
 end
 
 -- The hex digits of an int, of a text in an array of `size`, both as they travel.

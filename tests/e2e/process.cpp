@@ -58,14 +58,15 @@ int do_default_action(lua_State* L)
     return 0;
 }
 
-// alarms_every(ms): SIGALRM again and again, with a handler that returns; 0 ends it.
+// alarms_every(ms): SIGALRM again and again, with a handler that returns; 0 ends it,
+// and no late one finds a handler that is unloaded by then.
 int do_alarms_every(lua_State* L)
 {
-    struct sigaction action = {};
-    action.sa_handler = count_alarm;
-    sigaction(SIGALRM, &action, nullptr);
     const long ms = static_cast<long>(luaL_checkinteger(L, 1));
     const itimerval timer = {{ms / 1000, ms % 1000 * 1000}, {ms / 1000, ms % 1000 * 1000}};
+    struct sigaction action = {};
+    action.sa_handler = ms > 0 ? count_alarm : SIG_IGN;
+    sigaction(SIGALRM, &action, nullptr);
     setitimer(ITIMER_REAL, &timer, nullptr);
     return 0;
 }

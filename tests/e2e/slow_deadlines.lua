@@ -1,5 +1,6 @@
 -- Calls at and beyond their deadline of 25 seconds. They wait; ctest runs them
 -- beside one another.
+local clock = require "clock"
 local harness = require "harness"
 local process = require "e2e_process"
 local case, call, equal, tell, calls = harness.case, harness.call, harness.equal, harness.tell, harness.calls
@@ -42,10 +43,7 @@ end)
 case "deadline_is_25_seconds_from_the_call_whatever_comes_in_between" (function()
   local other = ("11223344" .. "00000001" .. "00000000" .. "00000000" .. "00000000" .. "00000000")
   tell("fault oltmib_vlaninfo_get_1 count=1 double delay 10000 raw " .. other) -- replies of another call
-  local started = process.now()
-  equal(select("#", call(vlan, "10")), 0, "values")
-  local took = process.now() - started
-  equal(took > 24.5 and took < 30, true, "25 seconds, not " .. took)
+  equal(clock.takes(25, function() equal(select("#", call(vlan, "10")), 0, "values") end), true, "25 seconds")
   equal(calls(), 1, "executions")
   equal(call(vlan, "10"), vlan10, "the next call")
 end)

@@ -4,7 +4,7 @@ local harness = require "harness"
 local process = require "e2e_process"
 local case, call, equal, tell = harness.case, harness.call, harness.equal, harness.tell
 
-case "handler_of_sigchld_that_defers_itself_ends_no_set" (function()
+case "handler_of_sigchld_that_defers_itself_ends_no_set" (function() -- with every interpreter
   local has_posix, signals = pcall(require, "posix.signal")
   if not has_posix then
     print("skipped: expected the module posix (Debian: lua-posix), found none")

@@ -1,5 +1,6 @@
 // Every API's way from an argument to a request and from a reply to a text,
 // against the vectors of this folder; and the tables' order and addresses.
+#include <algorithm>
 #include <climits>
 #include <gtest/gtest.h>
 #include <map>
@@ -100,6 +101,41 @@ std::vector<std::string> parts_of(const std::string& text)
         parts.push_back(part);
     return parts;
 }
+
+// The names of a record's members; C++ keeps some words for itself.
+std::vector<std::string> members_of(const Record& record)
+{
+    std::vector<std::string> members;
+    std::istringstream stream(record.members);
+    for (std::string member; std::getline(stream >> std::ws, member, ',');)
+        members.push_back(member.back() == '_' ? member.substr(0, member.size() - 1) : member);
+    return members;
+}
+
+std::string shown(const std::string& name, Kind kind, unsigned count)
+{
+    const char* const kinds[] = {"char", "int", "u_int", "double", "int64", "int64"};
+    const Kind order[] = {Kind::Char, Kind::Int, Kind::UInt, Kind::Double, Kind::Int64, Kind::UInt64};
+    const auto place = std::find(std::begin(order), std::end(order), kind) - std::begin(order);
+    const bool is_array = kind == Kind::Char || count > 1;
+    return name + ":" + kinds[place] + (is_array ? "[" + std::to_string(count) + "]" : "");
+}
+
+// As records.txt shows them: those of a block one by one.
+std::vector<std::string> fields_of(const Record& record)
+{
+    std::vector<std::string> fields;
+    const std::vector<std::string> members = members_of(record);
+    for (unsigned i = 0; i < record.count; i++) {
+        const Field& field = record.fields[i];
+        if (record.block && units_of(field.kind) == 2 && field.count > 1)
+            for (const std::string& member : members_of(*record.block))
+                fields.push_back(shown(member, field.kind, 1));
+        else
+            fields.push_back(shown(members.at(i), field.kind, field.count));
+    }
+    return fields;
+}
 } // namespace
 
 INSTANTIATE_TEST_SUITE_P(golden, EveryApi, testing::ValuesIn(registered_rows()), [](const auto& info) {
@@ -187,6 +223,21 @@ TEST(golden, records_have_their_units)
         if (blocks.count(record) == 0)
             found[record->name] = std::to_string(record->units);
     EXPECT_EQ(found, expected);
+}
+
+// Of a record's fields, because nothing on the wire tells two ints from one another.
+TEST(golden, records_have_their_fields_in_order)
+{
+    std::map<std::string, std::vector<std::string>> expected;
+    for (const auto& entry : golden::list("records.txt"))
+        expected[entry[0]].assign(entry.begin() + 2, entry.end());
+    std::set<const Record*> blocks;
+    for (const Record* record : all_records())
+        blocks.insert(record->block);
+    for (const Record* record : all_records())
+        if (blocks.count(record) == 0) {
+            EXPECT_EQ(fields_of(*record), expected[record->name]) << record->name;
+        }
 }
 
 TEST(golden, vectors_name_registered_apis_only)

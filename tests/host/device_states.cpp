@@ -1,5 +1,7 @@
 // Lua states of one process: they share the clients, which go with the last one.
+#include <malloc.h>
 
+#include "common/registry.h"
 #include "tests/host/device.h"
 
 namespace
@@ -72,6 +74,78 @@ TEST_F(States, after_the_last_one_no_descriptor_stays_and_the_next_one_works)
         EXPECT_EQ(open_descriptors(), before);
         EXPECT_EQ(internet_sockets(), 0);
     }
+}
+
+namespace
+{
+// A host's own functions, whose reply is as long as the argument.
+std::string kept_text;
+CLIENT* echo_init() { return reinterpret_cast<CLIENT*>(&kept_text); }
+CLIENT* no_init() { return nullptr; }
+void echo_destroy() {}
+void* echo_parser(char* text)
+{
+    kept_text = text;
+    return &kept_text;
+}
+void* echo_func(void* request, CLIENT*) { return kept_text[0] == 'f' ? nullptr : request; }
+char* echo_formatter(void*) { return &kept_text[0]; }
+
+ApiNode echo_node(const char* name, ApiClientInit init)
+{
+    ApiNode node = {};
+    strcpy(node.name, name);
+    node.func = echo_func;
+    node.str2arg = echo_parser;
+    node.ret2str = echo_formatter;
+    node.clntinit = init;
+    node.clntdestroy = echo_destroy;
+    return node;
+}
+} // namespace
+
+// An argument that a call has no room for is copied, and so is such a reply.
+TEST_F(States, long_texts_leave_no_memory_behind_however_the_call_ends)
+{
+    LuaState lua;
+    const ApiNode echo = echo_node("echo", echo_init), no_client = echo_node("no_client", no_init);
+    ASSERT_EQ(lua_addapi(&echo), 1);
+    ASSERT_EQ(lua_addapi(&no_client), 1);
+    tell("stop lpdet");
+    tell("fault oltmib_route_get_1 error system_err");
+    const std::string more(100000, '&'), word(100000, 'x');
+    const struct {
+        const char* api;
+        std::string argument;
+        const char* code; // "" where the call succeeds
+    } calls[] = {
+        {vlan, "10" + more, ""},
+        {"oltmib_route_get_1", "1" + more, "rejected"},
+        {"oltmib_lpdet_global_get_1", "1" + more, "no_daemon"},
+        {"oltmib_nothing_get_1", "1" + more, "unknown_api"},
+        {"echo", word, ""},
+        {"echo", "f" + word, "failed"},
+        {"no_client", word, "no_client"},
+    };
+    for (const auto& [api, argument, code] : calls) {
+        size_t before = 0;
+        testing::internal::CaptureStderr(); // of the daemon that is not there
+        for (int i = 0; i < 60; i++) {
+            if (i == 10) { // everything is there by now
+                lua.run(collect);
+                before = mallinfo2().uordblks + mallinfo2().hblkhd;
+            }
+            EXPECT_EQ(lua.call(api, argument).has_value(), code[0] == '\0') << api;
+            EXPECT_EQ(lua.code(), code) << api;
+        }
+        lua.run(collect);
+        testing::internal::GetCapturedStderr();
+        if (before != 0) { // an instrumented malloc tells nothing
+            EXPECT_LT(mallinfo2().uordblks + mallinfo2().hblkhd, before + 1000000) << api << ", 50 calls of 100,000";
+        }
+    }
+    EXPECT_EQ(lua_delapi("echo"), 1);
+    EXPECT_EQ(lua_delapi("no_client"), 1);
 }
 
 // A finalizer of the closing state comes after the library's own.

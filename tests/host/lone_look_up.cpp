@@ -1,6 +1,7 @@
 // A service's first call: what the port mapper may say, and what comes of it.
 #include <fcntl.h>
 #include <map>
+#include <set>
 #include <sys/resource.h>
 
 #include "tests/host/lone.h"
@@ -344,6 +345,29 @@ TEST_F(LookUp, every_query_has_a_port_and_a_number_of_its_own)
     }
     EXPECT_EQ(numbers.size(), 300U);
     EXPECT_EQ(close, 0);
+}
+
+// Otherwise whoever knows one knows the next one: of the query, or of the client before.
+TEST_F(LookUp, every_client_has_a_first_number_of_its_own)
+{
+    map_to(daemon->port());
+    std::set<uint32_t> numbers, steps, from_query;
+    for (int i = 0; i < 100; i++) {
+        forget_clients();
+        expect_success();
+    }
+    const std::vector<RpcCall> calls = daemon->queries(), queries = mapper->queries();
+    ASSERT_EQ(calls.size(), 100U);
+    ASSERT_EQ(queries.size(), 100U);
+    for (size_t i = 0; i < calls.size(); i++) {
+        numbers.insert(calls[i].xid);
+        from_query.insert(calls[i].xid - queries[i].xid);
+        if (i > 0)
+            steps.insert(calls[i].xid - calls[i - 1].xid);
+    }
+    EXPECT_EQ(numbers.size(), 100U);
+    EXPECT_EQ(from_query.size(), 100U);
+    EXPECT_EQ(steps.size(), 99U);
 }
 
 TEST_F(LookUp, without_descriptors_calls_fail_and_the_next_one_works)

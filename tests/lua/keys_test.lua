@@ -69,6 +69,8 @@ given({}, record.get, { 5 }, { "nil", "librpc: expected the name of a table, fou
 given({}, record.get, { "accesslog" }, { "nil", 'accesslog: expected set, found "get"', "no_operation" })
 given({ svi(21, 1) }, record.get, { "svi", { field1 = 21 } },
   { "nil", "oltmib_svi_get_1: res: expected 0, of a row that is there, found 1", "no_row", svi_row(21, 1) })
+given({ svi(21) }, record.get, { "svi", { field1 = 21, oper = 3, res = 7 } }, { svi_row(21) },
+  "the operation and the result are no key")
 given({ svi(22) }, record.get, { "svi", { field1 = 21 } },
   { "nil", "oltmib_svi_get_1: field1: expected the row 21, found 22", "other_row", svi_row(22) })
 failure = "timed_out"
@@ -157,6 +159,9 @@ given({ time:format("70368744177663.98", "0.00") }, function(...)
 end, { "ntp", {}, { text64a = "c" } }, { "not_carried" }, "the largest that its text does not tell")
 local device = "OLT&SN&%s&1&2&3&0&0&olt&0"
 given({ device:format("00-1E-80-4C-00-01") }, function(...)
+  return (record.get(...) or {}).hostname
+end, { "devinfo", { mac = "ABC" } }, { "olt" }, "raw bytes, which read otherwise than they are sent, are no key")
+given({ device:format("00-1E-80-4C-00-01") }, function(...)
   return select(3, record.change(...))
 end, { "devinfo", {}, { hostname = "a" } }, { "not_carried" })
 for mac, bytes in pairs { ["00-00-00-00-00-00"] = "", ["41-42-43-00-00-00"] = "ABC" } do
@@ -187,6 +192,10 @@ failure = { code = "timed_out", message = "a sentence about it" }
 given({ svi(1), svi(2) }, record.rows, { "svi", nil, { seconds = 60 } }, { "nil",
   "oltmib_svi_getn_1: expected the end within 60 seconds, found 2 rows and no end", "deadline",
   { svi_row(1), svi_row(2) }, "nil" }, "a call that is not answered in time")
+failure = { code = "not_sent", message = "a sentence about it" }
+given({ svi(1) }, record.rows, { "svi", nil, { seconds = 60 } }, { "nil",
+  "oltmib_svi_getn_1: expected the end within 60 seconds, found 1 rows and no end", "deadline", { svi_row(1) }, "nil" },
+  "a call whose turn did not come in time")
 failure = { code = "refused", message = "a sentence about it" }
 given({ svi(1) }, record.rows, { "svi", nil, { seconds = 60 } }, { "nil", "a sentence about it", "refused",
   { svi_row(1) }, "nil" }, "another end of a call stays what it is")
@@ -209,6 +218,7 @@ for _, row in ipairs {
     .. 'found "limt"', "unknown_option" },
   { { limit = "5" }, 'record.rows: options.limit: expected a number from 0, found "5"', "bad_type" },
   { { limit = -1 }, "record.rows: options.limit: expected a number from 0, found -1", "bad_type" },
+  { { limit = 0 / 0 }, "record.rows: options.limit: expected a number from 0, found " .. tostring(0 / 0), "bad_type" },
   { { done = true }, "record.rows: options.done: expected a function, found true", "bad_type" },
   { { ends = 1 }, "record.rows: options.ends: expected a table, found 1", "bad_type" },
 } do
@@ -293,7 +303,15 @@ check.equal("and no time is spent on it", steps < 200, true)
 -- What record promises to refuse.
 for _, row in ipairs {
   { "oltmib_fdb_set_1", "mac", { 0, 30, 128, 170, 0 }, "bad_mac" },
+  { "oltmib_fdb_set_1", "mac", { 0, 30, 128, 170, 0, 255, 1 }, "bad_mac" },
+  { "oltmib_fdb_set_1", "mac", { 0, 30, 128, 170, 0, -1 }, "bad_mac" },
+  { "oltmib_fdb_set_1", "mac", { 0, 30, 128, 170, 0, 1.5 }, "bad_mac" },
+  { "oltmib_devinfo_set_1", "mac", { 65, 66, 67, 68, 69, 70, 71 }, "bad_type" },
+  { "oltmib_mstp_ifstate_getn_1", "bytes1", "0g", "bad_hex" },
+  { "oltmib_mstp_ifstate_getn_1", "bytes1", { 1, 256 }, "bad_hex" },
   { "oltmib_qosifcfg_set_1", "list1", { 1, 2, 3, 4, 5, 6, 7, 2147483648 }, "out_of_range" },
+  { "oltmib_qosifcfg_set_1", "list1", { 1, 2, 3, 4, 5, 6, 7, -2147483649 }, "out_of_range" },
+  { "oltmib_qosifcfg_set_1", "list1", { 1, 2, 3, 4, 5, 6, 7, 8, 9 }, "bad_list" },
   { "oltmib_dscp2queue_set_1", "map", ("1,"):rep(63) .. "300", "out_of_range" },
   { "oltmib_svi_set_1", "field1", "1e5", "bad_number" },
   { "oltmib_svi_set_1", "field1", "0x10", "bad_number" },
@@ -304,6 +322,8 @@ for _, row in ipairs {
   { "oltmib_ntp_set_1", "real1", "infinity", "bad_number" },
   { "oltmib_ntp_set_1", "real1", "nan", "bad_number" },
   { "oltmib_ntp_set_1", "real1", "1e999", "bad_number" },
+  { "oltmib_ntp_set_1", "real1", "0x10", "bad_number" },
+  { "oltmib_ntp_set_1", "real1", " 1.5", "bad_number" },
 } do
   check.equal(row[1] .. " refuses " .. check.show(row[3]),
     (select(3, record.encode(row[1], { [row[2]] = row[3] }))), row[4])
@@ -313,6 +333,13 @@ for _, row in ipairs {
   { "oltmib_svi_get_1", "-2147483649&a&b&&0&0", "an int beyond 32 bits" },
   { "oltmib_svi_get_1", "1e5&a&b&&0&0", "an int with an exponent" },
   { "oltmib_mbaserialstatis_get_1", "1&4294967296&0&0&&0&0", "an unsigned beyond 32 bits" },
+  { "oltmib_mbaserialstatis_get_1", "1&-2147483649&0&0&&0&0", "an unsigned printed signed beyond 32 bits" },
+  { "oltmib_mbaserialstatis_get_1", "1&1e5&0&0&&0&0", "an unsigned with an exponent" },
+  { "oltmib_portrate_get_1", "1&2&ge1&1e5&0&0&0&0&0&&0&0", "a counter with an exponent" },
+  { "oltmib_portrate_get_1", "1&2&ge1&&0&0&0&0&0&&0&0", "a counter without digits" },
+  { "oltmib_mstp_ifstate_get_1", "0&3&a&0&0&0&0g&&&&0&0", "a letter that is no hexadecimal digit" },
+  { "oltmib_mstp_ifstate_get_1", "0&3&a&0&0&0&" .. ("00"):rep(9) .. "&&&&0&0", "bytes beyond their array" },
+  { "oltmib_fdb_get_1", "00-1E-80-AA-00-0G&1&a&0&&0&0", "a letter in a MAC address" },
   { "oltmib_svi_get_1", "1&" .. ("x"):rep(33) .. "&b&&0&0", "a text longer than its array" },
   { "oltmib_queueweight_get_1", "1,2,3,4,5,6,7&&0&0", "a list too short" },
   { "oltmib_queueweight_get_1", "1,2,3,4,5,6,7,8,9&&0&0", "a list too long" },
@@ -320,12 +347,33 @@ for _, row in ipairs {
   { "oltmib_ntp_get_1", time:format("inf", "0.00"), "an infinity" },
   { "oltmib_ntp_get_1", time:format("0.00", "-nan"), "a nan" },
   { "oltmib_ntp_get_1", time:format("1e999", "0.00"), "a real beyond all" },
+  { "oltmib_ntp_get_1", time:format("0x1p4", "0.00"), "a real in hexadecimal digits" },
   { "oltmib_mgmtvlan_set_1", "0&1&&&0&&&&0&0", "a set's tail that is not blank" },
 } do
   check.equal(row[3] .. " in a reply", (select(3, record.decode(row[1], row[2]))), "bad_text")
 end
 check.equal("a text that fills its array", record.decode("oltmib_svi_get_1", "1&" .. ("x"):rep(32) .. "&b&&0&0").name,
   ("x"):rep(32))
+
+-- A real's argument reads with either point, and loses nothing.
+for given_text, sent in pairs { ["2,75"] = "2.75", ["-2.75"] = "-2.75", ["1e-3"] = "0.001" } do
+  check.equal("a real as " .. given_text,
+    tonumber(((record.encode("oltmib_ntp_set_1", { real1 = given_text }):gsub("&", "")))), tonumber(sent))
+end
+for _, number in ipairs { 0.1, 1 / 3, 4503599627370497.5, 1.7976931348623157e308, 5e-324 } do
+  check.equal("a real of all its digits",
+    tonumber(((record.encode("oltmib_ntp_set_1", { real1 = number }):gsub("&", "")))) == number, true)
+end
+
+-- A daemon's result below 0 is no row either.
+given({ svi(20, -1) }, record.get, { "svi", { field1 = 20 } },
+  { "nil", "oltmib_svi_get_1: res: expected 0, of a row that is there, found -1", "no_row", svi_row(20, -1) })
+given({ svi(20, -1) }, record.change, { "svi", { field1 = 20 }, { name = "a" } },
+  { "nil", "oltmib_svi_get_1: res: expected 0, of a row that is there, found -1", "no_row", svi_row(20, -1) })
+given({ svi(1), svi(20, -1) }, record.rows, { "svi" }, { { svi_row(1) }, "res", svi_row(20, -1) })
+given({ svi(1), svi(20, -1) }, record.rows, { "svi", nil, { ends = { 1 } } }, { "nil",
+  "oltmib_svi_getn_1: res: expected 0, or what stands for the end, found -1", "daemon_status", { svi_row(1) },
+  svi_row(20, -1) })
 
 -- Keys, ends and what is exact, as the names tell.
 with_names [[ mstp_if = { key = { "value1", "value2" }, value2 = { name = "port" } }, devinfo = { key = {} },

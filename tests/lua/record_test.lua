@@ -136,6 +136,9 @@ check.equal("a list of 255 characters", #(record.encode(queue, { map = most })),
 if require("librpc.schema").api(queue).input[1].least < 0 then
   check.row(record.encode, { queue, { map = longest } }, { "nil", "oltmib_dscp2queue_set_1: map: expected a list of at "
     .. "most 255 characters, found 319 characters", "too_long" })
+  most[64] = -100
+  check.row(record.encode, { queue, { map = most } }, { "nil", "oltmib_dscp2queue_set_1: map: expected a list of at "
+    .. "most 255 characters, found 256 characters", "too_long" })
 end
 
 local function blank(name)
@@ -173,7 +176,15 @@ for _, row in ipairs {
 } do
   check.row(record.decode, row[1], { row[2] })
 end
-if require("librpc.schema").api("oltmib_erpsstate_set_1").status.kind == "little" then
+-- The largest status and the least, as the host's bytes.
+local little = require("librpc.schema").api("oltmib_erpsstate_set_1").status.kind == "little"
+for bytes, number in pairs { ["\127\255\255\255"] = 2147483647, ["\128\1\1\1"] = -2147417855 } do
+  check.row(record.decode, { "oltmib_erpsstate_set_1", (little and bytes:reverse() or bytes)
+    .. "&0&0&0&0&0&00-00-00-00-00-00&0&0&0&00-00-00-00-00-00&0&0&0&&0&0" }, { number })
+end
+check.row(record.decode, { "oltmib_erpsstate_set_1",
+  "12345&0&0&0&0&0&00-00-00-00-00-00&0&0&0&00-00-00-00-00-00&0&0&0&&0&0" }, { 12345 }, "no four bytes but digits")
+if little then
   check.row(record.decode,
     { "oltmib_erpsstate_set_1", "1&0&0&0&0&0&00-00-00-00-00-00&0&0&0&00-00-00-00-00-00&0&0&0&&0&0" }, { 49 })
 end
@@ -317,6 +328,8 @@ for _, row in ipairs {
   { { "9007199254740993", "1" }, 9007199254740992 },
   { { "10000000000", "9999999999" }, 1 },
   { { "-5", "5" }, -10 },
+  { { "0", "9223372036854775808" }, -9223372036854775808 }, -- either way is as far
+  { { "9223372036854775808", "0" }, -9223372036854775808 },
   { { "9223372036854775807", "-1" }, -9223372036854775808 },
   { { 7, 5 }, 2 },
 } do
@@ -328,6 +341,7 @@ check.row(record.difference, { "x", "1" },
 check.equal("nearest", record.nearest("prtinfo", { "portinfo", "portstat" }), "portinfo")
 check.equal("two letters that changed places", { record.nearest("lits", { "list" }), record.nearest("gte", { "get" }),
   record.nearest("tge", { "get" }) }, { "list", "get" })
+check.equal("twice as long is no misspelling", record.nearest("ab", { "a" }), nil)
 check.equal("nothing near", record.nearest("zzz", { "portinfo" }), nil)
 
 -- Every code that a function returned above is one that the module explains.

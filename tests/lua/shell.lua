@@ -23,9 +23,6 @@ function shell.tell(command)
 end
 
 -- The interpreter that runs this test, as a word for the shell.
-shell.interpreter = arg[-1]
-for i = -2, -10, -1 do
-  shell.interpreter = arg[i] or shell.interpreter
-end
+shell.interpreter = os.getenv "LIBRPC_TEST_INTERPRETER"
 
 return shell

@@ -10,12 +10,16 @@ local rpcctl = io.popen(shell.interpreter
 
 local code, sentence
 if not jit then -- whose interpreter's handler ends the process as it likes
-  io.popen("sleep 0.3; kill -INT $PPID")
+  -- once the daemon has the call and we wait
+  io.popen("until [ $($SIM_DEVICE --tell $SIM_CONTROL count oltmib_vlaninfo_get_1) -gt 0 ] && "
+    .. "grep -q '^State:.S' /proc/$PPID/status; do sleep 0.02; done; kill -INT $PPID")
   check.equal("an interrupted call raises the interpreter's error",
-    tostring(select(2, pcall(librpc.callapi, "oltmib_svi_get_1", "1"))):match("interrupted!") or "none", "interrupted!")
+    tostring(select(2, pcall(librpc.callapi, "oltmib_vlaninfo_get_1", "1"))):match("interrupted!") or "none",
+    "interrupted!")
   code, sentence = status.last()
-  check.equal("interrupted", { code, sentence }, { "interrupted", "oltmib_svi_get_1 (service nsminfo, program 50004): "
-    .. "a signal ended the wait for the daemon; it may still carry the call out [Interrupted system call]" })
+  check.equal("interrupted", { code, sentence }, { "interrupted", "oltmib_vlaninfo_get_1 (service nsminfo, "
+    .. "program 50004): a signal ended the wait for the daemon; it may still carry the call out "
+    .. "[Interrupted system call]" })
 end
 
 check.equal("no value", librpc.callapi("oltmib_svi_get_1", "1"), nil)

@@ -3,7 +3,7 @@
 # is one of the build's, and every line of its "shown by" tables names one.
 set -eu
 document=$1 build=$2 ctest=$3
-layers='unit|services|golden|e2e|calls|fuzz|memory|lua|trust|host|hosts|web'
+layers='unit|services|golden|e2e|calls|fuzz|memory|system_calls|lua|trust|host|hosts|soak|web'
 
 listed=$("$ctest" --test-dir "$build" -N | sed -n 's/^ *Test *#[0-9]*: //p')
 named=$(grep -oE "\`($layers)\.[^\`]+\`" "$document" | tr -d '\140' | sort -u)

@@ -228,6 +228,17 @@ TEST_F(ExchangeTest, datagrams_too_short_for_an_xid_are_passed_over)
     EXPECT_EQ(reply, 8);
 }
 
+// The rest of the number would be what the call itself left in the buffer.
+TEST_F(ExchangeTest, datagrams_that_are_the_beginning_of_the_xid_are_passed_over)
+{
+    for (size_t size = 1; size < 4; size++) {
+        const Bytes whole = units({next_xid()});
+        daemon_sends(Bytes(whole.begin(), whole.begin() + static_cast<ptrdiff_t>(size)));
+        EXPECT_EQ(call_answered_by(answer(next_xid(), 8)), RPC_SUCCESS) << size;
+        EXPECT_EQ(reply, 8) << size;
+    }
+}
+
 TEST_F(ExchangeTest, reply_cut_at_any_length_cannot_be_decoded)
 {
     const Bytes whole = answer(0, 1);
@@ -243,6 +254,10 @@ TEST_F(ExchangeTest, reply_cut_at_any_length_cannot_be_decoded)
 TEST_F(ExchangeTest, call_in_place_of_a_reply_cannot_be_decoded)
 {
     EXPECT_EQ(call_answered_by(units({next_xid(), 0, 2, program, 1, 7, 0, 0, 0, 0, 5})), RPC_CANTDECODERES);
+    // nothing but the direction is not a reply's
+    for (const uint32_t direction : {0U, 2U, 0x01000000U, 0xFFFFFFFFU})
+        EXPECT_EQ(call_answered_by(units({next_xid(), direction, 0, 0, 0, 0, 5})), RPC_CANTDECODERES) << direction;
+    EXPECT_EQ(call_answered_by(units({next_xid(), 1, 0, 0, 0, 0, 5})), RPC_SUCCESS);
 }
 
 TEST_F(ExchangeTest, unknown_reply_status_cannot_be_decoded)

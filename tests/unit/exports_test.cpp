@@ -1,11 +1,14 @@
 // What librpc.so shows to other programs, and that the names a program exports
 // itself change nothing inside the library. This program plays the interpreter:
 // it exports functions of its own and loads the library as Lua loads a module.
+#include <algorithm>
+#include <climits>
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <lua.hpp>
 #include <map>
 #include <sstream>
+#include <sys/resource.h>
 
 #include "common/registry.h"
 #include "tests/golden/golden_file.h"
@@ -156,5 +159,63 @@ TEST_F(Exports, showapi_lists_every_api_in_order_whatever_debugging_says)
         ASSERT_TRUE(std::getline(lines, line));
         EXPECT_EQ(line.substr(0, line.find(',')), "name " + row[1]);
         EXPECT_EQ(line.back(), '\r');
+    }
+}
+
+TEST_F(Exports, showapi_after_a_second_registration_lists_every_api_once)
+{
+    const std::string first = run("librpc.showapi()");
+    EXPECT_EQ(std::count(first.begin(), first.end(), '\n'), static_cast<long>(golden::list("apis.txt").size()));
+    open();
+    EXPECT_EQ(run("librpc.showapi()"), first);
+}
+
+TEST_F(Exports, switches_set_the_flag_to_1_and_to_0)
+{
+    const int* flag = static_cast<int*>(find("rpclib_dbg"));
+    EXPECT_EQ(*flag, 0);
+    EXPECT_EQ(run("librpc.enabledebug()"), "");
+    EXPECT_EQ(*flag, 1);
+    EXPECT_EQ(run("librpc.enabledebug()"), "");
+    EXPECT_EQ(*flag, 1);
+    EXPECT_EQ(run("librpc.disabledebug()"), "");
+    EXPECT_EQ(*flag, 0);
+}
+
+TEST_F(Exports, flag_of_any_number_but_0_switches_the_trace_lines_on)
+{
+    int* flag = static_cast<int*>(find("rpclib_dbg"));
+    for (const int value : {1, 2, -1, 256, INT_MIN, INT_MAX}) {
+        *flag = value;
+        EXPECT_EQ(run("librpc.callapi('a', '1')"),
+                  "[lua_callapi: 160]name a, str 1.\r\n[lua_callapi: 165]api a not found.\r\n")
+            << value;
+    }
+    *flag = 0;
+    EXPECT_EQ(run("librpc.callapi('a', '1')"), "");
+}
+
+// Not even the line that no such API is registered: nobody has looked.
+TEST_F(Exports, call_whose_argument_cannot_be_copied_prints_the_call_and_nothing_else)
+{
+#ifdef __SANITIZE_ADDRESS__
+    GTEST_SKIP() << "the sanitizer needs the address space";
+#endif
+    luaL_dostring(L, "argument = ('x'):rep(32 * 1024 * 1024)");
+    rlimit before;
+    ASSERT_EQ(getrlimit(RLIMIT_AS, &before), 0);
+    for (const char* name : {"oltmib_devinfo_get_1", "oltmib_nothing_get_1"}) {
+        CapturedOutput output;
+        luaL_dostring(L, "librpc.enabledebug()");
+        const rlimit little = {1, before.rlim_max};
+        setrlimit(RLIMIT_AS, &little); // no more than there is already
+        luaL_dostring(L, ("values = select('#', librpc.callapi('" + std::string(name) + "', argument))").c_str());
+        setrlimit(RLIMIT_AS, &before);
+        luaL_dostring(L, "librpc.disabledebug()");
+        const std::string beginning = "[lua_callapi: 160]name " + std::string(name) + ", str x";
+        const std::string text = output.text();
+        EXPECT_EQ(text.substr(0, beginning.size()), beginning);
+        EXPECT_EQ(text.find("lua_callapi", beginning.size()), std::string::npos) << text.substr(text.size() - 200);
+        EXPECT_EQ(run("print(values)"), "0\n");
     }
 }

@@ -6,9 +6,14 @@
 
 // malloc as the whole program calls it (linked with --wrap=malloc).
 static bool memory_is_out;
+static int until_refusal; // the n-th request from now on, and no other, gets none
 extern "C" void* __real_malloc(size_t size);
 extern "C" void* __wrap_malloc(size_t size);
-extern "C" void* __wrap_malloc(size_t size) { return memory_is_out ? nullptr : __real_malloc(size); }
+extern "C" void* __wrap_malloc(size_t size)
+{
+    const bool is_refused = memory_is_out || (until_refusal > 0 && --until_refusal == 0);
+    return is_refused ? nullptr : __real_malloc(size);
+}
 
 // Replaced nodes are kept on purpose: no leaks.
 extern "C" const char* __lsan_default_suppressions();
@@ -444,6 +449,29 @@ TEST_F(Registry, service_registers_its_apis_in_order_and_not_its_bare_stubs)
         EXPECT_EQ(node->clntinit, service.clnt_init);
         EXPECT_EQ(node->clntdestroy, service.clnt_destroy);
     });
+}
+
+// As the device's own libraries have it: whoever asks wants to know of the last.
+TEST_F(Registry, registration_of_a_service_tells_of_its_last_node)
+{
+    for (const Service* service : all_services) {
+        Names all;
+        for (const Api& api : *service)
+            if (api.registered())
+                all.emplace_back(api.name);
+        const Names but_the_last(all.begin(), all.end() - 1), but_the_first(all.begin() + 1, all.end());
+        until_refusal = static_cast<int>(all.size());
+        EXPECT_EQ(service->init(), 0) << service->name;
+        EXPECT_EQ(until_refusal, 0) << service->name;
+        EXPECT_EQ(names(), but_the_last);
+        clear();
+        if (all.size() > 1) {
+            until_refusal = 1;
+            EXPECT_EQ(service->init(), 1) << service->name;
+            EXPECT_EQ(names(), but_the_first);
+        }
+        clear();
+    }
 }
 
 TEST_F(Registry, second_registration_of_everything_keeps_the_names_and_their_order)

@@ -146,6 +146,28 @@ TEST(str2mac, text_with_dots_and_colons_is_dotted)
 
 TEST(str2mac, text_with_colons_and_dashes_is_colons) { EXPECT_EQ(mac_of("00:1a:2b:c3:d4:ff-"), address); }
 
+TEST(str2mac, separators_that_change_or_are_others_end_the_address)
+{
+    EXPECT_EQ(mac_of("11:22-33:44:55:66"), (Mac{0x11, 0x22}));
+    EXPECT_EQ(mac_of("11-22-33-44:55-66"), (Mac{0x11})); // with a colon it is colons
+    EXPECT_EQ(mac_of("11:22:33:44:55-66"), (Mac{0x11, 0x22, 0x33, 0x44, 0x55}));
+    EXPECT_EQ(mac_of("11-22:33:44:55:66"), (Mac{0x11}));
+    EXPECT_EQ(mac_of("11x22x33x44x55x66"), (Mac{0x11}));
+    EXPECT_EQ(mac_of("11/22/33/44/55/66"), (Mac{0x11}));
+}
+
+TEST(str2mac, digits_are_0_to_9_and_a_to_f)
+{
+    EXPECT_EQ(mac_of("0g:22:33:44:55:66"), no_address);
+    EXPECT_EQ(mac_of("1g:22:33:44:55:66"), (Mac{0x01}));
+    EXPECT_EQ(mac_of("11:g2:33:44:55:66"), (Mac{0x11}));
+    EXPECT_EQ(mac_of("11:@2:33:44:55:66"), (Mac{0x11}));
+    EXPECT_EQ(mac_of("11:`2:33:44:55:66"), (Mac{0x11}));
+    EXPECT_EQ(mac_of("11:/2:33:44:55:66"), (Mac{0x11}));
+    EXPECT_EQ(mac_of("11:G2:33:44:55:66"), (Mac{0x11}));
+    EXPECT_EQ(mac_of("af:AF:09:90:fa:FA"), (Mac{0xAF, 0xAF, 0x09, 0x90, 0xFA, 0xFA}));
+}
+
 TEST(str2mac, broken_texts_keep_what_was_scanned)
 {
     EXPECT_EQ(mac_of("zz"), no_address);

@@ -136,10 +136,14 @@ TEST_P(EveryRecord, fails_on_a_buffer_of_any_smaller_length)
 
 TEST_P(EveryRecord, frees_nothing_and_stays_as_it_is)
 {
-    const Bytes before = object.bytes();
-    MemoryStream stream(XDR_FREE, nullptr, 0);
+    // a stream with room, and with another record's bytes, from which nothing is read
+    const Bytes before = object.bytes(), bytes = Bytes(size, 0x5A);
+    ExactBuffer buffer(bytes.data(), size);
+    MemoryStream stream(XDR_FREE, buffer.data(), size);
     EXPECT_TRUE(code(stream.get(), object));
     EXPECT_EQ(object.bytes(), before);
+    EXPECT_EQ(stream.position(), 0U);
+    EXPECT_EQ(memcmp(buffer.data(), bytes.data(), size), 0);
 }
 
 TEST(xdr, every_record_that_travels_is_here)
@@ -218,9 +222,11 @@ TEST(xdr, int64_of_a_short_buffer_fails)
 TEST(xdr, int64_is_freed_without_a_change)
 {
     oltmib_int64_t value = 5;
-    MemoryStream stream(XDR_FREE, nullptr, 0);
+    Bytes bytes(8, 0x5A);
+    MemoryStream stream(XDR_FREE, bytes.data(), bytes.size());
     EXPECT_TRUE(xdr_oltmib_int64_t(stream.get(), &value));
     EXPECT_EQ(value, 5);
+    EXPECT_EQ(stream.position(), 0U);
 }
 
 INSTANTIATE_TEST_SUITE_P(xdr, EveryEnum,

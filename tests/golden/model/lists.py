@@ -28,9 +28,14 @@ def apis():
     return lines
 
 
+def shown(field):
+    return "%s:%s%s" % (field.name, field.kind, "[%d]" % field.count if field.kind == "char" or field.count > 1 else "")
+
+
 def records():
-    return ["# record and its wire units"] + [
-        "%s %d" % (record.name, record.units) for service in SERVICES for record in service.records.values()]
+    return ["# record, its wire units, and its fields in wire order"] + [
+        "%s %d %s" % (record.name, record.units, " ".join(map(shown, record.fields)))
+        for service in SERVICES for record in service.records.values()]
 
 
 def clients_of(service):

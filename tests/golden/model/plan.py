@@ -1,5 +1,6 @@
 """Which vectors an API has, and how many: short ones to be checked by hand,
-the calls that a service's file asks for, edges, random ones.
+the calls that a service's file asks for, edges, random ones, and mixed ones, which
+none of the files here holds: `compare` makes them by the thousand.
 
 SEED and COUNTS stand here and nowhere else: the vectors in the tree are made
 with them.
@@ -11,7 +12,7 @@ from values import APART, DIGITS, LENGTHS, MACS, REALS, SORT_OF_KIND, SORTS, Dic
 from vectors import vector_of, written
 
 SEED = 20261121
-COUNTS = {"readable": 1, "edges": 2, "random": 1}  # an API
+COUNTS = {"readable": 1, "edges": 2, "random": 1, "mixed": 0}  # an API
 
 STATUSES = [0, -1, 1, 2**31 - 1, -(2**31)]
 
@@ -100,6 +101,58 @@ def at_random(api, dice):
     return joined(table, parts), reply or [dice.between(-(2**31), 2**31 - 1)]
 
 
+def some(dice, plain_one, edge_one, random_one):
+    """A plain value, an edge or a random one."""
+    which = dice.below(3)
+    if which == 2:
+        return random_one()
+    return [plain_one, edge_one][which](dice.below(1000))
+
+
+def disturbed(argument, separators, dice):
+    """An argument after some edits that know where its positions are: one is left out,
+    doubled, exchanged with another or joined to the next, or a character is."""
+    for _ in range(dice.below(4)):
+        parts = argument.split(separators[0])
+        at, other = dice.below(len(parts)), dice.below(len(parts))
+        edit = dice.below(7)
+        if edit == 0:
+            parts[at:at + 1] = []
+        elif edit == 1:
+            parts[at:at] = [parts[other]]
+        elif edit == 2:
+            parts[at], parts[other] = parts[other], parts[at]
+        elif edit == 3:
+            parts[at:at + 2] = ["".join(parts[at:at + 2])]
+        elif edit == 4:
+            parts[at] = parts[at][: dice.below(len(parts[at]) + 1)]
+        else:
+            place = dice.below(len(parts[at]) + 1)
+            added = dice.one_of(separators) if edit == 5 else chr(dice.between(1, 255))
+            parts[at] = parts[at][:place] + added + parts[at][place:]
+        argument = separators[0].join(parts)
+    return argument
+
+
+def mixed(api, dice):
+    """Values of every sort beside one another, and an argument whose positions moved.
+    Numbers beyond an int come about as they will: for hosts whose long is wide."""
+    table = api.table
+    parts = []
+    for position in table.argument:
+        position = dice.one_of(table.argument) if dice.percent(5) else position
+        sort = SORTS[type(position)]
+        parts.append(some(dice, lambda number: sort.plain(position, number), lambda turn: sort.edge(position, turn),
+                          lambda: sort.random(position, dice)))
+    argument = joined(table, parts)
+    if dice.percent(50):
+        argument = disturbed(argument, table.separators, dice)
+    reply = reply_of(api, lambda sort, field, number: some(
+        dice, lambda number: sort.plain_units(field, number), lambda turn: sort.edge_units(field, turn),
+        lambda: sort.random_units(field, dice)))
+    return argument, reply or [dice.between(-(2**31), 2**31 - 1)]
+
+
 def asked_for(call):
     """A call that a service's file asks for."""
     if not call.api.reply:
@@ -126,14 +179,15 @@ def vectors(service, seed, counts, tables=None):
             yield vector_of(api, *arguments)
         for number in range(counts["edges"]):
             yield vector_of(api, *edge(api, turn + 101 * number))
-        for number in range(counts["random"]):
-            dice = Dice("%s %s %d" % (seed, api.name, number))
-            while True:
-                try:
-                    yield vector_of(api, *at_random(api, dice))
-                    break
-                except HostsDiffer:
-                    continue
+        for sort, make in (("random", at_random), ("mixed", mixed)):
+            for number in range(counts[sort]):
+                dice = Dice("%s %s %s%d" % (seed, api.name, "mixed " if make is mixed else "", number))
+                while True:
+                    try:
+                        yield vector_of(api, *make(api, dice))
+                        break
+                    except HostsDiffer:
+                        continue
 
 
 def files(seed, counts, tables=None):

@@ -1,0 +1,78 @@
+// A descriptor that is closed is nobody's: its number may be the host's next file.
+#include <gtest/gtest.h>
+
+#include "rpc/descriptor.h"
+
+namespace
+{
+int open_null() { return open("/dev/null", O_RDWR | O_CLOEXEC); }
+
+bool is_open(int fd) { return fcntl(fd, F_GETFD) >= 0; }
+
+// The host has the very same file, so that nothing but the number tells whose it is.
+struct Closed : testing::Test {
+    Descriptor descriptor;
+    int number = -1, hosts = -1;
+
+    void SetUp() override
+    {
+        ASSERT_TRUE(descriptor.take(open_null()));
+        number = descriptor.fd;
+    }
+    ~Closed() override { close(hosts); }
+
+    void let_the_host_have_the_number()
+    {
+        hosts = open_null();
+        ASSERT_EQ(hosts, number);
+    }
+};
+} // namespace
+
+TEST_F(Closed, twice_leaves_the_hosts_file_open)
+{
+    EXPECT_TRUE(descriptor.is_open());
+    descriptor.close();
+    EXPECT_FALSE(descriptor.is_open());
+    EXPECT_FALSE(is_open(number));
+    let_the_host_have_the_number();
+    EXPECT_FALSE(descriptor.is_ours());
+    descriptor.close();
+    EXPECT_TRUE(is_open(hosts));
+}
+
+TEST_F(Closed, blindly_is_no_number_any_more)
+{
+    descriptor.close_blindly();
+    EXPECT_FALSE(descriptor.is_open());
+    EXPECT_FALSE(is_open(number));
+    let_the_host_have_the_number();
+    descriptor.close();
+    EXPECT_TRUE(is_open(hosts));
+}
+
+TEST_F(Closed, keeps_errno)
+{
+    errno = EDOM;
+    descriptor.close();
+    EXPECT_EQ(errno, EDOM);
+    ASSERT_TRUE(descriptor.take(open_null()));
+    errno = ERANGE;
+    descriptor.close_blindly();
+    EXPECT_EQ(errno, ERANGE);
+    ASSERT_TRUE(descriptor.take(open_null()));
+    close(descriptor.fd); // by the host
+    errno = EDOM;
+    descriptor.close();
+    EXPECT_EQ(errno, EDOM);
+}
+
+TEST(Descriptor, that_cannot_be_had_is_none_and_says_why)
+{
+    Descriptor descriptor;
+    errno = EMFILE;
+    EXPECT_FALSE(descriptor.take(-1));
+    EXPECT_EQ(errno, EMFILE);
+    EXPECT_FALSE(descriptor.is_open());
+    EXPECT_FALSE(descriptor.is_ours());
+}

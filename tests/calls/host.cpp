@@ -1,5 +1,6 @@
 // What a host program of many calls has and Lua lacks, as a Lua module: waiting
-// for a descriptor, a UDP socket of its own, its memory, its descriptors.
+// for a descriptor, a UDP socket of its own, its memory, its descriptors. It needs
+// no C++ run-time library, as a C library may have none of its own.
 #include <arpa/inet.h>
 #include <cerrno>
 #include <cstdlib>

@@ -55,7 +55,7 @@ end
 local function check_status(call, text)
   local status = call.reply[1]
   local first = ("%d"):format(status < 2 ^ 31 and status or status - 2 ^ 32)
-  if schema.api(call.api).output[1].kind ~= "int" then
+  if schema.api(call.api).status.kind ~= "int" then
     local bytes = datagram_of { status }
     first = (low_byte_first and bytes:reverse() or bytes):match("^[^%z]*")
   end

@@ -168,29 +168,32 @@ run_programs() {
   done
 }
 
-# The end-to-end tests, with that host's Lua and library.
+# The end-to-end tests, with that host's Lua and library. They mostly wait: more of
+# them at once than processors.
 run_end_to_end() {
-  local file topic case problem log=$build/end_to_end.log
+  local file topic case problem results=$build/end_to_end log
   problem=$(tools/with_device.sh --allowed 2>&1) || skip "$problem"
   export LUA_CPATH="$build/?.so;$build/tests/e2e/?.so" E2E_INTERPRETER=$lua LIBRPC_TEST_SOURCE=$source
   export LUA_PATH="$source/tests/e2e/?.lua;$source/tests/lua/?.lua;$source/lua/?.lua" LIBRPC_NAMES=$source/sim/names.lua
+  rm -rf "$results"
+  mkdir "$results"
   for file in tests/e2e/*.lua tests/calls/*.lua; do
     topic=${file##*/} topic=${topic%.lua}
     case $topic in harness | slow_*) continue ;; esac # those wait out deadlines
     # shellcheck disable=SC2013 # names have no blanks
     for case in $(sed -n 's/^case "\([^"]*\)".*/\1/p' "$file"); do
       case "$excluded:" in *":$case:"*) continue ;; esac
-      if tools/with_device.sh "$source/build-cross-native" -- "$lua" "$file" "$case" >"$log" 2>&1 </dev/null &&
-        grep -q "passed $case\$" "$log"; then
-        passed=$((passed + 1))
-        grep 'golden calls' "$log" | sed "s/^\([0-9]* golden calls\).*/dev_cross: $host: \1/" || true
-      else
-        failure "$topic: $case" "$log"
-      fi
+      printf '%s\0' "$file" "$case" "$results/$topic.$case"
     done
-    echo "dev_cross: $host: end to end: $topic ($passed passed)"
+  done | xargs -0 -r -n 3 -P "$((2 * $(nproc)))" tools/cross/case.sh "$source/build-cross-native" "$lua" || true
+  for log in "$results"/*; do
+    case $log in
+      *.passed) passed=$((passed + 1)) ;;
+      *) failure "${log##*/}" "$log" ;;
+    esac
   done
   [ "$passed" -gt 0 ] || fail 'tests/e2e: expected cases, found none that ran'
+  echo "dev_cross: $host: $(cat "$results"/golden_calls.*.passed | sed -n 's/^\([0-9]* golden calls\).*/\1/p')"
 }
 
 # What the library needs, without versions and the dynamic linker.

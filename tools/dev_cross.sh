@@ -1,8 +1,9 @@
 #!/bin/bash
 # ./dev cross HOST...: builds for another host and runs golden calls, unit tests,
 # kept fuzz inputs and the end-to-end tests there, emulated where the processor is
-# another one. `describe` below has a line a host: to add one, add its line, and its
-# compiler to packages_cross of ./dev.
+# another one. `describe` below has a line a host: to add one, add its line.
+#
+#     dev_cross.sh --packages HOST...     the Debian packages that they want
 #
 # Exit status 77: left out, for what the last line says. DEBIAN_MIRROR names the
 # place of Debian's packages and sources.
@@ -29,7 +30,7 @@ hosts='s390x armhf arm64 mips musl static'
 #   runtime    a C++ run-time library, which tests in C++ need and the library does not
 describe() { # HOST
   emulator='' compiler=debian libraries=sources runtime=yes needs='libc libtirpc'
-  options=() configure=(--disable-static)
+  options=() configure=(--disable-static) packages=(libgtest-dev rpcsvc-proto dpkg-dev)
   case $1 in
     s390x) triplet=s390x-linux-gnu emulator=qemu-s390x-static libraries=debian ;;          # 64 bits, big-endian
     armhf) triplet=arm-linux-gnueabihf emulator=qemu-arm-static libraries=debian ;;        # 32 bits, little-endian
@@ -40,8 +41,12 @@ describe() { # HOST
     *) fail "command line: expected some of $hosts, found '$1'" ;;
   esac
   [ "$1" != static ] || options=(-DLIBRPC_STATIC_TIRPC=ON) needs=libc
+  case $compiler in
+    debian) packages+=("g++-$triplet" qemu-user-static) ;;
+    musl) packages+=(musl-tools) ;;
+  esac
 
-  # Why a test is left out; the name is a gtest filter or an end-to-end case.
+  # What cannot be asked for there; the name is a gtest filter or an end-to-end case.
   [ -z "$emulator" ] ||
     leave_out descriptor_limit_gives_no_value_and_the_next_call_works "the emulator needs descriptors of its own"
   case $1 in
@@ -52,6 +57,7 @@ describe() { # HOST
   build=$source/build-cross-$1 root=$source/build-cross-$1/root
 }
 
+excluded=''
 leave_out() { # NAME WHY
   echo "dev_cross: $host: left out: $1: $2"
   excluded="$excluded:$1"
@@ -79,7 +85,9 @@ prepare() {
       options+=(-DCMAKE_TOOLCHAIN_FILE=cmake/cross.cmake)
       ;;
   esac
+  compiler_command=$CC system=no # a whole one
   if [ "$libraries" = debian ]; then
+    compiler_command="$CC --sysroot=$root" system=yes
     tools/cross/packages.sh "$build" "$host" libc6-dev libstdc++6 libtirpc-dev liblua5.1-0-dev lua5.1 libgtest-dev
   else
     prefix=/usr/$triplet # the compiler's own
@@ -171,8 +179,7 @@ run_programs() {
 # The end-to-end tests, with that host's Lua and library. They mostly wait: more of
 # them at once than processors.
 run_end_to_end() {
-  local file topic case problem results=$build/end_to_end log
-  problem=$(tools/with_device.sh --allowed 2>&1) || skip "$problem"
+  local file topic case results=$build/end_to_end log
   export LUA_CPATH="$build/?.so;$build/tests/e2e/?.so" E2E_INTERPRETER=$lua LIBRPC_TEST_SOURCE=$source
   export LUA_PATH="$source/tests/e2e/?.lua;$source/tests/lua/?.lua;$source/lua/?.lua" LIBRPC_NAMES=$source/sim/names.lua
   rm -rf "$results"
@@ -196,6 +203,17 @@ run_end_to_end() {
   echo "dev_cross: $host: $(cat "$results"/golden_calls.*.passed | sed -n 's/^\([0-9]* golden calls\).*/\1/p')"
 }
 
+# The example daemon, made for that host and run there.
+run_daemon() {
+  local problem log=$build/daemon.log libraries="-L$root/usr/lib -ltirpc -pthread -Wl,--disable-new-dtags,-rpath,$root/usr/lib"
+  problem=$(tools/with_device.sh --allowed 2>&1) || skip "$problem"
+  echo "dev_cross: $host: example daemon"
+  [ "$system" = no ] || libraries=-ltirpc
+  CC="$compiler_command" TIRPC_CFLAGS="-I$root/usr/include/tirpc" TIRPC_LIBS=$libraries \
+    LUA_CPATH="$build/?.so" tools/with_device.sh "$source/build-cross-native" -- \
+    tests/ports/daemon_test.sh "$source" "$build/daemon" "$lua" "${emulated[@]}" >"$log" 2>&1 || failure "example daemon" "$log"
+}
+
 # What the library needs, without versions and the dynamic linker.
 check_needed() {
   local found
@@ -204,18 +222,27 @@ check_needed() {
 }
 
 run_host() { # HOST
-  local host=$1 excluded='' failed=0 passed=0 started=$SECONDS
+  local host=$1 failed=0 passed=0 started=$SECONDS
   describe "$host"
   prepare
   build_all
   check_needed
   run_programs
+  run_daemon
   run_end_to_end
   [ "$failed" = 0 ] || fail "$host: expected every test to pass, found $failed that did not"
   echo "dev_cross: $host: $passed end-to-end cases passed ($((SECONDS - started)) s)"
 }
 
 [ $# -gt 0 ] || fail "command line: expected some of $hosts, found none"
+if [ "$1" = --packages ]; then
+  shift
+  for host; do
+    describe "$host" >/dev/null
+    printf '%s\n' "${packages[@]}"
+  done | sort -u
+  exit
+fi
 if [ $# = 1 ]; then
   run_host "$1"
   exit

@@ -230,6 +230,7 @@ run_host() { # HOST
   run_programs
   run_daemon
   run_end_to_end
+  [ "$host" != musl ] || tools/cross/openwrt.sh "$build" "$source/build-cross-native"
   [ "$failed" = 0 ] || fail "$host: expected every test to pass, found $failed that did not"
   echo "dev_cross: $host: $passed end-to-end cases passed ($((SECONDS - started)) s)"
 }

@@ -55,5 +55,6 @@ install(FILES sim/names.lua DESTINATION ${LIBRPC_DOCDIR}/sim COMPONENT librpc-do
 
 # What daemons and Wireshark read; the annotations for editors are in the reference.
 install(DIRECTORY protocol DESTINATION ${LIBRPC_DATADIR} COMPONENT librpc-dev)
+install(FILES tools/protocol_names.lua DESTINATION ${LIBRPC_DATADIR} COMPONENT librpc-dev)
 install(FILES tools/wireshark/librpc.lua tools/wireshark/README.md DESTINATION ${LIBRPC_DATADIR}/wireshark
   COMPONENT librpc-dev)

@@ -143,7 +143,7 @@ build_all() {
     options+=(-DLIBRPC_TESTS=ON)
   fi
   configured "$build" "$host" "${host_environment[@]}" -- "${options[@]}"
-  cmake --build "$build" --target "${targets[@]}"
+  env "${host_environment[@]}" cmake --build "$build" --target "${targets[@]}" # which may configure again
   if [ "$runtime" = no ]; then
     mkdir -p "$build/tests/e2e"
     for module in e2e_process:tests/e2e/process.cpp calls_host:tests/calls/host.cpp; do

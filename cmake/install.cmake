@@ -31,17 +31,28 @@ foreach(lua IN LISTS LIBRPC_OTHER_LUAS)
 endforeach()
 
 # The command line.
-configure_file(lua/rpcctl ${CMAKE_BINARY_DIR}/rpcctl COPYONLY)
+install(DIRECTORY lua/rpcctl DESTINATION ${LIBRPC_LUA_MODDIR} COMPONENT rpcctl FILES_MATCHING PATTERN "*.lua")
+file(WRITE ${CMAKE_BINARY_DIR}/rpcctl_version.lua "return \"${PROJECT_VERSION}\"\n")
+install(FILES ${CMAKE_BINARY_DIR}/rpcctl_version.lua DESTINATION ${LIBRPC_LUA_MODDIR}/rpcctl RENAME version.lua
+  COMPONENT rpcctl)
+configure_file(bin/rpcctl ${CMAKE_BINARY_DIR}/rpcctl COPYONLY)
 if(NOT LIBRPC_LUA STREQUAL "lua5.1")
   # the program runs with the Lua that the library was built for
-  file(READ lua/rpcctl program)
+  file(READ bin/rpcctl program)
   string(REGEX REPLACE "^#![^\n]*" "#!/usr/bin/env ${LIBRPC_LUA}" program "${program}")
   file(WRITE ${CMAKE_BINARY_DIR}/rpcctl "${program}")
 endif()
 install(PROGRAMS ${CMAKE_BINARY_DIR}/rpcctl DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT rpcctl)
-if(LIBRPC_SHELL_FILES)
+if(LIBRPC_SHELL_FILES) # where each shell looks
+  set(zsh_functions "site-functions")
+  if(CMAKE_INSTALL_PREFIX STREQUAL "/usr" AND EXISTS /etc/debian_version) # Debian's packages have a folder of their own
+    set(zsh_functions "vendor-completions")
+  endif()
   install(FILES completion/rpcctl.bash DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions RENAME rpcctl
     COMPONENT rpcctl)
+  install(FILES completion/rpcctl.zsh DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/${zsh_functions} RENAME _rpcctl
+    COMPONENT rpcctl)
+  install(FILES completion/rpcctl.fish DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d COMPONENT rpcctl)
   install(FILES docs/man/rpcctl.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT rpcctl)
   install(FILES docs/man/librpc.3 docs/man/librpc.record.3 DESTINATION ${CMAKE_INSTALL_MANDIR}/man3 COMPONENT librpc-doc)
 endif()

@@ -1,12 +1,15 @@
 # bash completion for rpcctl, which knows its own words (rpcctl --complete).
 _rpcctl()
 {
-    local line=${COMP_LINE:0:COMP_POINT} typed
+    local line=${COMP_LINE:0:COMP_POINT} typed candidate
     local -a words
     read -ra words <<<"$line"
     [[ $line == *[[:space:]] ]] && words+=("")
     typed=${words[-1]}
-    mapfile -t COMPREPLY < <("${words[0]}" --complete "${words[@]:1}" 2>/dev/null)
+    COMPREPLY=()
+    while IFS=$'\t' read -r candidate _; do
+        COMPREPLY+=("$candidate")
+    done < <("${words[0]}" --complete "${words[@]:1}" 2>/dev/null)
     # bash takes a word of its own to begin behind '='
     if [[ $typed == *=* && $COMP_WORDBREAKS == *=* ]]; then
         COMPREPLY=("${COMPREPLY[@]#"${typed%"${typed##*=}"}"}")
@@ -14,4 +17,4 @@ _rpcctl()
     [[ ${#COMPREPLY[@]} -eq 1 && ${COMPREPLY[0]} == *= ]] && compopt -o nospace
     return 0
 }
-complete -F _rpcctl rpcctl
+complete -o default -F _rpcctl rpcctl

@@ -172,7 +172,7 @@ run_programs() {
   done
   for target in "${fuzzed[@]}"; do
     echo "dev_cross: $host: fuzz $target"
-    "${emulated[@]}" "$build/tests/fuzz/fuzz_$target" "tests/fuzz/corpus/$target" >"$log" 2>&1 || failure "fuzz $target" "$log"
+    "${emulated[@]}" "$build/tests/fuzz/fuzz_$target" "tests/fuzz/corpus/$target.kept" >"$log" 2>&1 || failure "fuzz $target" "$log"
   done
 }
 

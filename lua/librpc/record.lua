@@ -13,7 +13,8 @@ local rooms = {
   check = "wrong",
   rows = "walking", carried = "walking",
   all = "at_once", walks = "at_once",
-  get = "reading", change = "changing",
+  get = "reading",
+  change = "changing", add = "changing",
   difference = "counters",
   codes = "problems", nearest = "problems",
 }

@@ -15,7 +15,7 @@ grep -q "^project(librpc VERSION $version " "$source/CMakeLists.txt" || {
     echo "man_page: $page: expected the project's version, found $version" >&2
     exit 1
 }
-"$lua" "$source/tools/man_page.lua" "$lua $source/lua/rpcctl" "$version" "$date" | diff - "$page" || {
+LIBRPC_NAMES="" "$lua" "$source/tools/man_page.lua" "$source" "$LIBRPC_BUILD" "$version" "$date" | diff - "$page" || {
     echo "man_page: $page: expected tools/man_page.lua's output, found the differences above" >&2
     exit 1
 }

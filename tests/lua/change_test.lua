@@ -178,4 +178,68 @@ check.equal("a failed walk", { tostring(rows), message, code, #kept, last.name }
 check.equal("set back", record.call("oltmib_svi_set_1", { vlan = 10, name = "broken" }), 0)
 check.equal("a walk to the end", { #record.rows "svi", (select(2, record.rows "svi")) }, { 3, "end" })
 
+-- What is not sent is not changed; `only` sends the others as 0 or empty.
+local function text_of(api, argument)
+  return (librpc.callapi(api, argument))
+end
+local was = text_of("oltmib_vlaninfo_get_1", "10")
+check.row(record.change, { "vlaninfo", { vlan = 10 }, { name = "phones" }, { dry_run = true } },
+  { false, { name = { before = "voice", after = "phones" } } })
+check.equal("a dry run", text_of("oltmib_vlaninfo_get_1", "10"), was)
+check.row(record.change, { "vlaninfo", { vlan = 10 }, { vlan = 10, name = "phones" }, { only = true, dry_run = true } },
+  { false, { name = { before = "voice", after = "phones" }, active = { before = "on", after = "off" },
+    field4 = { before = 1, after = 0 }, untagged = { before = "ge1,ge2", after = "" },
+    tagged = { before = "ge3,ge4", after = "" } } })
+check.row(record.change, { "vlaninfo", { vlan = 10 }, { vlan = 10, name = "phones" }, { only = true } },
+  { 0, { name = { before = "voice", after = "phones" }, active = { before = "on", after = "off" },
+    field4 = { before = 1, after = 0 }, untagged = { before = "ge1,ge2", after = "" },
+    tagged = { before = "ge3,ge4", after = "" } } })
+check.equal("only", text_of("oltmib_vlaninfo_get_1", "10"), "10&0&phones&0&&&&0&0")
+check.row(record.change, { "vlaninfo", { vlan = 10 }, {}, { dry = true } },
+  { "nil", "record.change: options: expected one of call_seconds, dry_run, only, found \"dry\"",
+    "unknown_option" })
+
+-- A new row; one that is there stays.
+check.row(record.add, { "svi", { vlan = 60, name = "new" }, { dry_run = true } },
+  { false, { vlan = { after = 60 }, name = { after = "new" } } })
+check.equal("a dry run adds nothing", text_of("oltmib_svi_get_1", "60"), "60&&&&0&1")
+check.row(record.add, { "svi", { vlan = 60, name = "new" } }, { 0, { vlan = { after = 60 },
+  name = { after = "new" } } })
+check.equal("a new row", text_of("oltmib_svi_get_1", "60"), "60&new&&&0&0")
+check.row(record.add, { "svi", { vlan = 60, name = "other" } },
+  { "nil", "oltmib_svi_set_1: expected a key of which there is no row, found a row", "row_exists" })
+check.row(record.add, { "telnet", { tcp_port = 24 } },
+  { "nil", "oltmib_telnet_set_1: expected a key of which there is no row, found a table of one row", "row_exists" })
+check.row(record.add, { "portrate", { port = 24 } }, { "nil", 'portrate: expected get or getn, found "set"',
+  "no_operation" })
+check.row(record.add, { "svi", { vlan = "x" } },
+  { "nil", 'oltmib_svi_set_1: vlan: expected a whole number, found "x"', "bad_number" })
+check.equal("what was there stays", text_of("oltmib_svi_get_1", "60"), "60&new&&&0&0")
+
+-- Rows as they come, as many as are wanted.
+local seen = {}
+check.row(record.rows, { "portinfo", nil, { each = function(row)
+  seen[#seen + 1] = row.port
+  return row.port < 3
+end } }, { {}, "stopped", "nil" })
+check.equal("each row", seen, { 1, 2, 3 })
+check.equal("calls of that walk", select(2, record.rows("portinfo", nil, { each = function() end })), "end")
+local given
+rows = require("librpc.record").walks { { "telnet", nil, { each = function(row) given = row.tcp_port end } } }
+check.equal("of a table of one row", { rows[1], given }, { {}, record.get("telnet").tcp_port })
+
+-- Each call has its time, whatever the whole may take.
+local shell = require "shell"
+shell.tell "fault nsminfo drop"
+for _, called in ipairs { "get", "add", "change", "call", "rows" } do
+  local arguments = { get = { "svi", { vlan = 1 }, { call_seconds = 0.1 } },
+    add = { "svi", { vlan = 61 }, { call_seconds = 0.1 } },
+    change = { "svi", { vlan = 1 }, { name = "x" }, { call_seconds = 0.1 } },
+    call = { "oltmib_svi_get_1", { vlan = 1 }, { call_seconds = 0.1 } },
+    rows = { "svi", nil, { call_seconds = 0.1, seconds = 60 } } }
+  local unpack = unpack or table.unpack -- luacheck: ignore 143
+  check.equal(called .. ": call_seconds", select(3, record[called](unpack(arguments[called], 1, 4))), "timed_out")
+end
+shell.tell "clear"
+
 check.finish()

@@ -9,7 +9,7 @@ local check = require "check"
 local shell = require "shell"
 
 local source = os.getenv("LIBRPC_TEST_SOURCE")
-local prefix = ("cd %s; PATH=%s/lua:$PATH; "):format(source, source)
+local prefix = ("cd %s; PATH=%s/bin:$PATH; "):format(source, source)
 
 local function printed(command)
   return (shell.run("{ " .. prefix .. command .. "\n} 2>&1"))
@@ -65,8 +65,11 @@ local function run_shell(name, block)
   end
 end
 
+-- Each document finds the device's settings as the first one did.
+check.equal("backup", printed "rpcctl backup /run/documents.txt", "")
 for i = 1, #arg do
   local blocks = 0
+  printed "rpcctl restore /run/documents.txt"
   local text = assert(io.open(source .. "/" .. arg[i])):read("*a")
   for language, block in text:gmatch("\n```(%a+)\n(.-\n)```\n") do
     if language == "console" then

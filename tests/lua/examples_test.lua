@@ -36,19 +36,6 @@ check.equal("watch_counters: errors and status", { errors, status }, { "", 0 })
 check.equal("watch_counters: rounds", select(2, output:gsub("round %d\n", "")), 2)
 check.equal("watch_counters: lines", select(2, output:gsub("  ge%d    counter9 +%d+ +%d+%.%d a second\n", "")), 16)
 
--- What is saved is what a changed device gets back.
-gives("backup.lua save nsminfo /run/saved.lua", "", "backup: not kept: vlanbitmapinfo: cannot be read\n", 1)
-shell.run("cp /run/saved.lua /run/first.lua")
-example("change_vlan.lua 20 other")
-gives("backup.lua save nsminfo /run/changed.lua", "", "backup: not kept: vlanbitmapinfo: cannot be read\n", 1)
-check.equal("a change shows in a backup", select(3, shell.run("cmp -s /run/first.lua /run/changed.lua")), 1)
-gives("backup.lua restore /run/saved.lua", "")
-gives("backup.lua save nsminfo /run/again.lua", "", "backup: not kept: vlanbitmapinfo: cannot be read\n", 1)
-check.equal("a restored device is as it was", { shell.run("diff /run/first.lua /run/again.lua") }, { "", "", 0 })
-gives("backup.lua save vrrpinfo /run/vrrp.lua", "")
-gives("backup.lua save nothing /run/nothing.lua", "", "backup: no such service, or none with settings: nothing\n", 1)
-gives("backup.lua", "", "usage: backup.lua save SERVICE FILE | restore FILE\n", 2)
-
 -- The event loop, where its library is installed.
 if pcall(require, "cqueues") then
   local ports = "ge1\nge2\nge3\nge4\nge5\nge6\nge7\nge8\n"
@@ -97,7 +84,7 @@ gives("page.cgi", "Status: 200 OK\r\n" .. html("svi", "<table>\n<tr><th>vlan</th
   .. "<td>0</td></tr>\n</table>\n"), "", 0, "QUERY_STRING=table=svi")
 gives("page.cgi", "Status: 404 Not Found\r\n" .. html("portstats", "<p>librpc: expected the name of a table "
   .. "(did you mean portstat?), found &quot;portstats&quot;</p>\n"), "", 0, "QUERY_STRING=table=portstats")
-shell.run(shell.interpreter .. [[ $LIBRPC_TEST_SOURCE/lua/rpcctl set svi field1=20 'name=<b>"']])
+shell.run(shell.interpreter .. [[ $LIBRPC_TEST_SOURCE/bin/rpcctl set svi field1=20 'name=<b>"']])
 output = example("page.cgi", "QUERY_STRING='table=svi'")
 check.equal("markup in a text", output:match("<td>20</td><td>(.-)</td>"), "&lt;b&gt;&quot;")
 shell.tell "stop lpdet"

@@ -204,7 +204,8 @@ given({}, record.rows, { "svi", 5 },
   { "nil", "oltmib_svi_getn_1: expected a table of fields, found 5", "bad_type", {} })
 for _, row in ipairs {
   { 5, "record.rows: options: expected a table, found 5", "bad_type" },
-  { { limt = 5 }, "record.rows: options: expected one of done, ends, limit, next, seconds (did you mean limit?), "
+  { { limt = 5 }, "record.rows: options: expected one of call_seconds, done, each, ends, limit, next, seconds (did "
+    .. "you mean limit?), "
     .. 'found "limt"', "unknown_option" },
   { { limit = "5" }, 'record.rows: options.limit: expected a number from 0, found "5"', "bad_type" },
   { { limit = -1 }, "record.rows: options.limit: expected a number from 0, found -1", "bad_type" },

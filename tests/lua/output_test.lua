@@ -1,6 +1,6 @@
--- librpc.output: cells, JSON and lines.
+-- How rpcctl writes: cells, JSON and lines.
 local check = require "check"
-local output = require "librpc.output"
+local output = require "rpcctl.output"
 
 -- A text, and what is printed of it
 for _, row in ipairs {
@@ -15,6 +15,9 @@ for _, row in ipairs {
   { "cut \195", "cut \\xc3" },
   { "overlong \192\175", "overlong \\xc0\\xaf" },
   { "surrogate \237\160\128", "surrogate \\xed\\xa0\\x80" },
+  { "turned \226\128\174 round", "turned \\xe2\\x80\\xae round" },
+  { "mark \226\128\143\216\156", "mark \\xe2\\x80\\x8f\\xd8\\x9c" },
+  { "joined \226\128\141 and CJK 漢", "joined \226\128\141 and CJK 漢" },
   { "beyond \244\144\128\128", "beyond \\xf4\\x90\\x80\\x80" },
 } do
   check.row(output.printable, { row[1] }, { row[2] })
@@ -35,6 +38,8 @@ for _, row in ipairs {
   { true, nil, "true" },
   { "18446744073709551615", nil, '"18446744073709551615"' },
   { 'a"b\\c\n\r\t\0\27', nil, '"a\\"b\\\\c\\n\\r\\t\\u0000\\u001b"' },
+  { "c1 \194\155 rtl \226\128\174 \127", nil, '"c1 \\u009b rtl \\u202e \\u007f"' },
+  { "🙂", nil, '"🙂"' },
   { "Grüße\255", nil, '"Grüße\\u00ff"' },
   { { 1, "a", { 2 } }, nil, '[1,"a",[2]]' },
   { output.as_array {}, nil, "[]" },
@@ -55,5 +60,15 @@ check.equal("cut cells", output.lines({ { "a long text here", "b" }, { "short", 
   "a long ...  b\nshort       c\n")
 check.equal("nothing is cut for programs", output.lines({ { "a long text here", "b" } }, { most = 10 }),
   "a long text here\tb\n")
+
+-- What a terminal has room for
+for _, row in ipairs {
+  { "abc", 3 }, { "ü", 1 }, { "漢字", 4 }, { "🙂", 2 }, { "e\204\129", 1 }, { "\\xff", 4 },
+} do
+  check.row(output.width, { row[1] }, { row[2] })
+end
+check.row(output.fitted, { "漢字漢字", 6 }, { "漢..." })
+check.row(output.fitted, { "abcdef", 3 }, { "..." })
+check.row(output.fitted, { "abcdef", 6 }, { "abcdef" })
 
 check.finish()

@@ -326,6 +326,8 @@ check.row(record.difference, { "x", "1" },
   { "nil", 'record.difference: expected a counter\'s digits, found "x"', "bad_number" })
 
 check.equal("nearest", record.nearest("prtinfo", { "portinfo", "portstat" }), "portinfo")
+check.equal("two letters that changed places", { record.nearest("lits", { "list" }), record.nearest("gte", { "get" }),
+  record.nearest("tge", { "get" }) }, { "list", "get" })
 check.equal("nothing near", record.nearest("zzz", { "portinfo" }), nil)
 
 -- Every code that a function returned above is one that the module explains.

@@ -4,12 +4,12 @@ local golden = require "golden"
 local shell = require "shell"
 
 local function rpcctl(arguments)
-  return shell.run(shell.interpreter .. " " .. os.getenv("LIBRPC_TEST_SOURCE") .. "/lua/rpcctl " .. arguments)
+  return shell.run(shell.interpreter .. " " .. os.getenv("LIBRPC_TEST_SOURCE") .. "/bin/rpcctl " .. arguments)
 end
 
 -- As on a terminal: script gives the command one, and its lines end in "\r\n".
 local function on_terminal(arguments, environment)
-  local command = shell.interpreter .. " " .. os.getenv("LIBRPC_TEST_SOURCE") .. "/lua/rpcctl " .. arguments
+  local command = shell.interpreter .. " " .. os.getenv("LIBRPC_TEST_SOURCE") .. "/bin/rpcctl " .. arguments
   local output = shell.run(("TERM=xterm %s script -qec '%s' /dev/null"):format(environment or "", command))
   return (output:gsub("\r\n", "\n"))
 end
@@ -19,7 +19,6 @@ local function succeeds(arguments, expected)
   check.equal("rpcctl " .. arguments, { output, errors, status }, { expected, "", 0 })
 end
 
--- The library's own line about a missing daemon comes first on standard error.
 local function fails(arguments, expected_status, expected, expected_output)
   local output, errors, status = rpcctl(arguments)
   check.equal("rpcctl " .. arguments, { output, errors, status }, { expected_output or "", expected, expected_status })
@@ -30,18 +29,19 @@ check.equal("every API", rpcctl "list | cut -f 1", table.concat(golden.column("a
 succeeds("list vrrp_ssconf", "oltmib_vrrp_ssconf_get_1\tvrrpinfo\t50013\t1\tget\tvrrp_ssconf\n"
   .. "oltmib_vrrp_ssconf_getn_1\tvrrpinfo\t50013\t2\tgetn\tvrrp_ssconf\n"
   .. "oltmib_vrrp_ssconf_set_1\tvrrpinfo\t50013\t3\tset\tvrrp_ssconf\n")
-succeeds("list --tables lpdet_portinfo", "lpdet_portinfo\tlpdet\tget getn set\n")
+succeeds("list --tables lpdet_portinfo", "lpdet_portinfo\tlpdet\tget getn set\t\n")
 check.equal("tables of a service", rpcctl "list --tables vrrpinfo | cut -f 2 | uniq", "vrrpinfo\n")
 succeeds("list 'vrrp*set'", "oltmib_vrrp_ssconf_set_1\tvrrpinfo\t50013\t3\tset\tvrrp_ssconf\n"
   .. "oltmib_vrrp_ssstate_set_1\tvrrpinfo\t50013\t6\tset\tvrrp_ssstate\n")
 succeeds("list --json 'oltmib_route_*'",
   '[{"name":"oltmib_route_get_1","service":"ribinfo","program":50011,"procedure":1,'
-  .. '"operation":"get","table":"route"},{"name":"oltmib_route_getn_1","service":"ribinfo","program":50011,'
+  .. '"operation":"get","table":"route"},\n{"name":"oltmib_route_getn_1","service":"ribinfo","program":50011,'
   .. '"procedure":2,'
-  .. '"operation":"getn","table":"route"},{"name":"oltmib_route_set_1","service":"ribinfo","program":50011,'
+  .. '"operation":"getn","table":"route"},\n{"name":"oltmib_route_set_1","service":"ribinfo","program":50011,'
   .. '"procedure":3,'
   .. '"operation":"set","table":"route"}]\n')
-fails("list nothing-like-it", 3, "rpcctl: list: expected a part of an API's or a service's name, found "
+fails("list nothing-like-it", 3, "rpcctl: list: expected a part of an API's name, a service's or a "
+  .. "table's title, found "
   .. "'nothing-like-it'; rpcctl list shows every API, rpcctl list --tables every table\n")
 
 -- describe
@@ -50,7 +50,7 @@ succeeds("describe svi", "api\toperation\tservice\tprogram\tprocedure\trequest\t
   .. "oltmib_svi_getn_1\tgetn\tnsminfo\t50004\t88\toltmib_sviEntry\toltmib_sviEntry\n"
   .. "oltmib_svi_set_1\tset\tnsminfo\t50004\t89\toltmib_sviEntry\tint\n\n"
   .. "field\tkind\tsize\targument\treply\tvalue\n"
-  .. "field1\tint\t\t1\t1\twhole number\nname\ttext\t32\t2\t2\ttext\nfield3\ttext\t20\t3\t3\ttext\n"
+  .. "field1\tint\t\t1\t1\twhole number; key\nname\ttext\t32\t2\t2\ttext\nfield3\ttext\t20\t3\t3\ttext\n"
   .. "text\ttext\t32\t4\t4\ttext\noper\tint\t\t5\t5\twhole number\nres\tint\t\t6\t6\twhole number\n")
 succeeds("describe --json oltmib_nsm_set_1", '[{"name":"oltmib_nsm_set_1","service":"nsminfo","program":50004,'
   .. '"procedure":121,"operation":"set","table":"nsm","request":"oltmib_nsmEntry","reply":"int","delimiters":"&",'
@@ -64,25 +64,29 @@ succeeds("get svi field1=20", "field1\t20\nname\tvlan20\nfield3\t198.51.100.1/24
 succeeds("get oltmib_svi_get_1 field1=20 --fields name,field3", "name\tvlan20\nfield3\t198.51.100.1/24\n")
 succeeds("get svi field1=20 --json --fields=field1,name", '{"field1":20,"name":"vlan20"}\n')
 succeeds("get cvlan_table --fields bit", "bit\t400800000000000000000000\n")
-fails("get svi field1=21", 6, "rpcctl: oltmib_svi_get_1: res: expected 0, found 1, the daemon's own result\n",
-  "field1\t21\nname\t\nfield3\t\ntext\t\noper\t0\nres\t1\n")
+fails("get svi field1=21", 6, "rpcctl: get: svi: expected a row with field1=21, found none; "
+  .. "rpcctl rows TABLE shows every row, rpcctl add makes one\n")
+fails("get svi", 2, "rpcctl: get: svi: expected field1=..., which says which row, found no such word; "
+  .. "rpcctl rows TABLE shows every row\n")
 fails("get sv field1=1", 3, 'rpcctl: librpc: expected the name of a table (did you mean svi?), found "sv"; '
   .. "rpcctl list shows every API, rpcctl list --tables every table\n")
-fails("get svi feild1=1", 2, "rpcctl: oltmib_svi_get_1: expected one of its fields (did you mean field1?), "
-  .. 'found "feild1"; rpcctl describe shows the fields\n')
-fails("get svi 20", 2, "rpcctl: get: expected FIELD=VALUE, found '20'; see rpcctl get --help\n")
-fails("get svi field1=1 field1=2", 2, "rpcctl: get: expected each field once, found 'field1' again; "
-  .. "see rpcctl get --help\n")
-fails("get svi --fields nam", 2, "rpcctl: get: expected fields of svi (field1, name, field3, text, oper, res), "
-  .. "found 'nam'; see rpcctl get --help\n")
-fails("get svi --fields", 2, "rpcctl: get: expected a value for --fields, found none; see rpcctl get --help\n")
+fails("get svi feild1=1", 2, "rpcctl: get: svi: expected one of its fields (did you mean field1?), "
+  .. 'found "feild1"; rpcctl describe TABLE shows the fields\n')
+fails("get svi 20", 2, "rpcctl: get: expected FIELD=VALUE (or != < <= > >= ~ !~), found '20'; see rpcctl get --help\n")
+fails("get svi --fields nam", 2, "rpcctl: get: svi: expected one of its fields (did you mean name?), "
+  .. 'found "nam"; rpcctl describe TABLE shows the fields\n')
+fails("get svi --fields", 2, "rpcctl: get: expected NAME,... behind --fields, found nothing; see rpcctl get --help\n")
 
 -- set
-succeeds("set svi field1=20 field3=198.51.100.2/24", "0\n")
+succeeds("set svi field1=20 field3=198.51.100.2/24", "field3: 198.51.100.1/24 -> 198.51.100.2/24\n")
+succeeds("set svi field1=20 field3=198.51.100.2/24", "nothing changed\n")
 succeeds("get svi field1=20 --fields name,field3", "name\tvlan20\nfield3\t198.51.100.2/24\n")
-succeeds("set svi --only field1=20 name=v20 --json", '{"status":0}\n')
+succeeds("set svi --only field1=20 name=v20 --json", '{"status":0,"changed":{"name":{"before":"vlan20","after":"v20"},'
+  .. '"field3":{"before":"198.51.100.2/24","after":""}}}\n')
 succeeds("get svi field1=20 --fields name,field3", "name\tv20\nfield3\t\n")
-succeeds("set svi field1=20 name=a=b", "0\n")
+succeeds("set svi field1=20 name=a=b", "name: v20 -> a=b\n")
+fails("set svi field1=20 name=a name=b", 2, "rpcctl: set: expected each field once, found 'name' again; "
+  .. "see rpcctl set --help\n")
 succeeds("get svi field1=20 --fields name", "name\ta=b\n")
 fails("set svi field1=20 name=" .. ("x"):rep(40), 2, 'rpcctl: oltmib_svi_set_1: name: expected at most 31 characters, '
   .. 'found 40: "' .. ("x"):rep(40) .. '"; rpcctl describe shows how long a text may be: '
@@ -90,9 +94,11 @@ fails("set svi field1=20 name=" .. ("x"):rep(40), 2, 'rpcctl: oltmib_svi_set_1: 
 fails("set svi field1=20 'name=a&b'", 2, "rpcctl: oltmib_svi_set_1: name: expected a text without '&', which separates "
   .. 'fields, found "a&b"; texts cannot hold it, there is no escaping\n')
 fails("set svi field1=21 name=x", 6,
-  "rpcctl: oltmib_svi_get_1: res: expected 0, of a row that is there, found 1\n")
+  "rpcctl: set: svi: expected a row with field1=21, found none; rpcctl rows TABLE shows every row, rpcctl add makes "
+    .. "one\n")
 fails([[set svi 'field1=x"\y']], 2,
-  [[rpcctl: oltmib_svi_set_1: field1: expected a whole number, found "x\"\\y"]] .. "\n") -- escaped once
+  [[rpcctl: oltmib_svi_set_1: field1: expected a whole number, found "x\"\\y"]]
+  .. "; rpcctl describe TABLE shows the fields\n") -- escaped once
 fails("set vlanbitmapinfo field1=1", 2, "rpcctl: set: expected --only, because vlanbitmapinfo has no get to read the "
   .. "row with, found none; see rpcctl set --help\n")
 fails("set portrate ifx=1", 3, 'rpcctl: portrate: expected get or getn, found "set"; '
@@ -101,15 +107,15 @@ fails("set svi", 2, "rpcctl: set: expected TABLE FIELD=VALUE..., found 'svi'; se
 
 -- rows
 succeeds("rows vlaninfo --fields field1,field3", "1\tdefault\n10\tvoice\n20\tvideo\n")
-succeeds("rows vlaninfo field1=1 --fields field1,field3 --header", "field1\tfield3\n10\tvoice\n20\tvideo\n")
+succeeds("rows vlaninfo --after field1=1 --fields field1,field3 --header", "field1\tfield3\n10\tvoice\n20\tvideo\n")
 succeeds("rows vlaninfo --limit 2 --fields field1", "1\n10\n")
 succeeds("rows vlaninfo --end field1=10 --fields field1", "1\n")
-succeeds("rows vlaninfo field1=20 --json", "[]\n")
-succeeds("rows fdb --json --fields mac,field2 field2=0 mac=00-1E-80-AA-00-04",
-  '[{"mac":"00-1E-80-BB-00-07","field2":20},{"mac":"00-1E-80-BB-00-08","field2":20}]\n')
-fails("rows ioctlinfo", 2, "rpcctl: oltmib_ioctlinfo_getn_1: expected a `done` option, because its rows have no `res`, "
-  .. "found none; --end FIELD=VALUE names the row behind the last\n")
-fails("rows vlaninfo --limit x", 2, "rpcctl: rows: expected --limit and a number from 1, found 'x'; "
+succeeds("rows vlaninfo --after field1=20 --json", "[]\n")
+succeeds("rows fdb --json --fields mac,field2 --after field2=0 --after mac=00-1E-80-AA-00-04",
+  '[{"mac":"00-1E-80-BB-00-07","field2":20},\n{"mac":"00-1E-80-BB-00-08","field2":20}]\n')
+fails("rows ioctlinfo", 2, "rpcctl: rows: oltmib_ioctlinfo_getn_1: expected --end FIELD=VALUE, because its rows do not "
+  .. "say which is the last, found none\n")
+fails("rows vlaninfo --limit x", 2, "rpcctl: rows: expected --limit and a whole number from 1, found 'x'; "
   .. "see rpcctl rows --help\n")
 
 -- call
@@ -118,30 +124,12 @@ succeeds("call --json oltmib_vlaninfo_get_1 10", '"10&1&voice&1&ge1,ge2&ge3,ge4&
 fails("call oltmib_vlaninf_get_1 10", 3, "rpcctl: librpc: expected the name of an API (did you mean "
   .. "oltmib_vlaninfo_get_1?), "
   .. 'found "oltmib_vlaninf_get_1"; rpcctl list shows every API, rpcctl list --tables every table\n')
-fails("call oltmib_vlaninfo_get_1", 2, "rpcctl: call: expected API ARGUMENT, found 'oltmib_vlaninfo_get_1'; "
-  .. "see rpcctl call --help\n")
+fails("call", 2, "rpcctl: call: expected API [ARGUMENT], found nothing; see rpcctl call --help\n")
 
 -- Texts of a daemon do not reach a terminal as they are.
 rpcctl [[set svi field1=20 "name=$(printf 'a\033[31m\tb\\\377')"]]
 succeeds("get svi field1=20 --fields name", "name\ta\\x1b[31m\\tb\\\\\\xff\n")
 succeeds("get svi field1=20 --fields name --json", '{"name":"a\\u001b[31m\\tb\\\\\\u00ff"}\n')
-
--- watch
-local output, errors, status = rpcctl("watch portstat --count 2 --interval 0.3 --fields ifx,counter9")
-check.equal("watch: errors and status", { errors, status }, { "", 0 })
-check.equal("watch: a change of each port", select(2, output:gsub("%d%d:%d%d:%d%d\t%d\tcounter9\t%d+\t%d+\t[%d.]+\n",
-  "")), 8)
-output = rpcctl("watch portstat --count 3 --interval 0.2 --json --fields counter6")
-check.equal("watch: JSON lines", select(2, output:gsub(
-  '{"time":"%d%d:%d%d:%d%d","key":"%d","field":"counter6","old":"%d+","new":"%d+","rate":[%d.]+}\n', "")), 16)
-output = on_terminal("watch portstat --count 2 --interval 0.3 --fields ifx,counter9", "NO_COLOR=1")
-check.equal("watch: refreshed in place", select(2, output:gsub("\27%[H\27%[2Jportstat  every 0.3 s  ", "")), 2)
-check.equal("watch: changed counters and their rates", select(2, output:gsub("\n%d    %d+ %*  [%d.]+", "")), 8)
-check.equal("watch: no colours with NO_COLOR", output:find("\27%[%d*m"), nil)
-output = on_terminal("watch portstat --count 2 --interval 0.3 --fields ifx,counter9")
-check.equal("watch: colours on a terminal", select(2, output:gsub("\n%d    \27%[1;33m%d+\27%[0m", "")), 8)
-succeeds("watch vlaninfo --count 2 --interval 0.1", "")
-succeeds("watch cvlan_table --count 2 --interval 0.1", "")
 
 -- Aligned columns on a terminal, with bold headers.
 check.equal("rows on a terminal", on_terminal("rows vlaninfo --fields field1,field3,field5", "NO_COLOR=1"),
@@ -152,28 +140,19 @@ check.equal("long cells are cut, and say so", on_terminal("rows acl --fields fie
   "field7                  src\nno mail from customers  any\n")
 
 -- Help and bad usage.
-for _, name in ipairs { "list", "describe", "get", "set", "rows", "call", "watch" } do
-  output, errors, status = rpcctl(name .. " --help")
+for _, name in ipairs { "list", "describe", "get", "rows", "watch", "set", "add", "call", "health", "backup",
+  "restore", "diff", "help" } do
+  local output, errors, status = rpcctl(name .. " --help")
   check.equal(name .. " --help", { output:match("^rpcctl " .. name .. " ") ~= nil, errors, status }, { true, "", 0 })
   check.equal("--help names " .. name, rpcctl("--help"):find("\n  " .. name .. " ", 1, true) ~= nil, true)
 end
-fails("", 2, "rpcctl: arguments: expected a command (list, describe, get, set, rows, call, watch), found none; "
+fails("", 2, "rpcctl: arguments: expected a command (list, describe, get, rows, watch, set, add, "
+  .. "call, health, backup, restore, diff, help), found none; "
   .. "see rpcctl --help\n")
 fails("lst", 2, "rpcctl: arguments: expected a command (did you mean list?), found 'lst'; see rpcctl --help\n")
 fails("rows vlaninfo --fast", 2, "rpcctl: rows: expected an option of --help, found '--fast'; see rpcctl rows --help\n")
-fails("list >/dev/full", 1, "rpcctl: standard output: expected room for all of it, found a write error\n")
-
--- Completion.
-succeeds("--complete wa", "watch\n")
-succeeds("--complete set svi f", "field1=\nfield3=\n")
-succeeds("--complete describe oltmib_svi", "oltmib_svi_get_1\noltmib_svi_getn_1\noltmib_svi_set_1\n")
-succeeds("--complete rows portr", "portrate\n")
-succeeds("--complete set portr", "\n")
-output = shell.run([[bash -c 'source $LIBRPC_TEST_SOURCE/completion/rpcctl.bash
-  rpcctl() { ]] .. shell.interpreter .. [[ "$LIBRPC_TEST_SOURCE/lua/rpcctl" "$@"; }; compopt() { echo "$@"; }
-  complete_line() { COMP_LINE=$1 COMP_POINT=${#1}; _rpcctl; echo "${COMPREPLY[@]}"; }
-  complete_line "rpcctl get portin"; complete_line "rpcctl set svi na"; complete_line "rpcctl rows svi --l"']])
-check.equal("completion in bash", output, "portinfo portintfmode portinbandan\n-o nospace\nname=\n--limit\n")
+fails("list >/dev/full", 1, "rpcctl: standard output: expected room for all of it, found a write error; "
+  .. "is there room, and may you write there?\n")
 
 -- Failures of calls, each with its exit status.
 local function where(name, service, program)
@@ -181,20 +160,22 @@ local function where(name, service, program)
 end
 shell.tell "fault nsminfo count=1 error system_err"
 fails("get svi field1=1", 7, where("oltmib_svi_get_1", "nsminfo", 50004) .. "the daemon answered that it will not or "
-  .. "cannot carry the call out [RPC: Remote system error]\n")
+  .. "cannot carry the call out [RPC: Remote system error]; the daemon may be of another version, or in trouble: "
+  .. "its log should tell\n")
 shell.tell "fault nsminfo count=1 truncate 4"
 fails("call oltmib_svi_get_1 1", 7, where("oltmib_svi_get_1", "nsminfo", 50004) .. "the daemon's answer is not this "
-  .. "call's reply [RPC: Can't decode result]\n")
+  .. "call's reply [RPC: Can't decode result]; the daemon may be of another version: rpcctl describe shows what is "
+  .. "expected\n")
 shell.tell "stop vrrpinfo"
-fails("get vrrp_ssstate", 4, "127.0.0.1: RPC: Program not registered\n" .. where("oltmib_vrrp_ssstate_get_1",
+fails("get vrrp_ssstate vrid=1", 4, where("oltmib_vrrp_ssstate_get_1",
   "vrrpinfo",
   50013) .. "the daemon has not registered with the port mapper [RPC: Program not registered]; "
-  .. "start the service's daemon; rpcinfo -p lists those that run\n")
+  .. "start the service's daemon; rpcctl health tells which daemons answer\n")
 shell.run("kill $RPCBIND_PID; while kill -0 $RPCBIND_PID; do sleep 0.02; done")
-fails("rows svi", 4, "127.0.0.1: RPC: Unable to receive\n" .. where("oltmib_svi_getn_1", "nsminfo", 50004)
+fails("rows svi", 4, where("oltmib_svi_getn_1", "nsminfo", 50004)
   .. "the port mapper does not answer, so no daemon can be found [RPC: Unable to receive - Connection refused]; "
   .. "start rpcbind\n")
-fails("watch svi --count 2", 4, "127.0.0.1: RPC: Unable to receive\n" .. where("oltmib_svi_getn_1", "nsminfo", 50004)
+fails("watch svi --count 2", 4, where("oltmib_svi_getn_1", "nsminfo", 50004)
   .. "the port mapper does not answer, so no daemon can be found [RPC: Unable to receive - Connection refused]; "
   .. "start rpcbind\n")
 

@@ -9,7 +9,7 @@ set -euo pipefail
 build=$1 libraries=$2 interpreter=$3 test=$4
 source=$(cd "$(dirname "$0")/../.." && pwd)
 export LIBRPC_TEST_SOURCE=$source LIBRPC_BUILD=$libraries
-export LUA_PATH="$source/tests/lua/?.lua;$source/lua/?.lua;;" LUA_CPATH="$libraries/?.so;;"
+export LUA_PATH="$source/tests/lua/?.lua;$source/tests/rpcctl/?.lua;$source/lua/?.lua;;" LUA_CPATH="$libraries/?.so;;"
 # the tests of names bring their own
 export LIBRPC_NAMES=${LIBRPC_TEST_NAMES:-}
 unset LUA_INIT NO_COLOR

@@ -6,7 +6,7 @@ local status = require "librpc.status"
 
 shell.tell "fault nsminfo drop"
 local rpcctl = io.popen(shell.interpreter
-  .. " $LIBRPC_TEST_SOURCE/lua/rpcctl get svi field1=1 2>&1; echo $?") -- waits while we do
+  .. " $LIBRPC_TEST_SOURCE/bin/rpcctl get svi field1=1 2>&1; echo $?") -- waits while we do
 
 local code, sentence
 if not jit then -- whose interpreter's handler ends the process as it likes
@@ -24,7 +24,8 @@ local expected = "oltmib_svi_get_1 (service nsminfo, program 50004): the daemon 
   .. "it may still carry the call out [RPC: Timed out]"
 check.equal("timed out", { code, sentence }, { "timed_out", expected })
 check.equal("rpcctl", rpcctl:read("*a"), "rpcctl: " .. expected
-  .. "; is the daemon stuck? Read the row before you repeat a set\n5\n")
+  .. "; is the daemon stuck? rpcctl health tells which daemons answer; "
+  .. "read the row before you repeat a change\n5\n")
 rpcctl:close()
 
 check.finish()

@@ -181,7 +181,9 @@ constexpr char record[] = R"(---Names and values of fields.
 ---@field done? fun(row: librpc.fields): boolean? # true at the end, which is not a row
 ---@field next? fun(row: librpc.fields): librpc.fields # the fields of the next request
 ---@field limit? integer # rows at most, 100000 if not given
+---@field each? fun(row: librpc.fields): boolean? # takes each row as it comes; false ends the walk
 ---@field seconds? number # that the walk may take
+---@field call_seconds? number # that each of its calls may take
 ---@field ends? integer[] # the results with which a walk ends
 
 ---@class librpc.record.wrong
@@ -197,18 +199,19 @@ local record = {}
 ---The row of a key.
 ---@param name librpc.table|librpc.api|string
 ---@param key? librpc.fields
+---@param options? { call_seconds: number? } # 25 for each call if not given
 ---@return librpc.fields? row
 ---@return string? message
 ---@return string? code
 ---@return librpc.fields? other # a row that is none
-function record.get(name, key) end
+function record.get(name, key, options) end
 
 ---The rows behind a key, all of them without one.
 ---@param name librpc.table|librpc.api|string
 ---@param key? librpc.fields
 ---@param options? librpc.record.options
 ---@return librpc.fields[]? rows
----@return string why # "end" or "res"; of a failure the message
+---@return string why # "end", "res" or "stopped"; of a failure the message
 ---@return librpc.fields|string|nil last # the row that ended them; of a failure the code
 ---@return librpc.fields[]? had # of a failure, the rows so far
 ---@return librpc.fields? ended # and the row that ended them
@@ -225,10 +228,11 @@ function record.walks(list, seconds) end
 ---One call with fields: the row, or a set's status.
 ---@param name librpc.api|string
 ---@param fields? librpc.fields
+---@param options? { call_seconds: number? } # 25 if not given
 ---@return librpc.fields|integer|nil result
 ---@return string? message
 ---@return string? code
-function record.call(name, fields) end
+function record.call(name, fields, options) end
 
 ---Calls with fields at once.
 ---@param list { [1]: librpc.api|string, [2]: librpc.fields|nil }[] # each { api [, fields] }
@@ -238,14 +242,24 @@ function record.call(name, fields) end
 ---@return string? code
 function record.all(list, seconds) end
 
----Changes some fields of a row; with two arguments the key is among them.
+---Changes some fields of a row; without changes the key is among them.
 ---@param name librpc.table|librpc.api|string
 ---@param key librpc.fields
 ---@param changes? librpc.fields
----@return integer? status
+---@param options? { call_seconds: number?, dry_run: boolean?, only: boolean? }
+---@return integer|false|nil status # false of a dry run
 ---@return table<string, { before: any, after: any }>|string changed # of a failure the message
 ---@return string? code
-function record.change(name, key, changes) end
+function record.change(name, key, changes, options) end
+
+---A new row, where the daemon has none of its key.
+---@param name librpc.table|librpc.api|string
+---@param fields librpc.fields
+---@param options? { call_seconds: number?, dry_run: boolean? }
+---@return integer|false|nil status # false of a dry run
+---@return table<string, { after: any }>|string changed # of a failure the message
+---@return string? code
+function record.add(name, fields, options) end
 
 ---Every wrong field of a form; an empty table where all is right.
 ---@param name librpc.api|string

@@ -17,7 +17,7 @@ check() { # TREE
   [ "$("$1/bin/rpcctl" list | wc -l)" = "$apis" ] || fail "$1/bin/rpcctl" "$apis APIs" "another number"
   # no shell looks into a rock's own folder
   local unseen
-  unseen=$(find "$1" -name man1 -o -name man3 -o -name bash-completion)
+  unseen=$(find "$1" -name man1 -o -name man3 -o -name bash-completion -o -name zsh -o -name fish)
   [ -z "$unseen" ] || fail "$1" "no manual pages and completion" "$unseen"
 }
 

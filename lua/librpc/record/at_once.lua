@@ -102,8 +102,8 @@ function Row:take(reply, message, code, details)
   if not row then
     return self:fail(nil, message, code)
   end
-  self.rows[1] = names.present(self.view, row)
-  self:finish("end")
+  local stopped = self:keep(names.present(self.view, row))
+  self:finish(stopped and "stopped" or "end")
 end
 
 -- What walks an item of a list: a walk, or the one row of a table that has no getn.
@@ -126,8 +126,9 @@ local function start(name, key, options)
   if not text then
     return nil, message, code
   end
-  local row = setmetatable({ api = apis.get, view = view, text = text, rows = {},
-    key = calling.by_schema(view, checked) }, Row)
+  local row = setmetatable({ api = apis.get, view = view, text = text, rows = {}, count = 0,
+    key = calling.by_schema(view, checked), each = options and options.each,
+    call_seconds = options and options.call_seconds }, Row)
   if options and options.seconds then
     row:limit_time(options.seconds)
   end
@@ -138,7 +139,7 @@ local kept -- a group that no walk uses; its sockets know the daemons' ports
 
 -- Sends what the walk asks next; one that cannot be sent has ended.
 local function ask(group, walk, by_id)
-  local id, message, code = group:call(walk.api.name, walk.text, walk:left())
+  local id, message, code = group:call(walk.api.name, walk.text, walk:call_left())
   if id then
     by_id[id] = walk
   else

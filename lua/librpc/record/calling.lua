@@ -158,28 +158,48 @@ function calling.exchange(api, text, seconds)
   return reply
 end
 
--- One call with fields: the row by the schema's names, or a set's status.
-function calling.call_api(api, view, fields)
+-- One call with fields, within so many seconds where they are given: the row by the
+-- schema's names, or a set's status.
+function calling.call_api(api, view, fields, seconds)
   local text, message, code = calling.argument_of(api, view, fields)
   if not text then
     return nil, message, code
   end
   local reply
-  reply, message, code = calling.exchange(api, text)
+  reply, message, code = calling.exchange(api, text, seconds)
   if not reply then
     return nil, message, code
   end
   return calling.row_of(api, view, reply)
 end
 
+local option_types = { call_seconds = "number" }
+
+-- The seconds that the options of a function give each call, or nil; false, a message
+-- and a code where the options are wrong. `types` are those it has beside.
+function calling.seconds_of(where, options, types)
+  if options == nil then
+    return nil
+  end
+  local right, message, code = require("librpc.record.problems").check_options(where, options, types or option_types)
+  if not right then
+    return false, message, code
+  end
+  return options.call_seconds
+end
+
 -- One call with named fields: the row, or a set's status.
-function calling.call(name, fields)
+function calling.call(name, fields, options)
   local api, view, code = tables.open(name)
   if not api then
     return nil, view, code
   end
-  local row, message
-  row, message, code = calling.call_api(api, view, fields == nil and {} or fields)
+  local row, seconds, message
+  seconds, message, code = calling.seconds_of("record.call", options)
+  if seconds == false then
+    return nil, message, code
+  end
+  row, message, code = calling.call_api(api, view, fields == nil and {} or fields, seconds)
   if not row then
     return nil, message, code
   end

@@ -1,4 +1,4 @@
--- Changing some fields of one row without losing what the others hold.
+-- Changing some fields of one row without losing what the others hold, and adding a row.
 local calling = require "librpc.record.calling"
 local reading = require "librpc.record.reading"
 local tables = require "librpc.record.tables"
@@ -69,43 +69,89 @@ local function texts_of(set, view, row, changes)
   return texts
 end
 
--- What a set changed, by its fields' names: each { before, after } where they differ.
+-- What a field holds as a reader has it, and whether two such are the same.
+local function presented(view, field, value)
+  local words = view.words[field]
+  return words and words[value] or value
+end
+
+local function same(a, b)
+  return (type(a) == "table" and table.concat(a, ",") or a) == (type(b) == "table" and table.concat(b, ",") or b)
+end
+
+-- What a set changes, by its fields' names: each { before, after } where they differ.
 local function difference(set, view, row, changes, texts)
   local inputs, changed = tables.inputs_of(set), {}
   for field in pairs(changes) do
     local before, after = row[field], value_of(texts[field], inputs[field])
-    local is_list = type(before) == "table"
-    if (is_list and table.concat(before, ",") or before) ~= (is_list and table.concat(after, ",") or after) then
-      local words = view.words[field] or {}
+    if not same(before, after) then
       changed[view.name[field] or field] = {
-        before = words[before] or before,
-        after = words[after] or after,
+        before = presented(view, field, before),
+        after = presented(view, field, after),
       }
     end
   end
   return changed
 end
 
--- Changes some fields of one row: reads the row of `key`, puts the changes in and
--- sends all of it back. The status of the set, and what differs from the row as it
--- was read: by field { before, after }. With two arguments the key is among the
--- fields.
-function changing.change(name, key, changes)
+-- What a position without a value is sent as.
+local blanks = { int = "0", unsigned = "0", real = "0" }
+
+-- The changes, and every other field as 0 or empty.
+local function alone(set, view, changes)
+  local all, texts = {}, {}
+  for _, position in ipairs(set.input) do
+    local field = position.name
+    if changes[field] ~= nil then
+      all[field], texts[field] = true, to_text[position.kind](changes[field], position, set)
+    elseif blanks[position.kind] and field ~= view.res and field ~= view.oper then
+      all[field], texts[field] = true, blanks[position.kind]
+    elseif position.kind == "text" then
+      all[field], texts[field] = true, ""
+    end
+  end
+  return texts, all
+end
+
+local change_options = { call_seconds = "number", dry_run = "boolean", only = "boolean" }
+local add_options = { call_seconds = "number", dry_run = "boolean" }
+
+-- Sends the texts of a set: its status, or nil, a message and a code.
+local function send(set, view, texts, seconds)
+  local argument, gap = calling.join(set, texts)
+  if not argument then
+    return fail("empty_text", set.name .. ": " .. (view.name[gap] or gap),
+      "a text that is not empty, because the fields behind it would move up", "")
+  end
+  local reply, message, code = calling.exchange(set, argument, seconds)
+  if not reply then
+    return nil, message, code
+  end
+  return calling.row_of(set, view, reply)
+end
+
+-- What both change and add begin with: the APIs, the view, the set, the key (`among`
+-- the fields that are given, or its own), the seconds of each call; nil, a message and
+-- a code.
+local function open(where, name, given, key, among, options, types)
   local apis, view, table_name = reading.open(name)
   if not apis then
     return nil, view, table_name
   end
-  local set, message, code = tables.find(table_name, "set")
+  local seconds, message, code = calling.seconds_of(where, options, types)
+  if seconds == false then
+    return nil, message, code
+  end
+  local set, text
+  set, message, code = tables.find(table_name, "set")
   if not set then
     return nil, message, code
   end
-  local text
-  local given = changes == nil and key or changes
   text, message, code = calling.argument_of(set, view, given)
   if not text then
     return nil, message, code
   end
-  if changes == nil then
+  if among then
     key, message, code = key_among(apis, view, table_name, given)
   else
     key, message, code = reading.checked_key(apis, view, table_name, key)
@@ -117,28 +163,79 @@ function changing.change(name, key, changes)
   if not text then
     return nil, message, code
   end
+  return { apis = apis, view = view, set = set, key = calling.by_schema(view, key), table_name = table_name,
+    plain = calling.by_schema(view, given), seconds = seconds or nil }
+end
+
+-- Changes some fields of one row: reads the row of `key`, puts the changes in and
+-- sends all of it back. The status of the set, and what differs from the row as it
+-- was read: by field { before, after }. Without changes the key is among the fields.
+-- Options:
+--   only          the others are sent as 0 or empty, whatever the row has
+--   dry_run       nothing is sent: the status is false
+--   call_seconds  that each call may take
+function changing.change(name, key, changes, options)
+  local given = changes == nil and key or changes
+  local at, message, code = open("record.change", name, given, key, changes == nil, options, change_options)
+  if not at then
+    return nil, message, code
+  end
+  local set, view = at.set, at.view
   local row, other
-  row, message, code, other = reading.read_row(apis, view, calling.by_schema(view, key))
+  row, message, code, other = reading.read_row(at.apis, view, at.key, at.seconds)
   if not row then
     return nil, message, code, other
   end
-  local plain = calling.by_schema(view, given)
-  local texts, field = texts_of(set, view, row, plain)
+  local texts, sent
+  if options and options.only then
+    texts, sent = alone(set, view, at.plain)
+  else
+    texts, sent = texts_of(set, view, row, at.plain), at.plain
+  end
   if not texts then
+    local _, field = texts_of(set, view, row, at.plain)
     return fail("not_carried", set.name .. ": " .. (view.name[field] or field),
       "a value, because the argument cannot carry the row's own", row[field], view.secret[field] and "a secret" or nil)
   end
-  local reply
-  reply, message, code = calling.exchange(set, calling.join(set, texts))
-  if not reply then
+  local result = false
+  if not (options and options.dry_run) then
+    result, message, code = send(set, view, texts, at.seconds)
+    if not result then
+      return nil, message, code
+    end
+  end
+  return result, difference(set, view, row, sent, texts)
+end
+
+-- A new row: sends the fields, all others as 0 or empty, where the daemon has no row
+-- of that key. The status of the set, and what the row got: by field { after }.
+-- Options as of change, but for `only`.
+function changing.add(name, fields, options)
+  local at, message, code = open("record.add", name, fields, nil, true, options, add_options)
+  if not at then
     return nil, message, code
   end
-  local result
-  result, message, code = calling.row_of(set, view, reply)
-  if not result then
+  local set, view = at.set, at.view
+  local row
+  row, message, code = reading.read_row(at.apis, view, at.key, at.seconds)
+  if row then
+    return fail("row_exists", set.name, "a key of which there is no row", nil,
+      next(at.key) == nil and "a table of one row" or "a row")
+  elseif code ~= "no_row" then
     return nil, message, code
   end
-  return result, difference(set, view, row, plain, texts)
+  local texts = {}
+  for field, value in pairs(at.plain) do
+    texts[field] = to_text[tables.inputs_of(set)[field].kind](value, tables.inputs_of(set)[field], set)
+  end
+  local result = false
+  if not (options and options.dry_run) then
+    result, message, code = send(set, view, texts, at.seconds)
+    if not result then
+      return nil, message, code
+    end
+  end
+  return result, difference(set, view, {}, at.plain, texts)
 end
 
 return changing

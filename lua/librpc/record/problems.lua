@@ -1,6 +1,6 @@
 -- What librpc.record says when something is wrong: the codes, the shape of a
 -- message, the suggestion for a misspelt name. Loaded when the first is wanted.
-local output = require "librpc.output"
+local printable = require "librpc.record.printable"
 local schema = require "librpc.schema"
 
 local problems = {}
@@ -25,6 +25,7 @@ problems.codes = {
   empty_text = "an empty text where the fields behind it would move up",
   no_key = "the fields that say which row are missing",
   no_row = "the daemon has no such row",
+  row_exists = "the daemon has such a row already",
   not_carried = "a field that cannot be sent back as it was read",
   cut_reply = "the reply is as long as it can be: its end may be missing",
   bad_text = "the reply's text is not the API's",
@@ -56,7 +57,7 @@ local function beginning_of(text)
 end
 
 local function quoted(text)
-  local shown = output.printable(beginning_of(text)):gsub('"', '\\"')
+  local shown = printable.line(beginning_of(text)):gsub('"', '\\"')
   return '"' .. shown .. '"' .. (characters_of(text) > most_shown and "..." or "")
 end
 
@@ -85,20 +86,23 @@ function problems.fail(code, where, expected, found)
   return nil, ("%s: expected %s, found %s"):format(where, expected, found), code
 end
 
--- How many single edits lie between two names.
+-- How many single edits lie between two names; two letters that changed places are one.
 local function distance(a, b)
-  local row = {}
+  local before, row = nil, {}
   for j = 0, #b do
     row[j] = j
   end
   for i = 1, #a do
-    local diagonal = row[0]
-    row[0] = i
+    local last = row
+    row = { [0] = i }
     for j = 1, #b do
-      local edit = a:byte(i) == b:byte(j) and diagonal or diagonal + 1
-      diagonal = row[j]
-      row[j] = math.min(edit, row[j] + 1, row[j - 1] + 1)
+      local edit = a:byte(i) == b:byte(j) and 0 or 1
+      row[j] = math.min(last[j - 1] + edit, last[j] + 1, row[j - 1] + 1)
+      if before and j > 1 and a:byte(i) == b:byte(j - 1) and a:byte(i - 1) == b:byte(j) then
+        row[j] = math.min(row[j], before[j - 2] + 1)
+      end
     end
+    before = last
   end
   return row[#b]
 end

@@ -22,10 +22,10 @@ local function is_asked_for(api, view, key, row)
 end
 
 -- The row of a table that has no get, found by walking it.
-local function find_row(getn, view, key)
-  local walk, message, code = require("librpc.record.walking").start(getn.name)
+local function find_row(getn, view, key, seconds)
+  local walk, message, code = require("librpc.record.walking").start(getn.name, nil, { call_seconds = seconds })
   while walk and walk.text do
-    walk:take(calling.exchange(walk.api, walk.text))
+    walk:take(calling.exchange(walk.api, walk.text, walk:call_left()))
     local row = walk.rows[#walk.rows]
     row = row and calling.by_schema(view, row)
     if row and is_asked_for(getn, view, key, row) then
@@ -59,13 +59,14 @@ function reading.accept(api, view, key, row)
 end
 
 -- The row of a key (by the schema's names), by the schema's names; nil, a message,
--- a code and, where the daemon gave one that is no such row, that row.
-function reading.read_row(apis, view, key)
+-- a code and, where the daemon gave one that is no such row, that row. Each call has
+-- so many seconds where they are given.
+function reading.read_row(apis, view, key, seconds)
   local api = apis.get
   if not api then
-    return find_row(apis.getn, view, key)
+    return find_row(apis.getn, view, key, seconds)
   end
-  local row, message, code = calling.call_api(api, view, key)
+  local row, message, code = calling.call_api(api, view, key, seconds)
   if not row then
     return nil, message, code
   end
@@ -114,13 +115,18 @@ end
 -- The row of a key, which is a table of the fields that say which row; nil where
 -- the table has one row. Where there is no such row nil, a message, "no_row" and
 -- the row that the daemon gave.
-function reading.get(name, key)
+function reading.get(name, key, options)
   local apis, view, table_name = reading.open(name)
   if not apis then
     return nil, view, table_name
   end
+  local seconds, message, code = calling.seconds_of("record.get", options)
+  if seconds == false then
+    return nil, message, code
+  end
   local api = apis.get or apis.getn
-  local checked, message, code = reading.checked_key(apis, view, table_name, key)
+  local checked
+  checked, message, code = reading.checked_key(apis, view, table_name, key)
   if not checked then
     return nil, message, code
   end
@@ -130,7 +136,7 @@ function reading.get(name, key)
     return nil, message, code
   end
   local row, given
-  row, message, code, given = reading.read_row(apis, view, calling.by_schema(view, checked))
+  row, message, code, given = reading.read_row(apis, view, calling.by_schema(view, checked), seconds)
   if not row then
     return nil, message, code, given
   end

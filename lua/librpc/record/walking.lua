@@ -4,7 +4,7 @@
 --
 --     local walk = walking.start("portinfo", key, options)
 --     while walk.text do
---       walk:take(calling.exchange(walk.api, walk.text, walk:left()))
+--       walk:take(calling.exchange(walk.api, walk.text, walk:call_left()))
 --     end
 --     return walk:result()
 local calling = require "librpc.record.calling"
@@ -17,7 +17,8 @@ local fail = tables.fail
 
 local default_limit = 100000 -- rows of one walk
 
-local option_types = { done = "function", next = "function", limit = "number", seconds = "number", ends = "table" }
+local option_types = { done = "function", each = "function", next = "function", limit = "number", seconds = "number",
+  call_seconds = "number", ends = "table" }
 
 -- What of a row an argument of the API carries back: no counters, no raw bytes,
 -- not the operation and the result. Where runs of delimiters count as one, only
@@ -60,7 +61,7 @@ end
 -- Ends it because its time is over.
 function Walk:fail_late()
   self:fail(fail("deadline", self.api.name, ("the end within %.14g seconds"):format(self.seconds), nil,
-    ("%d rows and no end"):format(#self.rows)))
+    ("%d rows and no end"):format(self.count)))
 end
 
 -- Gives the walk so many seconds from now on, where it has not fewer.
@@ -75,6 +76,12 @@ end
 -- The seconds that it still has; nil where there is no deadline.
 function Walk:left()
   return self.deadline and math.max(self.deadline - self.clock(), 0)
+end
+
+-- The seconds that its next call has; nil where nobody said.
+function Walk:call_left()
+  local left = self:left()
+  return left and self.call_seconds and math.min(left, self.call_seconds) or left or self.call_seconds
 end
 
 -- Ends it as it should.
@@ -113,10 +120,20 @@ local is_late = { timed_out = true, not_sent = true }
 
 -- Ends it because a call had no reply.
 function Walk:fail_call(message, code, details)
-  if self.deadline and is_late[code] then
+  if self.deadline and is_late[code] and not (self.call_seconds and self:left() > 0) then
     return self:fail_late()
   end
   return self:fail(nil, message, code, details)
+end
+
+-- Keeps a row, or hands it to who asked for each as it comes: true where that one
+-- wants no more.
+function Walk:keep(presented)
+  self.count = self.count + 1
+  if self.each then
+    return self.each(presented) == false
+  end
+  self.rows[self.count] = presented
 end
 
 -- Takes the reply to `text`, or nil, a message, a code and perhaps details, and says
@@ -139,12 +156,13 @@ function Walk:take(reply, message, code, details)
     return self:fail(fail(why, self.api.name .. ": res", "0, or what stands for the end", row[self.view.res]))
   elseif why then
     return self:finish(why)
-  elseif #self.rows >= self.limit then
+  elseif self.count >= self.limit then
     self.last = presented
     return self:fail(fail("too_many_rows", self.api.name, ("at most %d rows"):format(self.limit), nil, "more"))
   end
-  self.rows[#self.rows + 1] = presented
-  if self:left() == 0 then
+  if self:keep(presented) then
+    return self:finish("stopped")
+  elseif self:left() == 0 then
     return self:fail_late()
   end
   local fields
@@ -160,8 +178,8 @@ function Walk:take(reply, message, code, details)
   self:ask(fields)
 end
 
--- The rows, why they ended ("end", or "res" where nobody said what the result that
--- ended them means) and the row that ended them; of a failure nil, a message, a
+-- The rows, why they ended ("end", "res" where nobody said what the result that
+-- ended them means, "stopped" by `each`) and the row that ended them; of a failure nil, a message, a
 -- code, the rows so far and the row that ended them.
 function Walk:result()
   if self.code then
@@ -195,8 +213,10 @@ end
 --   next(row)  the fields of the request for the row behind this one
 --   ends       a list of the results with which a walk ends; any other that is not
 --              0 is then a failure
+--   each(row)  takes each row as it comes, and none is kept; false ends the walk ("stopped")
 --   limit      rows at most, 100000 if not given
 --   seconds    that the walk may take: its calls get what is left of them
+--   call_seconds  that each of its calls may take
 function walking.start(name, key, options)
   local api, message, code = getn_of(name)
   if not api then
@@ -213,8 +233,9 @@ function walking.start(name, key, options)
     return nil, message, code
   end
   options = options or {}
-  local walk = setmetatable({ api = api, view = view, rows = {}, asked = {}, done = options.done, next = options.next,
-    limit = options.limit or default_limit, ends = view.ends }, Walk)
+  local walk = setmetatable({ api = api, view = view, rows = {}, count = 0, asked = {}, done = options.done,
+    each = options.each, next = options.next, limit = options.limit or default_limit,
+    call_seconds = options.call_seconds, ends = view.ends }, Walk)
   if options.ends then
     walk.ends = {}
     for _, result in ipairs(options.ends) do
@@ -244,7 +265,7 @@ function walking.rows(name, key, options)
     return nil, message, code, {}
   end
   while walk.text do
-    walk:take(calling.exchange(walk.api, walk.text, walk:left()))
+    walk:take(calling.exchange(walk.api, walk.text, walk:call_left()))
   end
   return walk:result()
 end

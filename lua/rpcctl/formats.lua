@@ -1,0 +1,361 @@
+-- The forms in which rows are printed, as they come. A form is a function of `forms`:
+-- it takes the columns and the settings, and gives { row(row), finish() }. A column is
+-- a field of names.fields, or has `name` and `of(row)`; settings are
+--   chosen     the columns were asked for, so that none is left out
+--   header     a line of names where the form has none of its own
+--   secrets    show them
+--   people     standard output is a terminal
+local ending = require "rpcctl.ending"
+local output = require "rpcctl.output"
+local terminal = require "rpcctl.terminal"
+
+local formats = {}
+local forms = {}
+
+formats.names = { "table", "vertical", "tsv", "csv", "json", "jsonl", "kv" }
+
+-- A column's value in a row, secrets as "(set)".
+local function value_of(column, row, settings)
+  local value
+  if column.of then
+    value = column.of(row)
+  else
+    value = row[column.name]
+  end
+  if column.secret and not settings.secrets then
+    return (value ~= nil and value ~= "") and "(set)" or ""
+  end
+  return value
+end
+
+local function cell_of(column, row, settings)
+  local value = value_of(column, row, settings)
+  local cell = output.cell(value)
+  return column.style and { cell, column.style(row) or nil } or cell
+end
+
+local function text_of(cell)
+  return type(cell) == "table" and cell[1] or cell
+end
+
+local function cells_of(columns, row, settings)
+  local cells = {}
+  for i, column in ipairs(columns) do
+    cells[i] = cell_of(column, row, settings)
+  end
+  return cells
+end
+
+local function header_of(columns)
+  local cells = {}
+  for i, column in ipairs(columns) do
+    cells[i] = { column.name, "header" }
+  end
+  return cells
+end
+
+-- Forms of a line a row.
+local function by_line(line_of)
+  return function(columns, settings)
+    local writer = {}
+    function writer.row(_, row)
+      ending.write(line_of(columns, row, settings), "\n")
+      ending.flush()
+    end
+    function writer.finish() end
+    return writer
+  end
+end
+
+local function joined(columns, row, settings, separator, quote)
+  local cells = {}
+  for i, cell in ipairs(cells_of(columns, row, settings)) do
+    cells[i] = quote(text_of(cell), columns[i])
+  end
+  return table.concat(cells, separator)
+end
+
+local function as_is(text)
+  return text
+end
+
+-- A form of lines with a line of names above them.
+local function with_header(form, columns, settings, separator, quote)
+  local inner, writer, named = form(columns, settings), {}, {}
+  for i, column in ipairs(columns) do
+    named[i] = quote(column.name)
+  end
+  local header = table.concat(named, separator) .. "\n"
+  local function begin()
+    if header then
+      ending.write(header)
+      header = nil
+    end
+  end
+  function writer.row(_, row)
+    begin()
+    inner:row(row)
+  end
+  function writer.finish()
+    begin()
+  end
+  return writer
+end
+
+local tab_lines = by_line(function(columns, row, settings)
+  return joined(columns, row, settings, "\t", as_is)
+end)
+
+function forms.tsv(columns, settings)
+  return settings.header and with_header(tab_lines, columns, settings, "\t", as_is) or tab_lines(columns, settings)
+end
+
+local function csv_quoted(text)
+  return text:find('[",\r\n]') and '"' .. text:gsub('"', '""') .. '"' or text
+end
+
+local comma_lines = by_line(function(columns, row, settings)
+  return joined(columns, row, settings, ",", csv_quoted)
+end)
+
+function forms.csv(columns, settings)
+  return with_header(comma_lines, columns, settings, ",", csv_quoted)
+end
+
+-- A text as a word of a line of NAME=VALUE; output.cell has escaped it.
+function formats.word(text)
+  if text == "" or text:find('[%s"#\'$`;&|<>()*?~!]') then
+    return '"' .. text:gsub('"', '\\"') .. '"'
+  end
+  return text
+end
+
+forms.kv = by_line(function(columns, row, settings)
+  return joined(columns, row, settings, " ", function(text, column)
+    return column.name .. "=" .. formats.word(text)
+  end)
+end)
+
+-- A row in the shape that JSON has it, and the order of its keys.
+local function object_of(columns, row, settings)
+  local object, order = {}, {}
+  for i, column in ipairs(columns) do
+    order[i] = column.name
+    object[column.name] = value_of(column, row, settings)
+  end
+  return output.json(object, order)
+end
+formats.object = object_of
+
+forms.jsonl = by_line(object_of)
+
+function forms.json(columns, settings)
+  local writer, count = {}, 0
+  function writer.row(_, row)
+    ending.write(count == 0 and "[" or ",\n", object_of(columns, row, settings))
+    ending.flush()
+    count = count + 1
+  end
+  function writer.finish()
+    ending.write(count == 0 and "[]\n" or "]\n")
+  end
+  return writer
+end
+
+function forms.vertical(columns, settings)
+  local writer, count, widest = {}, 0, 0
+  for _, column in ipairs(columns) do
+    widest = math.max(widest, output.width(column.name))
+  end
+  local coloured = settings.people and terminal.is_coloured()
+  function writer.row(_, row)
+    local lines = { count > 0 and "\n" or "" }
+    for _, column in ipairs(columns) do
+      local cell = cell_of(column, row, settings)
+      local empty = text_of(cell) == ""
+      if not settings.people then
+        lines[#lines + 1] = output.line({ column.name, cell })
+      elseif settings.chosen or not (empty or column.minor) then
+        local unit = column.unit and not empty and " " .. column.unit or ""
+        lines[#lines + 1] = output.styled(column.name, "header", coloured)
+          .. (" "):rep(widest - output.width(column.name) + 2)
+          .. (type(cell) == "table" and output.styled(cell[1], cell[2], coloured) or cell) .. unit .. "\n"
+      end
+    end
+    ending.write(table.concat(lines))
+    ending.flush()
+    count = count + 1
+  end
+  function writer.finish() end
+  return writer
+end
+
+local least_width = 12 -- to which a column may shrink
+local most_width = 40
+
+-- The columns that are shown of those that hold something, and their widths; the
+-- others' names; nil where those asked for do not fit.
+local function choose(columns, rows, settings, room)
+  local kept, widths, left_out, total = {}, {}, {}, 0
+  local natural = {}
+  for _, column in ipairs(columns) do
+    local wanted, empty = 0, true
+    for _, cells in ipairs(rows) do
+      local text = text_of(cells[column])
+      wanted = math.max(wanted, output.width(text))
+      empty = empty and text == ""
+    end
+    if settings.chosen or not (column.minor or empty and #rows > 0 and not column.key) then
+      kept[#kept + 1] = column
+      natural[column] = math.max(output.width(column.name), room and math.min(wanted, most_width) or wanted)
+    elseif not (column.minor or empty) then
+      left_out[#left_out + 1] = column.name
+    end
+  end
+  if not room then
+    for i, column in ipairs(kept) do
+      widths[i] = natural[column]
+    end
+    return kept, widths, left_out
+  end
+  -- each shrunk as far as it may be, then as many as fit, then widened again
+  local shown = {}
+  for _, column in ipairs(kept) do
+    local least = math.max(output.width(column.name), math.min(natural[column], least_width))
+    local more = least + (#shown > 0 and 2 or 0)
+    if total + more <= room then
+      shown[#shown + 1], widths[#shown + 1] = column, least
+      total = total + more
+    elseif settings.chosen then
+      return nil
+    else
+      left_out[#left_out + 1] = column.name
+    end
+  end
+  for i, column in ipairs(shown) do
+    local more = math.min(natural[column] - widths[i], room - total)
+    widths[i], total = widths[i] + more, total + more
+  end
+  return shown, widths, left_out
+end
+
+local enough_rows, enough_seconds = 100, 0.5 -- after which the columns are chosen
+
+function forms.table(columns, settings)
+  local clock = require "librpc.record.clock"
+  local writer, waiting, began = {}, {}, clock()
+  local room = settings.people and terminal.size() or nil
+  local coloured = settings.people and terminal.is_coloured()
+  local shown, widths, left_out, instead
+  local function put(cells)
+    local line = {}
+    for i, column in ipairs(shown) do
+      line[i] = cells[column]
+    end
+    ending.write(output.line(line, widths, coloured))
+  end
+  local function begin()
+    local rows = {}
+    for i, row in ipairs(waiting) do
+      rows[i] = {}
+      for _, column in ipairs(columns) do
+        rows[i][column] = cell_of(column, row, settings)
+      end
+    end
+    shown, widths, left_out = choose(columns, rows, settings, room)
+    if not shown then
+      instead = forms.vertical(columns, settings)
+      for _, row in ipairs(waiting) do
+        instead:row(row)
+      end
+    else
+      ending.write(output.line(header_of(shown), widths, coloured))
+      for _, cells in ipairs(rows) do
+        put(cells)
+      end
+    end
+    waiting = nil
+    ending.flush()
+  end
+  function writer.row(_, row)
+    if instead then
+      return instead:row(row)
+    elseif waiting then
+      waiting[#waiting + 1] = row
+      if #waiting >= enough_rows or clock() - began >= enough_seconds then
+        begin()
+      end
+      return
+    end
+    local cells = {}
+    for _, column in ipairs(shown) do
+      cells[column] = cell_of(column, row, settings)
+    end
+    put(cells)
+    ending.flush()
+  end
+  function writer.finish()
+    if waiting and (#waiting > 0 or settings.people) then
+      begin()
+    end
+    if settings.people and not instead and left_out and #left_out > 0 then
+      local note = "not shown for want of room: " .. table.concat(left_out, " ")
+      ending.write(output.styled(output.fitted(note, room), "note", coloured), "\n")
+    end
+  end
+  return writer
+end
+
+-- What writes rows in a form.
+function formats.writer(form, columns, settings)
+  return forms[form](columns, settings)
+end
+
+-- One table of rows at once, cut to what the terminal has room for: for watch.
+function formats.screen(columns, list, settings, room)
+  local rows = {}
+  for i, row in ipairs(list) do
+    rows[i] = {}
+    for _, column in ipairs(columns) do
+      rows[i][column] = cell_of(column, row, settings)
+    end
+  end
+  local chosen = settings.chosen
+  local shown, widths, left_out = choose(columns, rows, settings, room)
+  if not shown then -- asked for and too wide: as many as there is room for
+    settings.chosen = false
+    shown, widths, left_out = choose(columns, rows, settings, room)
+    settings.chosen = chosen
+  end
+  local coloured = settings.people and terminal.is_coloured()
+  local lines = { output.line(header_of(shown), widths, coloured) }
+  for i, cells in ipairs(rows) do
+    local line = {}
+    for n, column in ipairs(shown) do
+      line[n] = cells[column]
+    end
+    lines[i + 1] = output.line(line, widths, coloured)
+  end
+  return lines, left_out
+end
+
+-- The options that choose a form; commands that print rows have them.
+formats.options = {
+  { "format", "FORM", "one of " .. table.concat(formats.names, ", "), one_of = formats.names },
+  { "json", nil, "the same as --format json" },
+  { "header", nil, "a line of names with tsv, too" },
+  { "fields", "NAME,...", "only these fields, in this order; all: every one", what = "fields" },
+  { "show-secrets", nil, "print secrets, not (set)" },
+}
+
+-- The form and the settings that a command's options say. In a pipe a row is a line
+-- with tabs, on a terminal what `default` says, or a table.
+function formats.settings(options, default)
+  local people = terminal.is(1)
+  local form = options.format or options.json and "json" or people and (default or "table")
+    or default == "vertical" and "vertical" or "tsv"
+  return form, { chosen = options.fields ~= nil, header = options.header, secrets = options["show-secrets"],
+    people = people }
+end
+
+return formats

@@ -1,0 +1,78 @@
+-- Which rows: FIELD=VALUE and its like mean the same with every command that reads.
+local check = require "check"
+local tool = require "tool"
+local prints, fails = tool.prints, tool.fails
+
+-- Either name, words and numbers, each operator
+for _, row in ipairs {
+  { "link=down", "5\n6\n" }, { "field5=0", "5\n6\n" }, { "link=0", "5\n6\n" }, { "link!=up", "5\n6\n" },
+  { "'port>=7'", "7\n8\n" }, { "'port>7'", "8\n" }, { "'port<2'", "1\n" }, { "'port<=2'", "1\n2\n" },
+  { "'speed>=1000' 'port<3'", "1\n2\n" }, { "name~E7", "7\n" }, { "'description~line ?'", "7\n8\n" },
+  { "'name!~ge[1-8]' port=1", "1\n" }, { "description= port=5", "5\n" }, { "port=9", "" }, { "name=ge", "" },
+} do
+  prints("rows portinfo --fields port " .. row[1], row[2])
+end
+prints("rows fdb --fields mac mac=001e80bb0007", "00-1E-80-BB-00-07\n")
+prints("rows portstat --fields port 'counter9>00000000000000000000' 'port<3'", "1\n2\n")
+prints("rows portstat --fields port 'counter9>99999999999999999999'", "")
+prints("rows portstat --fields port 'counter9>9' 'counter9!=9' 'port<3'", "1\n2\n") -- as numbers, not as texts
+prints("get portinfo name=ge3 --fields port", "port\t3\n")
+prints("rows telnet --fields tcp_port", "23\n") -- a table of one row has one
+prints("rows telnet tcp_port=24", "")
+local output = tool.run "rpcctl watch portinfo link=down --count 1 --fields port | cut -f 3"
+check.equal("watch takes the same filters", output, "5\n6\n")
+
+-- A field that there is not, a value that none can have
+fails("rows portinfo bogus=4 --fields port", 2, "rpcctl: rows: portinfo: expected one of port, name, description, "
+  .. "enabled, "
+  .. "link, speed, duplex, mode, wanted_mode, field13, medium, mtu, field16, field17, field18, field19, field20, "
+  .. "field21, "
+  .. 'field23, field24, field25, field26, oper, res, found "bogus"; rpcctl describe TABLE shows the fields\n')
+fails("rows portinfo link=upp", 2, "rpcctl: rows: portinfo: link: expected a number, or one of \"down\", \"up\", found "
+  .. '"upp"; rpcctl describe TABLE shows the fields\n')
+fails("rows fdb mac=zz", 2, 'rpcctl: rows: fdb: mac: expected a MAC address such as 00-11-22-AA-BB-CC, found "zz"; '
+  .. "write it as 00-1e-80-aa-00-01\n")
+fails("rows portinfo 3", 2, "rpcctl: rows: expected FIELD=VALUE (or != < <= > >= ~ !~), found '3'; see rpcctl rows "
+  .. "--help\n")
+
+-- Where a walk begins and ends
+prints("rows portinfo --after port=6 --fields port", "7\n8\n")
+prints("rows portinfo --after ifx=6 --fields port", "7\n8\n")
+prints("rows mstp_if --after instance=0 --after port=6 --fields port", "7\n8\n")
+prints("rows portinfo --end port=3 --fields port", "1\n2\n")
+prints("rows portinfo --end 'port>=3' --fields port", "1\n2\n")
+prints("rows portinfo --limit 2 --fields port", "1\n2\n")
+prints("rows portinfo --limit 1 --fields port link=down", "5\n")
+fails("rows portinfo --end ifx", 2,
+  "rpcctl: rows: expected FIELD=VALUE (or != < <= > >= ~ !~), found 'ifx'; see rpcctl rows --help\n")
+fails("rows portinfo --end bogs=4", 2, "rpcctl: rows: portinfo: expected one of port, name, description, enabled, "
+  .. "link, "
+  .. "speed, duplex, mode, wanted_mode, field13, medium, mtu, field16, field17, field18, field19, field20, field21, "
+  .. 'field23, field24, field25, field26, oper, res, found "bogs"; rpcctl describe TABLE shows the fields\n')
+fails("rows telnet --after tcp_port=1", 2,
+  "rpcctl: rows: telnet: expected a table that is walked, for --after, found no getn\n")
+local calls_before = tool.run "$SIM_DEVICE --tell $SIM_CONTROL count oltmib_portinfo_getn_1"
+tool.run "rpcctl rows portinfo --limit 2 --fields port"
+local calls_after = tool.run "$SIM_DEVICE --tell $SIM_CONTROL count oltmib_portinfo_getn_1"
+check.equal("--limit asks for no more rows than it shows", tonumber(calls_after) - tonumber(calls_before), 2)
+
+-- The order
+prints("rows portinfo --sort -port --limit 3 --fields port", "8\n7\n6\n")
+prints("rows vlaninfo --sort name --fields name", "default\nvideo\nvoice\n")
+prints("rows vlaninfo --sort -field3 --fields name", "voice\nvideo\ndefault\n")
+local _, _, sorted = tool.run "rpcctl rows portstat --sort counter26 --fields counter26 | sort -c -n"
+check.equal("counters sort as numbers", sorted, 0)
+_, _, sorted = tool.run "rpcctl rows portstat --sort -counter26 --fields counter26 | sort -c -n -r"
+check.equal("counters sort as numbers, from high to low", sorted, 0)
+
+-- One row by what it has
+fails("get portinfo link=up", 2, "rpcctl: get: portinfo: expected one row with link=up, found port=1 and port=2\n")
+fails("get portinfo", 2, "rpcctl: get: portinfo: expected port=..., which says which row, found no such word; "
+  .. "rpcctl rows TABLE shows every row\n")
+fails("get portinfo port=99", 6, "rpcctl: get: portinfo: expected a row with port=99, found none; "
+  .. "rpcctl rows TABLE shows every row, rpcctl add makes one\n")
+fails("get mstp_if instance=0 port=99", 6, "rpcctl: get: mstp_if: expected a row with instance=0 port=99, found none; "
+  .. "rpcctl rows TABLE shows every row, rpcctl add makes one\n")
+prints("get mstp_if instance=0 port=3 --fields port_name", "port_name\tge3\n")
+
+check.finish()

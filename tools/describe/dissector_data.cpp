@@ -78,7 +78,8 @@ local records = {
             << service->title << "\",\n        procedures = {\n";
         for (const Api& api : *service)
             out << "            [" << api.procedure << "] = { name = \"" << api.name << "\", table = \""
-                << table_of(api) << "\"" << record_or_nothing("request", api.request) << record_or_nothing("reply", api.reply) << " },\n";
+                << table_of(api) << "\"" << record_or_nothing("request", api.request)
+                << record_or_nothing("reply", api.reply) << " },\n";
         out << "        },\n    },\n";
     }
     out << "}\n";

@@ -65,6 +65,7 @@ left=$(find / -xdev \( -path /proc -o -path /var/cache -o -path /packages \) -pr
 END
 
 wanted=$(dpkg-deb --field "$(echo "$folder"/lua-librpc_*.deb)" Depends | sed -n 's/.*libc6 (>= \([0-9.]*\)).*/\1/p')
+# shellcheck disable=SC2016 # dpkg-query's own
 has=$(chroot "$root" dpkg-query -W -f '${Version}' libc6)
 has=${has%%-*}
 status=0
@@ -73,7 +74,9 @@ if dpkg --compare-versions "$has" lt "$wanted"; then
   grep -q "lua-librpc.* Depends: libc6 (>= $wanted) but" "$root.log" ||
     fail apt "a sentence that libc6 is older than $wanted" "$(tail -n 5 "$root.log")"
   installed=$(chroot "$root" dpkg-query -W 2>/dev/null | grep -E 'rpcctl|librpc' || true)
-  [ "$status" != 0 ] && [ -z "$installed" ] || fail apt "nothing installed" "$installed"
+  if [ "$status" = 0 ] || [ -n "$installed" ]; then
+    fail apt "nothing installed" "$installed"
+  fi
   echo "package: $suite: libc6 $has: refused: $(sed -n 's/^ *\(lua-librpc.*Depends: libc6.*\)/\1/p' "$root.log" | head -n 1)"
 else
   [ "$status" = 0 ] || fail apt "installed packages" "$(tail -n 5 "$root.log")"

@@ -68,7 +68,7 @@ for package in "$work"/packages/*; do
 done
 run="env -i PATH=/usr/bin:/usr/sbin LUA_PATH=/usr/lib/lua/?.lua LUA_CPATH=/usr/lib/lua/?.so LD_LIBRARY_PATH=/usr/lib chroot $root"
 # shellcheck disable=SC2086 # a command and its options
-found=$(tools/with_device.sh "$device" -- $run rpcctl get devinfo 2>&1) || fail rpcctl "a row" "$found"
+found=$(tools/with_device.sh "$device" -- $run rpcctl call oltmib_devinfo_get_1 '' 2>&1) || fail rpcctl "a row" "$found"
 [[ $found == *olt-lab-1* ]] || fail rpcctl "the device's name" "$found"
 # shellcheck disable=SC2086
 found=$($run rpcctl list | wc -l)

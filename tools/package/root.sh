@@ -53,7 +53,7 @@ for lua in lua5.1 luajit lua5.2 lua5.3 lua5.4; do
   $lua -e 'require "librpc" require "librpc.record" assert(require "librpc.schema".api("oltmib_devinfo_get_1"))'
 done
 [ "$(rpcctl list | wc -l)" = "$1" ]
-man rpcctl | grep -q 'rpcctl - read'
+man rpcctl | grep -q '^ *rpcctl  *- '
 man librpc | grep -q callapi
 [ -e /usr/share/doc/librpc-doc/docs/reference/../../protocol/devinfo.x ] # as the reference links
 END
@@ -80,8 +80,9 @@ if dpkg --compare-versions "$has" lt "$wanted"; then
   echo "package: $suite: libc6 $has: refused: $(sed -n 's/^ *\(lua-librpc.*Depends: libc6.*\)/\1/p' "$root.log" | head -n 1)"
 else
   [ "$status" = 0 ] || fail apt "installed packages" "$(tail -n 5 "$root.log")"
-  chroot "$root" sh /check.sh "$(grep -vc '^#' tests/golden/apis.txt)" || fail check.sh "what it asks" "something else"
-  tools/with_device.sh build -- chroot "$root" sh -c 'rpcctl get devinfo && rpcctl rows portinfo --fields ifx,name'
+  chroot "$root" sh /check.sh "$(grep -vc '^#' tests/golden/apis.txt)" ||
+    fail check.sh "each of its lines to hold" "one that does not"
+  tools/with_device.sh build -- chroot "$root" sh -c 'rpcctl call oltmib_devinfo_get_1 "" && rpcctl rows portinfo --fields ifx,name'
   chroot "$root" sh /remove.sh
   echo "package: $suite: libc6 $has: installs, runs with five Luas and leaves nothing behind"
 fi

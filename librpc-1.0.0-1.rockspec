@@ -1,5 +1,6 @@
 -- luarocks make: builds the library from this folder with CMake and installs it
 -- into a tree. Needs libtirpc's development files and pkg-config.
+-- tools/package/source_rock.sh makes a source rock, which installs offline.
 rockspec_format = "3.0"
 package = "librpc"
 version = "1.0.0-1"
@@ -23,6 +24,7 @@ build = {
     CMAKE_BUILD_TYPE = "Release",
     CMAKE_INSTALL_PREFIX = "$(PREFIX)",
     LIBRPC_TESTS = "OFF",
+    LIBRPC_SHELL_FILES = "OFF", -- a rock's own folder is not where a shell looks
     LIBRPC_LUA_INCLUDE_DIR = "$(LUA_INCDIR)",
     LIBRPC_LUA_CMODDIR = "$(LIBDIR)",
     LIBRPC_LUA_MODDIR = "$(LUADIR)",

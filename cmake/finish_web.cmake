@@ -1,6 +1,6 @@
 # Run by `cmake --install` behind the web console's files: the configurations get the folder's
 # name, the program its Lua, and what the program loads most is compiled where this machine
-# has that Lua. Wants web_folder, web_docs, web_lua, web_compiler and web_source.
+# has that Lua. Wants web_folder, web_lua, web_compiler and web_source.
 if(NOT IS_ABSOLUTE "${web_folder}")
   set(web_folder "${CMAKE_INSTALL_PREFIX}/${web_folder}")
 endif()
@@ -12,13 +12,6 @@ foreach(file IN LISTS files)
   string(REPLACE "/usr/share/librpc-web" "${web_folder}" text "${text}")
   file(WRITE "${file}" "${text}")
 endforeach()
-
-# links of the documents to what lies in web/
-if(NOT IS_ABSOLUTE "${web_docs}")
-  set(web_docs "${CMAKE_INSTALL_PREFIX}/${web_docs}")
-endif()
-file(RELATIVE_PATH link "${web_docs}" "${web_folder}")
-file(CREATE_LINK "${link}" "$ENV{DESTDIR}${web_docs}/web" SYMBOLIC)
 
 if(NOT web_lua STREQUAL "lua5.1")
   file(READ "${there}/librpc.cgi" text)

@@ -1,21 +1,40 @@
-# What `cmake --install` puts where, and the packages that CPack makes of it.
-# Every folder can be overridden, for LuaRocks trees and devices.
+# What `cmake --install` puts where. Every folder can be overridden, for LuaRocks
+# trees and devices. A component is a package of that name: packaging/debian and
+# contrib/openwrt install each by itself, `cmake --install build` all of them.
 include(GNUInstallDirs)
 
 # The version of the language, which Lua keeps in its folders' names.
-if(LIBRPC_LUA STREQUAL "luajit")
-  set(lua_version "5.1")
-else()
-  string(REGEX MATCH "[0-9]+\\.[0-9]+" lua_version "${LIBRPC_LUA}")
-endif()
+function(find_lua_version lua result)
+  string(REGEX MATCH "[0-9]+\\.[0-9]+" version "${lua}")
+  if(lua STREQUAL "luajit")
+    set(version "5.1")
+  endif()
+  set(${result} ${version} PARENT_SCOPE)
+endfunction()
 
+find_lua_version(${LIBRPC_LUA} lua_version)
 set(LIBRPC_LUA_CMODDIR "${CMAKE_INSTALL_LIBDIR}/lua/${lua_version}" CACHE STRING "Where Lua looks for C modules")
 set(LIBRPC_LUA_MODDIR "${CMAKE_INSTALL_DATADIR}/lua/${lua_version}" CACHE STRING "Where Lua looks for Lua modules")
+set(LIBRPC_DATADIR "${CMAKE_INSTALL_DATADIR}/librpc" CACHE STRING "Where files for other programs go")
+set(LIBRPC_DOCDIR "${CMAKE_INSTALL_DATADIR}/doc/librpc-doc" CACHE STRING "Where documents and examples go")
 
-install(TARGETS rpc LIBRARY DESTINATION ${LIBRPC_LUA_CMODDIR})
-install(DIRECTORY lua/librpc lua/rpcctl DESTINATION ${LIBRPC_LUA_MODDIR} FILES_MATCHING PATTERN "*.lua")
+option(LIBRPC_SHELL_FILES "Install manual pages and completion, for prefixes where a shell looks for them" ON)
+
+# The library and its modules.
+install(TARGETS rpc LIBRARY DESTINATION ${LIBRPC_LUA_CMODDIR} COMPONENT lua-librpc)
+install(DIRECTORY lua/librpc DESTINATION ${LIBRPC_LUA_MODDIR} COMPONENT lua-librpc FILES_MATCHING PATTERN "*.lua")
+foreach(lua IN LISTS LIBRPC_OTHER_LUAS)
+  find_lua_version(${lua} version)
+  install(TARGETS rpc_${lua} LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/lua/${version} COMPONENT lua-librpc)
+  install(DIRECTORY lua/librpc DESTINATION ${CMAKE_INSTALL_DATADIR}/lua/${version} COMPONENT lua-librpc
+    FILES_MATCHING PATTERN "*.lua")
+endforeach()
+
+# The command line.
+install(DIRECTORY lua/rpcctl DESTINATION ${LIBRPC_LUA_MODDIR} COMPONENT rpcctl FILES_MATCHING PATTERN "*.lua")
 file(WRITE ${CMAKE_BINARY_DIR}/rpcctl_version.lua "return \"${PROJECT_VERSION}\"\n")
-install(FILES ${CMAKE_BINARY_DIR}/rpcctl_version.lua DESTINATION ${LIBRPC_LUA_MODDIR}/rpcctl RENAME version.lua)
+install(FILES ${CMAKE_BINARY_DIR}/rpcctl_version.lua DESTINATION ${LIBRPC_LUA_MODDIR}/rpcctl RENAME version.lua
+  COMPONENT rpcctl)
 configure_file(bin/rpcctl ${CMAKE_BINARY_DIR}/rpcctl COPYONLY)
 if(NOT LIBRPC_LUA STREQUAL "lua5.1")
   # the program runs with the Lua that the library was built for
@@ -23,65 +42,35 @@ if(NOT LIBRPC_LUA STREQUAL "lua5.1")
   string(REGEX REPLACE "^#![^\n]*" "#!/usr/bin/env ${LIBRPC_LUA}" program "${program}")
   file(WRITE ${CMAKE_BINARY_DIR}/rpcctl "${program}")
 endif()
-install(PROGRAMS ${CMAKE_BINARY_DIR}/rpcctl DESTINATION ${CMAKE_INSTALL_BINDIR})
-# where each shell looks
-install(FILES completion/rpcctl.bash DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions RENAME rpcctl)
-set(zsh_functions "site-functions")
-if(CMAKE_INSTALL_PREFIX STREQUAL "/usr" AND EXISTS /etc/debian_version) # Debian's packages have a folder of their own
-  set(zsh_functions "vendor-completions")
+install(PROGRAMS ${CMAKE_BINARY_DIR}/rpcctl DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT rpcctl)
+if(LIBRPC_SHELL_FILES) # where each shell looks
+  set(zsh_functions "site-functions")
+  if(CMAKE_INSTALL_PREFIX STREQUAL "/usr" AND EXISTS /etc/debian_version) # Debian's packages have a folder of their own
+    set(zsh_functions "vendor-completions")
+  endif()
+  install(FILES completion/rpcctl.bash DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions RENAME rpcctl
+    COMPONENT rpcctl)
+  install(FILES completion/rpcctl.zsh DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/${zsh_functions} RENAME _rpcctl
+    COMPONENT rpcctl)
+  install(FILES completion/rpcctl.fish DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d COMPONENT rpcctl)
+  install(FILES docs/man/rpcctl.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT rpcctl)
+  install(FILES docs/man/librpc.3 docs/man/librpc.record.3 DESTINATION ${CMAKE_INSTALL_MANDIR}/man3 COMPONENT librpc-doc)
 endif()
-install(FILES completion/rpcctl.zsh DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/${zsh_functions} RENAME _rpcctl)
-install(FILES completion/rpcctl.fish DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d)
-install(FILES docs/man/rpcctl.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
-install(FILES docs/man/librpc.3 docs/man/librpc.record.3 DESTINATION ${CMAKE_INSTALL_MANDIR}/man3)
-# Links between the documents stay right: what lies where is as in the source tree.
-set(LIBRPC_DOCDIR "${CMAKE_INSTALL_DATADIR}/doc/lua-librpc" CACHE STRING "Where documents and examples go")
-install(FILES docs/calls.md docs/hosts.md docs/named_fields.md docs/rpcctl.md docs/trust.md DESTINATION ${LIBRPC_DOCDIR}/docs)
-install(DIRECTORY docs/reference DESTINATION ${LIBRPC_DOCDIR}/docs)
-install(DIRECTORY protocol DESTINATION ${LIBRPC_DOCDIR})
-install(DIRECTORY examples DESTINATION ${LIBRPC_DOCDIR})
-install(FILES sim/names.lua DESTINATION ${LIBRPC_DOCDIR}/sim)
+
+# What people read. Links between the documents stay right: what lies where is as
+# in the source tree.
+foreach(document calls.md device.md gateway.md hosts.md named_fields.md openapi.json ports.md rpcctl.md trust.md web.md)
+  install(FILES docs/${document} DESTINATION ${LIBRPC_DOCDIR}/docs COMPONENT librpc-doc)
+endforeach()
+install(FILES SECURITY.md DESTINATION ${LIBRPC_DOCDIR} COMPONENT librpc-doc)
+install(DIRECTORY docs/reference DESTINATION ${LIBRPC_DOCDIR}/docs COMPONENT librpc-doc)
+install(DIRECTORY examples DESTINATION ${LIBRPC_DOCDIR} COMPONENT librpc-doc)
+install(FILES sim/names.lua DESTINATION ${LIBRPC_DOCDIR}/sim COMPONENT librpc-doc)
+
+# What daemons and Wireshark read; the annotations for editors are in the reference.
+install(DIRECTORY protocol DESTINATION ${LIBRPC_DATADIR} COMPONENT librpc-dev)
+install(FILES tools/protocol_names.lua DESTINATION ${LIBRPC_DATADIR} COMPONENT librpc-dev)
+install(FILES tools/wireshark/librpc.lua tools/wireshark/README.md DESTINATION ${LIBRPC_DATADIR}/wireshark
+  COMPONENT librpc-dev)
 
 include(${CMAKE_CURRENT_LIST_DIR}/install_web.cmake)
-
-set(CPACK_GENERATOR "DEB")
-set(CPACK_PACKAGE_NAME "lua-librpc")
-set(CPACK_PACKAGE_VENDOR "librpc developers")
-set(CPACK_PACKAGE_CONTACT "librpc developers <developers@librpc.invalid>")
-set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
-# Two packages: all that has no component of its own, and the web console.
-set(CPACK_DEB_COMPONENT_INSTALL ON)
-set(CPACK_COMPONENTS_ALL Unspecified web)
-set(CPACK_DEBIAN_UNSPECIFIED_PACKAGE_NAME ${CPACK_PACKAGE_NAME})
-# their first lines are the synopses: CPack's own summary would stand before both
-set(CPACK_DEBIAN_UNSPECIFIED_DESCRIPTION
-"device tables of a switch or optical line terminal for Lua
-Lua module through which web pages and command scripts on the management
-processor of a switch or optical line terminal read and change the device's
-tables. It calls the local daemons that own them by ONC RPC over UDP.
-With it come a module for records with named fields and rpcctl, a command line.")
-set(CPACK_DEBIAN_WEB_PACKAGE_NAME "librpc-web")
-set(CPACK_DEBIAN_WEB_DESCRIPTION
-"web console for a switch or optical line terminal
-A page that shows the device, plots its ports, finds every table and changes
-what its user may, and the gateway behind it: the device's tables as JSON over
-HTTP, with rights, a log of changes and metrics for Prometheus. It is served by
-lighttpd, nginx, Apache or busybox httpd, by CGI or their Lua modules.")
-set(CPACK_DEBIAN_WEB_PACKAGE_SECTION web)
-set(CPACK_DEBIAN_WEB_PACKAGE_DEPENDS "lua-librpc (= ${PROJECT_VERSION}-1), ${LIBRPC_LUA}, lua-cjson")
-set(CPACK_DEBIAN_WEB_PACKAGE_RECOMMENDS "lighttpd | nginx | apache2")
-set(CPACK_DEBIAN_WEB_PACKAGE_CONTROL_EXTRA "${CMAKE_CURRENT_SOURCE_DIR}/packaging/web/postinst;${CMAKE_CURRENT_SOURCE_DIR}/packaging/web/postrm")
-set(CPACK_STRIP_FILES ON)
-set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
-set(CPACK_DEBIAN_PACKAGE_RELEASE 1)
-set(CPACK_DEBIAN_PACKAGE_SECTION interpreters)
-set(CPACK_DEBIAN_UNSPECIFIED_PACKAGE_SHLIBDEPS ON)
-# libtirpc looks the port mapper's port up in /etc/services
-set(CPACK_DEBIAN_UNSPECIFIED_PACKAGE_DEPENDS "${LIBRPC_LUA}, netbase")
-set(CPACK_DEBIAN_UNSPECIFIED_PACKAGE_RECOMMENDS "rpcbind")
-set(CPACK_INSTALL_PREFIX /usr)
-set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
-set(CPACK_PRE_BUILD_SCRIPTS "${CMAKE_CURRENT_SOURCE_DIR}/packaging/debian_files.cmake")
-set(CPACK_LIBRPC_SOURCE "${CMAKE_CURRENT_SOURCE_DIR}")
-set(CPACK_LIBRPC_MANDIR "${CMAKE_INSTALL_MANDIR}")
-include(CPack)

@@ -53,7 +53,7 @@ size_t size_of(const Api* api)
 }
 } // namespace
 
-struct ApiCalls::Block {
+struct alignas(max_align_t) ApiCalls::Block {
     Block* next;
     size_t used, size; // of the room behind this
 };
@@ -76,7 +76,7 @@ void* ApiCalls::allocate(size_t size)
     if (whom == CallsOf::Loop)
         return malloc(size);
     constexpr size_t usual = 16 * 1024 - sizeof(Block) - 16, alignment = alignof(max_align_t);
-    static_assert(sizeof(Block) % alignof(void*) == 0, "what stands behind a block is aligned");
+    static_assert(sizeof(Block) % alignment == 0, "what stands behind a block is aligned");
     size = (size + alignment - 1) / alignment * alignment;
     if (!blocks || blocks->size - blocks->used < size) {
         const size_t room = size > usual ? size : usual;

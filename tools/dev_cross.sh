@@ -1,162 +1,258 @@
-#!/bin/sh
-# ./dev cross s390x|armhf: builds for another machine and runs golden vectors,
-# unit tests, kept fuzz inputs and an end-to-end pass there, under qemu-user.
+#!/bin/bash
+# ./dev cross HOST...: builds for another host and runs golden calls, unit tests,
+# kept fuzz inputs and the end-to-end tests there, emulated where the processor is
+# another one. `describe` below has a line a host: to add one, add its line.
 #
-# Debian's packages of that machine are fetched with an apt configuration of
-# their own and unpacked into build-cross-ARCH/sysroot, once. Set DEBIAN_MIRROR
-# to fetch them elsewhere. Exit status 77: left out, for what the last line says.
-set -eu
+#     dev_cross.sh --packages HOST...     the Debian packages that they want
+#
+# Exit status 77: left out, for what the last line says. DEBIAN_MIRROR names the
+# place of Debian's packages and sources.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+source=$PWD
 
 fail() {
-	echo "dev_cross: $*" >&2
-	exit 1
+  echo "dev_cross: $*" >&2
+  exit 1
 }
 
 skip() {
-	echo "dev_cross: SKIPPED: $*" >&2
-	exit 77
+  echo "dev_cross: SKIPPED: $*" >&2
+  exit 77
 }
 
-arch=${1:-}
-case $arch in
-s390x) triplet=s390x-linux-gnu emulator=qemu-s390x-static compiler=g++-s390x-linux-gnu ;;
-armhf) triplet=arm-linux-gnueabihf emulator=qemu-arm-static compiler=g++-arm-linux-gnueabihf ;;
-*) fail "command line: expected s390x or armhf, found '$*'" ;;
-esac
-command -v $triplet-g++ >/dev/null || skip "PATH: expected $triplet-g++ (Debian: $compiler), found none"
-command -v $emulator >/dev/null || skip "PATH: expected $emulator (Debian: qemu-user-static), found none"
+hosts='s390x armhf arm64 mips musl static'
 
-cd "$(dirname "$0")/.."
-build=$PWD/build-cross-$arch
-sysroot=$build/sysroot
-packages='libc6-dev libstdc++6 libtirpc-dev liblua5.1-0-dev lua5.1 libgtest-dev'
-# shellcheck source=/dev/null
-release=$(. /etc/os-release && echo "${VERSION_CODENAME:-bookworm}")
-mirror=${DEBIAN_MIRROR:-http://deb.debian.org/debian}
+# What a host is.
+#   compiler   debian: the cross compiler of that triplet; native, musl: this machine's
+#   libraries  debian: the packages of that architecture; sources: libtirpc and Lua
+#              5.1 built for it, and GoogleTest where there is
+#   runtime    a C++ run-time library, which tests in C++ need and the library does not
+describe() { # HOST
+  emulator='' compiler=debian libraries=sources runtime=yes needs='libc libtirpc'
+  options=() configure=(--disable-static) packages=(libgtest-dev rpcsvc-proto dpkg-dev)
+  case $1 in
+    s390x) triplet=s390x-linux-gnu emulator=qemu-s390x-static libraries=debian ;;          # 64 bits, big-endian
+    armhf) triplet=arm-linux-gnueabihf emulator=qemu-arm-static libraries=debian ;;        # 32 bits, little-endian
+    arm64) triplet=aarch64-linux-gnu emulator=qemu-aarch64-static libraries=debian ;;      # 64 bits, little-endian
+    mips) triplet=mips-linux-gnu emulator=qemu-mips-static ;;                              # 32 bits, big-endian
+    musl) triplet=$(uname -m)-linux-musl compiler=musl runtime=no ;;                       # another C library
+    static) triplet=$(uname -m)-linux-gnu compiler=native configure=(--disable-shared) ;; # libtirpc within
+    *) fail "command line: expected some of $hosts, found '$1'" ;;
+  esac
+  [ "$1" != static ] || options=(-DLIBRPC_STATIC_TIRPC=ON) needs=libc
+  case $compiler in
+    debian) packages+=("g++-$triplet" qemu-user-static) ;;
+    musl) packages+=(musl-tools) ;;
+  esac
 
-# apt for that machine, with nothing of this one's but its keys.
-foreign_apt() {
-	apt-get -qq \
-		-oAPT::Architecture="$arch" -oAPT::Architectures="$arch" \
-		-oAPT::Sandbox::User=root -oDebug::NoLocking=1 \
-		-oDir::State="$build/apt/state" -oDir::State::Status=/dev/null \
-		-oDir::Cache="$build/apt/cache" \
-		-oDir::Etc::SourceList="$build/apt/sources.list" -oDir::Etc::SourceParts=/dev/null \
-		-oDir::Etc::Preferences=/dev/null -oDir::Etc::PreferencesParts=/dev/null \
-		"$@"
+  # What cannot be asked for there; the name is a gtest filter or an end-to-end case.
+  [ -z "$emulator" ] ||
+    leave_out descriptor_limit_gives_no_value_and_the_next_call_works "the emulator needs descriptors of its own"
+  case $1 in
+    s390x | mips)
+      leave_out Hostpdinfo.DecimalCommaOfTheProcessLocaleGoesForBothWays "this machine's localedef writes its own byte order"
+      ;;
+  esac
+  build=$source/build-cross-$1 root=$source/build-cross-$1/root
 }
 
-fetch() {
-	mkdir -p "$build/apt/state/lists/partial" "$build/apt/cache/archives/partial"
-	echo "deb [signed-by=/usr/share/keyrings/debian-archive-keyring.gpg] $mirror $release main" \
-		>"$build/apt/sources.list"
-	foreign_apt update >"$build/apt/log" 2>&1 ||
-		skip "$mirror: expected package lists for $arch, found $(tail -n 1 "$build/apt/log")"
-	# shellcheck disable=SC2086 # a list
-	foreign_apt --yes --no-install-recommends --download-only install $packages >>"$build/apt/log" 2>&1 ||
-		skip "$mirror: expected $packages for $arch, found $(tail -n 1 "$build/apt/log")"
-}
-
-unpack() {
-	rm -rf "$sysroot.new"
-	mkdir -p "$sysroot.new"
-	for package in "$build"/apt/cache/archives/*.deb; do
-		dpkg-deb --extract "$package" "$sysroot.new"
-	done
-	# absolute links would lead to this machine's own files
-	find "$sysroot.new" -type l -lname '/*' | while IFS= read -r link; do
-		target=$(readlink "$link")
-		ln -sfn "$(realpath -m --relative-to="$(dirname "$link")" "$sysroot.new$target")" "$link"
-	done
-	rm -rf "$sysroot"
-	mv "$sysroot.new" "$sysroot"
-	echo "$packages" >"$sysroot/unpacked"
-}
-
-if [ "$(cat "$sysroot/unpacked" 2>/dev/null)" != "$packages" ]; then
-	echo "dev_cross: fetching $packages for $arch"
-	fetch
-	unpack
-fi
-
-LIBRPC_CROSS_TRIPLET=$triplet LIBRPC_CROSS_SYSROOT=$sysroot LIBRPC_CROSS_EMULATOR=$emulator
-export LIBRPC_CROSS_TRIPLET LIBRPC_CROSS_SYSROOT LIBRPC_CROSS_EMULATOR
-build() { # FOLDER NAME [OPTION]...
-	folder=$1 name=$2
-	shift 2
-	mkdir -p "$folder"
-	if ! cmake -S . -B "$folder" -DCMAKE_BUILD_TYPE=Release -DLIBRPC_WERROR=ON -DLIBRPC_TESTS=ON "$@" \
-		>"$folder/configure.log" 2>&1; then
-		cat "$folder/configure.log" >&2
-		fail "cmake: expected a configured build for $name, found the errors above"
-	fi
-}
-build "$build" "$arch" -DCMAKE_TOOLCHAIN_FILE=cmake/cross.cmake
-cmake --build "$build" --target rpc e2e_process unit_test exports_test golden_test services_test \
-	calls_test calls_host fuzz_arguments fuzz_replies fuzz_exchange fuzz_tables fuzz_helpers
-# the device that the library talks to is this machine's own
-build "$build/native" "this machine"
-cmake --build "$build/native" --target simulated_device
-
-failed=0
-emulated="$emulator -L $sysroot"
-
-# Why a test is left out; the name is a gtest filter or an end-to-end case.
 excluded=''
 leave_out() { # NAME WHY
-	echo "dev_cross: left out: $1: $2"
-	excluded="$excluded:$1"
+  echo "dev_cross: $host: left out: $1: $2"
+  excluded="$excluded:$1"
 }
-[ "$arch" = armhf ] ||
-	leave_out Hostpdinfo.DecimalCommaOfTheProcessLocaleGoesForBothWays "this machine's localedef writes its own byte order"
-leave_out descriptor_limit_gives_no_value_and_the_next_call_works "the emulator needs descriptors of its own"
 
-for test in unit/unit unit/exports golden/golden services/services calls/calls; do
-	echo "dev_cross: $arch: ${test#*/}"
-	# shellcheck disable=SC2086 # a command and its options
-	$emulated "$build/tests/${test}_test" --gtest_brief=1 "--gtest_filter=*-${excluded#:}" \
-		>"$build/${test#*/}.log" 2>&1 || {
-		failed=$((failed + 1))
-		grep -v '^Running main' "$build/${test#*/}.log" | head -n 60
-	}
-	tail -n 2 "$build/${test#*/}.log" | grep PASSED || :
-done
+require() { # PROGRAM PACKAGE
+  command -v "$1" >/dev/null || skip "PATH: expected $1 (Debian: $2), found none"
+}
 
-for target in arguments replies exchange tables helpers; do
-	echo "dev_cross: $arch: fuzz $target"
-	# shellcheck disable=SC2086
-	$emulated "$build/tests/fuzz/fuzz_$target" "tests/fuzz/corpus/$target.kept" || failed=$((failed + 1))
-done
+# Compilers, libraries, the interpreter, and how CMake is told of them.
+prepare() {
+  local prefix=$root
+  mkdir -p "$build/bin"
+  [ -z "$emulator" ] || require "$emulator" qemu-user-static
+  case $compiler in
+    musl)
+      require musl-gcc musl-tools
+      tools/cross/musl_compilers.sh "$build/bin"
+      CC=$build/bin/musl-cc CXX=$build/bin/musl-c++
+      ;;
+    native) CC=cc CXX=c++ ;;
+    debian)
+      require "$triplet-g++" "g++-$triplet"
+      CC=$triplet-gcc CXX=$triplet-g++
+      options+=(-DCMAKE_TOOLCHAIN_FILE=cmake/cross.cmake)
+      ;;
+  esac
+  compiler_command=$CC system=no # a whole one
+  if [ "$libraries" = debian ]; then
+    compiler_command="$CC --sysroot=$root" system=yes
+    tools/cross/packages.sh "$build" "$host" libc6-dev libstdc++6 libtirpc-dev liblua5.1-0-dev lua5.1 libgtest-dev
+  else
+    prefix=/usr/$triplet # the compiler's own
+    CC=$CC tools/cross/sources.sh "$build" "$triplet" "${configure[@]}"
+  fi
+  emulated=()
+  [ -z "$emulator" ] || emulated=("$emulator" -L "$prefix")
+  lua=$build/bin/lua5.1
+  printf '#!/bin/sh\nexec %s %s/usr/bin/lua5.1 "$@"\n' "${emulated[*]}" "$root" >"$lua"
+  chmod +x "$lua"
+  # where cmake/cross.cmake, and pkg-config without it, look
+  host_environment=(CC="$CC" CXX="$CXX" PKG_CONFIG_SYSROOT_DIR="$root" PKG_CONFIG_LIBDIR="$root/usr/lib/pkgconfig"
+    LIBRPC_CROSS_TRIPLET="$triplet" LIBRPC_CROSS_ROOT="$root" LIBRPC_CROSS_EMULATOR="${emulated[*]}")
+  [ "$libraries" != debian ] || host_environment+=(LIBRPC_CROSS_SYSROOT=1)
+  options+=("-DCMAKE_PREFIX_PATH=$root/usr")
+  if [ "$compiler$libraries" = debiansources ] && [ ! -e "$root/usr/lib/libgtest.a" ]; then
+    [ -d /usr/src/googletest ] || skip "/usr/src/googletest: expected GoogleTest's sources (Debian: libgtest-dev), found none"
+    echo "dev_cross: $host: building GoogleTest"
+    (env "${host_environment[@]}" cmake -S /usr/src/googletest -B "$build/googletest" -DCMAKE_TOOLCHAIN_FILE="$source/cmake/cross.cmake" \
+      -DBUILD_GMOCK=OFF -DCMAKE_INSTALL_PREFIX=/usr -DCMAKE_INSTALL_LIBDIR=lib && cmake --build "$build/googletest" &&
+      DESTDIR=$root cmake --install "$build/googletest") >"$build/googletest.log" 2>&1 ||
+      fail "$host: googletest: expected a library, found $(tail -n 1 "$build/googletest.log")"
+  fi
+}
 
-# The end-to-end tests, with that machine's Lua and library.
-lua=$build/lua5.1
-printf '#!/bin/sh\nexec %s %s/usr/bin/lua5.1 "$@"\n' "$emulated" "$sysroot" >"$lua"
-chmod +x "$lua"
-if ! problem=$(tools/with_device.sh --allowed 2>&1); then
-	[ "$failed" = 0 ] || fail "$arch: expected every test to pass, found $failed that did not"
-	skip "$problem"
+configured() { # FOLDER NAME [VARIABLE=VALUE]... -- [OPTION]...
+  local folder=$1 name=$2 variables=()
+  shift 2
+  while [ "$1" != -- ]; do
+    variables+=("$1")
+    shift
+  done
+  shift
+  mkdir -p "$folder"
+  env "${variables[@]}" cmake -S . -B "$folder" -DCMAKE_BUILD_TYPE=Release -DLIBRPC_WERROR=ON "$@" >"$folder/configure.log" 2>&1 || {
+    cat "$folder/configure.log" >&2
+    fail "cmake: expected a configured build for $name, found the errors above"
+  }
+}
+
+tests=(unit/unit unit/exports golden/golden services/services calls/calls)
+fuzzed=(arguments replies exchange tables helpers)
+
+# The library and the tests for the host; the device that it talks to is this
+# machine's own.
+build_all() {
+  local targets=(rpc) module test
+  if [ "$runtime" = yes ]; then
+    targets+=(e2e_process calls_host "${fuzzed[@]/#/fuzz_}")
+    for test in "${tests[@]}"; do
+      targets+=("${test#*/}_test")
+    done
+    options+=(-DLIBRPC_TESTS=ON)
+  fi
+  configured "$build" "$host" "${host_environment[@]}" -- "${options[@]}"
+  env "${host_environment[@]}" cmake --build "$build" --target "${targets[@]}" # which may configure again
+  if [ "$runtime" = no ]; then
+    mkdir -p "$build/tests/e2e"
+    for module in e2e_process:tests/e2e/process.cpp calls_host:tests/calls/host.cpp; do
+      "$CXX" -std=c++17 -O2 -fPIC -I. -isystem "$root/usr/include/lua5.1" -c "${module#*:}" -o "$build/module.o"
+      "$CC" -shared "$build/module.o" -o "$build/tests/e2e/${module%:*}.so"
+    done
+  fi
+  configured "$source/build-cross-native" "this machine" -- -DLIBRPC_TESTS=ON
+  cmake --build "$source/build-cross-native" --target simulated_device
+}
+
+failure() { # WHAT LOG
+  failed=$((failed + 1))
+  echo "dev_cross: $host: expected $1 to pass, found:" >&2
+  grep -v '^Running main' "$2" | tail -n 60 >&2
+}
+
+run_programs() {
+  local test target log=$build/program.log
+  [ "$runtime" = yes ] || { echo "dev_cross: $host: no C++ run-time library: golden calls and end-to-end tests only"; return; }
+  for test in "${tests[@]}"; do
+    echo "dev_cross: $host: ${test#*/}"
+    "${emulated[@]}" "$build/tests/${test}_test" --gtest_brief=1 "--gtest_filter=*-${excluded#:}" >"$log" 2>&1 ||
+      failure "${test#*/}" "$log"
+    grep PASSED "$log" || true
+  done
+  for target in "${fuzzed[@]}"; do
+    echo "dev_cross: $host: fuzz $target"
+    "${emulated[@]}" "$build/tests/fuzz/fuzz_$target" "tests/fuzz/corpus/$target.kept" >"$log" 2>&1 || failure "fuzz $target" "$log"
+  done
+}
+
+# The end-to-end tests, with that host's Lua and library. They mostly wait: more of
+# them at once than processors.
+run_end_to_end() {
+  local file topic case results=$build/end_to_end log
+  export LUA_CPATH="$build/?.so;$build/tests/e2e/?.so" E2E_INTERPRETER=$lua LIBRPC_TEST_SOURCE=$source
+  export LUA_PATH="$source/tests/e2e/?.lua;$source/tests/lua/?.lua;$source/lua/?.lua" LIBRPC_NAMES=$source/sim/names.lua
+  rm -rf "$results"
+  mkdir "$results"
+  for file in tests/e2e/*.lua tests/calls/*.lua; do
+    topic=${file##*/} topic=${topic%.lua}
+    case $topic in harness | slow_*) continue ;; esac # those wait out deadlines
+    # shellcheck disable=SC2013 # names have no blanks
+    for case in $(sed -n 's/^case "\([^"]*\)".*/\1/p' "$file"); do
+      case "$excluded:" in *":$case:"*) continue ;; esac
+      printf '%s\0' "$file" "$case" "$results/$topic.$case"
+    done
+  done | xargs -0 -r -n 3 -P "$((2 * $(nproc)))" tools/cross/case.sh "$source/build-cross-native" "$lua" || true
+  for log in "$results"/*; do
+    case $log in
+      *.passed) passed=$((passed + 1)) ;;
+      *) failure "${log##*/}" "$log" ;;
+    esac
+  done
+  [ "$passed" -gt 0 ] || fail 'tests/e2e: expected cases, found none that ran'
+  echo "dev_cross: $host: $(cat "$results"/golden_calls.*.passed | sed -n 's/^\([0-9]* golden calls\).*/\1/p')"
+}
+
+# The example daemon, made for that host and run there.
+run_daemon() {
+  local problem log=$build/daemon.log libraries="-L$root/usr/lib -ltirpc -pthread -Wl,--disable-new-dtags,-rpath,$root/usr/lib"
+  problem=$(tools/with_device.sh --allowed 2>&1) || skip "$problem"
+  echo "dev_cross: $host: example daemon"
+  [ "$system" = no ] || libraries=-ltirpc
+  CC="$compiler_command" TIRPC_CFLAGS="-I$root/usr/include/tirpc" TIRPC_LIBS=$libraries \
+    LUA_CPATH="$build/?.so" tools/with_device.sh "$source/build-cross-native" -- \
+    tests/ports/daemon_test.sh "$source" "$build/daemon" "$lua" "${emulated[@]}" >"$log" 2>&1 || failure "example daemon" "$log"
+}
+
+# What the library needs, without versions and the dynamic linker.
+check_needed() {
+  local found
+  found=$(readelf -d "$build/librpc.so" | sed -n 's/.*(NEEDED).*\[\([^.]*\)\..*\]/\1/p' | grep -v '^ld' | LC_ALL=C sort | xargs)
+  [ "$found" = "$needs" ] || fail "$build/librpc.so: expected to need $needs, found $found"
+}
+
+run_host() { # HOST
+  local host=$1 failed=0 passed=0 started=$SECONDS
+  describe "$host"
+  prepare
+  build_all
+  check_needed
+  run_programs
+  run_daemon
+  run_end_to_end
+  [ "$host" != musl ] || tools/cross/openwrt.sh "$build" "$source/build-cross-native"
+  [ "$failed" = 0 ] || fail "$host: expected every test to pass, found $failed that did not"
+  echo "dev_cross: $host: $passed end-to-end cases passed ($((SECONDS - started)) s)"
+}
+
+[ $# -gt 0 ] || fail "command line: expected some of $hosts, found none"
+if [ "$1" = --packages ]; then
+  shift
+  for host; do
+    describe "$host" >/dev/null
+    printf '%s\n' "${packages[@]}"
+  done | sort -u
+  exit
 fi
-LUA_CPATH="$build/?.so;$build/tests/e2e/?.so" LUA_PATH="$PWD/tests/e2e/?.lua;$PWD/tests/lua/?.lua"
-E2E_INTERPRETER=$lua LIBRPC_TEST_SOURCE=$PWD
-export LUA_CPATH LUA_PATH E2E_INTERPRETER LIBRPC_TEST_SOURCE
-passed=0
-for file in e2e/dispatch e2e/client e2e/faults calls/all calls/group calls/message; do
-	topic=${file#*/}
-	echo "dev_cross: $arch: end to end: $topic"
-	# shellcheck disable=SC2013 # names have no blanks
-	for case in $(sed -n 's/^case "\([^"]*\)".*/\1/p' "tests/$file.lua"); do
-		case "$excluded:" in *":$case:"*) continue ;; esac
-		log=$build/end_to_end.log
-		if tools/with_device.sh "$build/native" -- "$lua" "tests/$file.lua" "$case" >"$log" 2>&1 </dev/null &&
-			grep -qx "passed $case" "$log"; then
-			passed=$((passed + 1))
-		else
-			failed=$((failed + 1))
-			echo "dev_cross: $arch: $topic: expected '$case' to pass, found:" >&2
-			tail -n 20 "$log" >&2
-		fi
-	done
+if [ $# = 1 ]; then
+  run_host "$1"
+  exit
+fi
+# each in a shell of its own, in which a failed command ends it
+left_out=0
+for name; do
+  status=0
+  tools/dev_cross.sh "$name" || status=$?
+  case $status in 0) ;; 77) left_out=77 ;; *) exit "$status" ;; esac
 done
-[ "$passed" -gt 0 ] || fail 'tests/e2e: expected cases, found none that ran'
-echo "dev_cross: $arch: $passed end-to-end cases passed"
-[ "$failed" = 0 ] || fail "$arch: expected every test to pass, found $failed that did not"
+exit "$left_out"

@@ -1,12 +1,16 @@
 // What a host program of many calls has and Lua lacks, as a Lua module: waiting
-// for a descriptor, a UDP socket of its own, its memory, its descriptors.
+// for a descriptor, a UDP socket of its own, its memory, its descriptors. It needs
+// no C++ run-time library, as a C library may have none of its own.
 #include <arpa/inet.h>
 #include <cerrno>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <dirent.h>
 #include <lua.hpp>
+#ifdef __GLIBC__
 #include <malloc.h>
+#endif
 #include <netinet/in.h>
 #include <poll.h>
 #include <sys/socket.h>
@@ -59,11 +63,24 @@ int do_exchange(lua_State* L)
     return 2;
 }
 
-// memory(): bytes of heap memory that are in use.
+// memory(): bytes of heap memory that are in use; where the C library cannot tell,
+// the memory that the kernel has given for data.
 int do_memory(lua_State* L)
 {
+#ifdef __GLIBC__
     const struct mallinfo2 now = mallinfo2();
     lua_pushnumber(L, static_cast<lua_Number>(now.uordblks + now.hblkhd));
+#else
+    FILE* status = fopen("/proc/self/status", "r");
+    if (!status)
+        return luaL_error(L, "/proc/self/status: expected a file, found: %s", strerror(errno));
+    char line[256];
+    unsigned long kilobytes = 0;
+    while (kilobytes == 0 && fgets(line, sizeof line, status))
+        sscanf(line, "VmData: %lu", &kilobytes);
+    fclose(status);
+    lua_pushnumber(L, static_cast<lua_Number>(kilobytes) * 1024);
+#endif
     return 1;
 }
 

@@ -51,7 +51,7 @@ def configuration():
     """The example's, with the folders that an installed nginx has elsewhere."""
     with open(example + "/nginx.conf", encoding="utf-8") as file:
         text = file.read()
-    installed = "/usr/share/doc/lua-librpc/examples/calls/openresty.lua"
+    installed = "/usr/share/doc/librpc-doc/examples/calls/openresty.lua"
     equal("the handler of the example", text.count(installed), 1)
     text = text.replace(installed, example + "/openresty.lua")
     for kind in "client_body", "proxy", "fastcgi", "uwsgi", "scgi":

@@ -1,6 +1,8 @@
 // What the end-to-end tests need of the system and Lua lacks, as a Lua module:
-// fork, signals, an alarm whose handler returns, limits, time.
+// fork, signals, an alarm whose handler returns, limits, time, the host's types. It
+// needs no C++ run-time library, as a C library may have none of its own.
 #include <cerrno>
+#include <climits>
 #include <csignal>
 #include <cstring>
 #include <ctime>
@@ -10,12 +12,12 @@
 #include <sys/time.h>
 #include <sys/wait.h>
 #include <unistd.h>
-#include <vector>
 
 namespace
 {
 volatile sig_atomic_t alarms;
-std::vector<int> taken; // descriptors that nobody else shall have
+int taken[64]; // descriptors that nobody else shall have
+int taken_count;
 
 void count_alarm(int) { alarms = alarms + 1; }
 
@@ -83,23 +85,20 @@ int do_use_up_descriptors(lua_State* L)
 {
     rlimit limit;
     getrlimit(RLIMIT_NOFILE, &limit);
-    limit.rlim_cur = 64;
+    limit.rlim_cur = sizeof taken / sizeof *taken;
     setrlimit(RLIMIT_NOFILE, &limit);
     for (int fd = open("/dev/null", O_RDONLY | O_CLOEXEC); fd >= 0; fd = open("/dev/null", O_RDONLY | O_CLOEXEC))
-        taken.push_back(fd);
-    for (auto left = luaL_checkinteger(L, 1); left > 0 && !taken.empty(); left--) {
-        close(taken.back());
-        taken.pop_back();
-    }
+        taken[taken_count++] = fd;
+    for (auto left = luaL_checkinteger(L, 1); left > 0 && taken_count > 0; left--)
+        close(taken[--taken_count]);
     return 0;
 }
 
 // give_back_descriptors()
 int do_give_back_descriptors(lua_State*)
 {
-    for (const int fd : taken)
-        close(fd);
-    taken.clear();
+    while (taken_count > 0)
+        close(taken[--taken_count]);
     return 0;
 }
 
@@ -119,6 +118,16 @@ int do_now(lua_State* L)
     return 1;
 }
 
+// host(): whether a char is signed, a long's bits, whether the low byte comes first.
+int do_host(lua_State* L)
+{
+    const int one = 1;
+    lua_pushboolean(L, CHAR_MIN < 0);
+    lua_pushinteger(L, static_cast<lua_Integer>(sizeof(long) * CHAR_BIT));
+    lua_pushboolean(L, *reinterpret_cast<const char*>(&one));
+    return 3;
+}
+
 const luaL_Reg functions[] = {
     {"fork", do_fork},
     {"wait", do_wait},
@@ -131,6 +140,7 @@ const luaL_Reg functions[] = {
     {"give_back_descriptors", do_give_back_descriptors},
     {"sleep", do_sleep},
     {"now", do_now},
+    {"host", do_host},
     {nullptr, nullptr},
 };
 } // namespace

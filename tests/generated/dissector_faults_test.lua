@@ -66,7 +66,17 @@ local cases = {
     { "a call whose texts need quoting", client, daemon, call(5, 50013, 1, 4, quoted),
       "oltmib_vrrp_ssstate_get_1 Call, vrid 9", text = "\\x80\"\\x09" },
     { "a denied call", daemon, client, units(5, 1, 1, 1, 5),
-      "oltmib_vrrp_ssstate_get_1 Reply, Authentication error" },
+      "oltmib_vrrp_ssstate_get_1 Reply, Authentication error", refusal = "||5" },
+    { "a call to a daemon of other versions", client, daemon, call(17, 50013, 1, 4, row),
+      "oltmib_vrrp_ssstate_get_1 Call, vrid 7" },
+    { "its reply", daemon, client, reply(17, 2, units(2, 3)),
+      "oltmib_vrrp_ssstate_get_1 Reply, Program version mismatch", refusal = "2|3|" },
+    { "the same cut off", daemon, client, reply(17, 2, units(2)),
+      "oltmib_vrrp_ssstate_get_1 Reply, Program version mismatch", "Another reply to the same call", refusal = "||" },
+    { "a call to a daemon of another RPC", client, daemon, call(18, 50013, 1, 4, row),
+      "oltmib_vrrp_ssstate_get_1 Call, vrid 7" },
+    { "its reply", daemon, client, units(18, 1, 1, 0, 4, 6),
+      "oltmib_vrrp_ssstate_get_1 Reply, RPC version mismatch", refusal = "4|6|" },
     { "a verifier with a body", client, daemon, units(6, 0, 2, 50013, 1, 4, 1, 6, 0, 0, 0, 0) .. row,
       "oltmib_vrrp_ssstate_get_1 Call, vrid 7" },
     { "a reply's verifier with a body", daemon, client, units(6, 1, 0, 0, 3, 0, 0) .. row,
@@ -107,12 +117,14 @@ file:close()
 
 local output = scratch .. "/faults.txt"
 local options = "-T fields -E separator='|' -E aggregator=, -e frame.number -e librpc.xid -e _ws.col.Info "
-    .. "-e _ws.expert.message -e librpc.vrrp_ssstateEntry.text1"
+    .. "-e _ws.expert.message -e librpc.low -e librpc.high -e librpc.auth -e librpc.vrrp_ssstate.text1 "
+    .. "-e librpc.vrrp_ssstateEntry.text1"
 os.execute(("tshark -X lua_script:'%s' -r '%s' %s >'%s' 2>'%s.errors'"):format(plugin, path, options, output, output))
 
 local seen = 0
 for line in io.lines(output) do
-    local at, xid, info, warnings, text = line:match("^(%d+)|(.-)|(.-)|(.-)|(.*)$")
+    local at, xid, info, warnings, refusal, text, by_record =
+        line:match("^(%d+)|(.-)|(.-)|(.-)|(.-|.-|.-)|(.-)|(.*)$")
     local case = cases[tonumber(at)]
     seen = seen + 1
     local where, expected = case[1], case[5]
@@ -126,8 +138,14 @@ for line in io.lines(output) do
         if not case.others and warnings ~= (case[6] or "") then
             fail(where, case[6] or "no warning", warnings)
         end
+        if refusal ~= (case.refusal or "||") then
+            fail(where, case.refusal or "no refusal", refusal)
+        end
         if case.text and text ~= case.text then
             fail(where, case.text, text)
+        end
+        if text ~= by_record then
+            fail(where, "the same by table and by record", text .. " and " .. by_record)
         end
     elseif warnings:find("Lua") then
         fail(where, "no error in the plug-in", warnings)

@@ -214,4 +214,17 @@ for i, call in ipairs(calls) do
         check_record(where, call, answered, replies[i], true)
     end
 end
+-- The filters of the plug-in's README find something in what was captured, or are at least right.
+local readme, filters = read_file(plugin:match("^(.*/)") .. "README.md"), 0
+for filter in readme:gmatch("\n| `([^`]+)` |") do
+    local found = os.execute(("tshark -X lua_script:'%s' -r '%s' -Y '%s' >'%s' 2>'%s.errors'"):format(
+        plugin, file, filter, output, output))
+    if found ~= 0 and found ~= true then
+        fail(filter, "a filter", read_file(output .. ".errors"))
+    end
+    filters = filters + 1
+end
+if filters ~= 3 then
+    fail("README.md", "three filters", filters)
+end
 print(("%d calls of %d services compared"):format(#calls, #calls))

@@ -60,7 +60,7 @@ void write_dissector_data(std::ostream& out)
 --     tshark -X lua_script:librpc.lua -i lo
 --
 -- or put it into the folder that Help, About, Folders calls "Personal Lua
--- Plugins". Made by the target `describe`: change the services, or
+-- Plugins"; README.md beside this file has filters. Made by the target `describe`: change the services, or
 -- tools/wireshark/dissector.lua, which is the second half of this file.
 
 -- A record is its fields in wire order: { name, kind, units of four bytes }.
@@ -77,8 +77,9 @@ local records = {
         out << "    [" << service->program << "] = {\n        name = \"" << service->name << "\",\n        title = \""
             << service->title << "\",\n        procedures = {\n";
         for (const Api& api : *service)
-            out << "            [" << api.procedure << "] = { name = \"" << api.name << "\""
-                << record_or_nothing("request", api.request) << record_or_nothing("reply", api.reply) << " },\n";
+            out << "            [" << api.procedure << "] = { name = \"" << api.name << "\", table = \""
+                << table_of(api) << "\"" << record_or_nothing("request", api.request)
+                << record_or_nothing("reply", api.reply) << " },\n";
         out << "        },\n    },\n";
     }
     out << "}\n";

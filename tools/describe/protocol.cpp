@@ -2,6 +2,7 @@
 // 5531, RFC 4506), as rpcgen reads it.
 #include <cctype>
 #include <iomanip>
+#include <sstream>
 #include <string>
 
 #include "rpc/client.h"
@@ -64,6 +65,42 @@ bool uses(const std::vector<const Record*>& records, Kind kind)
     return false;
 }
 
+// Which of a block's values the record's replies show, in the order of the text.
+std::string shown_of(const Record& record, const Field& block)
+{
+    std::string shown;
+    const std::vector<Value> values = values_of(record);
+    for (const Service* service : all_services)
+        for (const Api& api : *service) {
+            const TextForm* form = api.output();
+            if (!form || form->record != &record || !shown.empty())
+                continue;
+            for (const Position position : *form)
+                for (const Value& value : values)
+                    if (value.field.offset == position.offset && position.offset >= block.offset &&
+                        position.offset < block.offset + block.count * sizeof(int64_t))
+                        shown += (shown.empty() ? "" : ", ") + value.name;
+        }
+    return shown;
+}
+
+// A comment behind a member, in lines of what fits beside it.
+void write_comment(std::ostream& out, const std::string& text)
+{
+    constexpr size_t most = 100;
+    size_t column = 0;
+    std::istringstream words(text);
+    out << "\n    /* ";
+    for (std::string word; words >> word; column += word.size() + 1) {
+        if (column + word.size() > most) {
+            out << "\n     * ";
+            column = 0;
+        }
+        out << (column == 0 ? "" : " ") << word;
+    }
+    out << " */";
+}
+
 void write_record(std::ostream& out, const Record& record)
 {
     out << "\n/* " << record.units << " units */\nstruct " << record.name << " {\n";
@@ -71,7 +108,10 @@ void write_record(std::ostream& out, const Record& record)
         out << "    " << (member.block ? member.block->name : type_of(member.field->kind)) << ' ' << member.name;
         if (!member.block && member.field->count > 1)
             out << '[' << member.field->count << ']';
-        out << ';' << (member.block ? "" : remark_on(record, *member.field)) << '\n';
+        out << ';' << (member.block ? "" : remark_on(record, *member.field));
+        if (member.block && !shown_of(record, *member.field).empty())
+            write_comment(out, "a reply's text shows " + shown_of(record, *member.field));
+        out << '\n';
     }
     out << "};\n";
 }
@@ -90,11 +130,12 @@ void write_protocol(std::ostream& out, const Service& service)
            " * a char is widened to a unit of its own. A double is two units.\n"
            " */\n";
     if (uses(records, Kind::Int64) || uses(records, Kind::UInt64))
-        out << "\n/* 64-bit integers are two units, the low word first. */\n";
+        out << "\n/*\n * 64-bit integers are two units, the low word first, and so a struct: on big-endian\n"
+               " * hosts their bytes are no integer's. low = value, high = value >> 32.\n */\n";
     if (uses(records, Kind::Int64))
-        out << "typedef int oltmib_int64_t[2];\n";
+        out << "struct oltmib_int64_t {\n    unsigned int low;\n    int high;\n};\n";
     if (uses(records, Kind::UInt64))
-        out << "typedef unsigned int oltmib_uint64_t[2];\n";
+        out << "struct oltmib_uint64_t {\n    unsigned int low;\n    unsigned int high;\n};\n";
     for (const Record* record : records)
         write_record(out, *record);
 

@@ -263,6 +263,7 @@ there), the field, the kind of its text, and the array's size where it has one.
         out << "| " << kind.name << " | " << kind.meaning << " |\n";
     out << R"(
 `oper` tells the daemon what a set is to do; `res` is the word that the daemon fills with its result. The library
-carries both as they are. The examples set a row and ask for it again; each runs beside the simulated device.
+carries both as they are. Of a number beyond an `int` its low 32 bits count where a `long` has 64 bits; where it has 32,
+the nearest `int` does. The examples set a row and ask for it again; each runs beside the simulated device.
 )";
 }

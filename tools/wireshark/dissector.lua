@@ -40,6 +40,9 @@ local header = {
     status = ProtoField.int32("librpc.status", "Status"),
     record = ProtoField.string("librpc.record", "Record"),
     body = ProtoField.bytes("librpc.body", "Body"),
+    low = ProtoField.uint32("librpc.low", "Lowest version"),
+    high = ProtoField.uint32("librpc.high", "Highest version"),
+    auth = ProtoField.uint32("librpc.auth", "Authentication state"),
     reply_frame = ProtoField.framenum("librpc.reply_frame", "Reply in frame", base.NONE, frametype.RESPONSE),
     call_frame = ProtoField.framenum("librpc.call_frame", "Call in frame", base.NONE, frametype.REQUEST),
 }
@@ -65,6 +68,29 @@ do
             local name, kind = field[1], field[2]
             field.proto = makers[kind]("librpc." .. record_name .. "." .. name, name)
             fields[#fields + 1] = field.proto
+            field.of_table = {}
+        end
+    end
+    -- The same under the table's name, which is what people know: librpc.portstat.ifx.
+    local kinds = {}
+    local function name_by_table(table_name, record_name)
+        for _, field in ipairs(records[record_name] or {}) do
+            local name = ("librpc.%s.%s"):format(table_name, field[1])
+            kinds[name] = kinds[name] or { kind = field[2] }
+            local known = kinds[name]
+            if known.kind == field[2] then
+                if not known.proto then
+                    known.proto = makers[known.kind](name, field[1])
+                    fields[#fields + 1] = known.proto
+                end
+                field.of_table[table_name] = known.proto
+            end
+        end
+    end
+    for _, service in pairs(programs) do
+        for _, procedure in pairs(service.procedures) do
+            name_by_table(procedure.table, procedure.request)
+            name_by_table(procedure.table, procedure.reply)
         end
     end
     librpc.fields = fields
@@ -108,7 +134,7 @@ local readers = {
 }
 
 -- Adds a record's fields; what is missing of it or left over is told.
-local function show_record(name, range, tree, pinfo)
+local function show_record(name, range, tree, pinfo, table_name)
     local record = records[name]
     local size = 0
     for _, field in ipairs(record) do
@@ -124,7 +150,11 @@ local function show_record(name, range, tree, pinfo)
             return
         end
         local value, text = readers[field[2]](range(at, bytes))
-        branch:add(field.proto, range(at, bytes), value)
+        local shown_as = field.of_table[table_name]
+        branch:add(shown_as or field.proto, range(at, bytes), value)
+        if shown_as then -- filters by the record's name find it too
+            branch:add(field.proto, range(at, bytes), value):set_hidden()
+        end
         first = first or ("%s %s"):format(field[1], tostring(text or value))
         at = at + bytes
     end
@@ -205,7 +235,7 @@ local function show_call(tvb, pinfo, root, call)
     end
     local body = body_of(tvb, call.body)
     if known and known.request then
-        show_record(known.request, body or tvb(tvb:len(), 0), tree, pinfo)
+        show_record(known.request, body or tvb(tvb:len(), 0), tree, pinfo, known.table)
     elseif body then
         tree:add(header.body, body)
     end
@@ -232,7 +262,7 @@ end
 local function show_success(range, tree, pinfo, call)
     local known = call.known
     if known and known.reply then
-        show_record(known.reply, range, tree, pinfo)
+        show_record(known.reply, range, tree, pinfo, known.table)
     elseif known then
         if range:len() < 4 then
             tree:add_proto_expert_info(experts.short, ("Body ends %d bytes before its status"):format(4 - range:len()))
@@ -245,6 +275,14 @@ local function show_success(range, tree, pinfo, call)
         end
     elseif range:len() > 0 then
         tree:add(header.body, range)
+    end
+end
+
+-- The versions that a daemon has, where it was asked for another.
+local function show_versions(tvb, at, tree)
+    if at + 8 <= tvb:len() then
+        tree:add(header.low, tvb(at, 4))
+        tree:add(header.high, tvb(at + 4, 4))
     end
 end
 
@@ -262,6 +300,11 @@ local function show_reply(tvb, pinfo, root, call)
         if tvb:len() >= 16 then
             tree:add(header.deny, tvb(12, 4))
             pinfo.cols.info:append(", " .. (deny_states[tvb(12, 4):uint()] or "denied"))
+            if tvb(12, 4):uint() == 0 then
+                show_versions(tvb, 16, tree)
+            elseif tvb:len() >= 20 then
+                tree:add(header.auth, tvb(16, 4))
+            end
         end
         return
     end
@@ -276,6 +319,9 @@ local function show_reply(tvb, pinfo, root, call)
         show_success(body_of(tvb, at + 4) or tvb(tvb:len(), 0), tree, pinfo, call)
     else
         pinfo.cols.info:append(", " .. (accept_states[state] or "refused"))
+        if state == 2 then
+            show_versions(tvb, at + 4, tree)
+        end
     end
 end
 

@@ -1,0 +1,16 @@
+#!/bin/bash
+# The version is set in CMakeLists.txt; formats that cannot ask it there have the same.
+#     version_test.sh SOURCE VERSION
+set -euo pipefail
+cd "$1"
+version=$2
+
+expect() { # FILE LINE
+  grep -qxF -- "$2" "$1" || {
+    echo "version: $1: expected '$2', found none" >&2
+    exit 1
+  }
+}
+expect "librpc-$version-1.rockspec" "version = \"$version-1\""
+expect contrib/openwrt/Makefile "PKG_VERSION:=$version"
+packaging/debian_changelog.py . 0 >/dev/null # which compares CHANGELOG.md

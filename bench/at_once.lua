@@ -44,23 +44,44 @@ local function many_rows(rounds)
   return result
 end
 
--- A page beside slow daemons: milliseconds and texts.
-local function page(build, way, rounds, milliseconds, silent)
+-- What a command prints beside slow daemons: its two numbers.
+local function beside_slow(build, daemons, command)
   local ready = os.tmpname()
-  os.execute(("'%s/bench/bench_slow_daemon' %d %s >%s & echo $! >%s.pid"):format(build, milliseconds, silent or "",
-    ready, ready))
-  local text = output.of(("until grep -q ready %s; do sleep 0.02; done; lua5.1 bench/at_once_page.lua %s %d; "
-    .. "kill $(cat %s.pid); rm -f %s %s.pid"):format(ready, way, rounds, ready, ready, ready))
-  local median, there = text:match("([%d.]+)%s+(%d+)")
-  return { time = tonumber(median), texts = tonumber(there) }
+  os.execute(("'%s/bench/bench_slow_daemon' %s >%s & echo $! >%s.pid"):format(build, daemons, ready, ready))
+  local text = output.of(("until grep -q ready %s; do sleep 0.02; done; %s; kill $(cat %s.pid); rm -f %s %s.pid")
+    :format(ready, command, ready, ready, ready))
+  local first, second = text:match("([%d.]+)%s+([%d.]+)")
+  return tonumber(first), tonumber(second)
+end
+
+-- A page beside slow daemons: milliseconds and texts.
+local function page(build, way, rounds, daemons)
+  local time, texts = beside_slow(build, daemons, ("lua5.1 bench/at_once_page.lua %s %d"):format(way, rounds))
+  return { time = time, texts = texts }
+end
+
+-- Threads on all cores, with the daemon there too: calls a second of one and of
+-- several; the longest call beside another service's daemon of 500 ms.
+local several = 8
+local function threads(build, seconds)
+  local cores = ("0-%d"):format(tonumber(output.of("nproc --all")) - 1)
+  local program = ("taskset -c %s '%s/bench/bench_threads' %g "):format(cores, build, seconds)
+  local function calls_a_second(count)
+    return tonumber((output.of(program .. count):match("[%d.]+")))
+  end
+  timing.on_cores(cores)
+  local one, many = calls_a_second(1), calls_a_second(several)
+  local _, longest = beside_slow(build, "0 nsminfo 500", program .. several .. " oltmib_vlaninfo_get_1")
+  return { one = one, many = many, longest = longest }
 end
 
 function at_once.measure(build, rounds)
   return {
     rows = many_rows(rounds),
-    page = page(build, "all", 15, 20),
-    one = page(build, "one", 3, 20),
-    dead = page(build, "deadline", 3, 20, "nsminfo"),
+    threads = threads(build, 2),
+    page = page(build, "all", 15, "20"),
+    one = page(build, "one", 3, "20"),
+    dead = page(build, "deadline", 3, "20 nsminfo silent"),
   }
 end
 
@@ -71,6 +92,7 @@ end
 function at_once.table(results)
   local from = results.at_once
   local ratio, time = from.rows.all / from.rows.echo, from.page.time / 20
+  local speedup = from.threads.many / from.threads.one
   return {
     title = "Many calls at once",
     head = { "what", "found", "at most" },
@@ -85,6 +107,11 @@ function at_once.table(results)
       { "one of them silent, a deadline of 1 s, ms", ("%.0f"):format(from.dead.time),
         "1050: " .. verdict(from.dead.time, 1050) },
       { "- texts of the 14 others", ("%d"):format(from.dead.texts), "" },
+      { "one thread, calls a second", ("%.0f"):format(from.threads.one), "" },
+      { several .. " threads, calls a second", ("%.0f"):format(from.threads.many), "" },
+      { "- x one", ("%.2f"):format(speedup), "at least 1.6: " .. (speedup >= 1.6 and "met" or "missed") },
+      { several .. " threads beside another service's daemon of 500 ms, longest call, ms",
+        ("%.1f"):format(from.threads.longest), "5: " .. verdict(from.threads.longest, 5) },
     },
   }
 end

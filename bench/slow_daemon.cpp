@@ -1,8 +1,8 @@
 // The benchmark's slow daemons: every service's program, each on a socket of its
-// own, each reply so many milliseconds after its call; one may be silent. They say
-// "ready" once the port mapper knows them.
+// own, each reply so many milliseconds after its call; one service may take another
+// time, or be silent. They say "ready" once the port mapper knows them.
 //
-//     bench_slow_daemon MS [SILENT_SERVICE]
+//     bench_slow_daemon MS [SERVICE MS|silent]
 #include <algorithm>
 #include <arpa/inet.h>
 #include <cerrno>
@@ -10,8 +10,8 @@
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
-#include <deque>
 #include <poll.h>
+#include <queue>
 #include <rpc/pmap_clnt.h>
 #include <string>
 #include <sys/socket.h>
@@ -78,35 +78,37 @@ std::vector<uint32_t> reply_to(const Service& service, std::vector<uint32_t> cal
 
 int main(int count, char** argument)
 {
-    const double delay = count > 1 ? atof(argument[1]) : 0;
-    const std::string silent = count > 2 ? argument[2] : "";
+    const double usual = count > 1 ? atof(argument[1]) : 0;
+    const std::string other = count > 3 ? argument[2] : "", others = count > 3 ? argument[3] : "";
     std::vector<pollfd> sockets;
     for (const Service* service : all_services)
         sockets.push_back({open_socket(*service), POLLIN, 0});
     puts("ready");
     fflush(stdout);
-    std::deque<Reply> waiting; // all wait equally long
+    const auto is_later = [](const Reply& one, const Reply& another) { return one.due > another.due; };
+    std::priority_queue<Reply, std::vector<Reply>, decltype(is_later)> waiting(is_later);
     for (;;) {
-        const double left = waiting.empty() ? -1 : waiting.front().due - milliseconds();
+        const double left = waiting.empty() ? -1 : waiting.top().due - milliseconds();
         timespec time = {0, static_cast<long>(std::max(left, 0.0) * 1e6)};
         ppoll(sockets.data(), sockets.size(), waiting.empty() ? nullptr : &time, nullptr);
-        while (!waiting.empty() && waiting.front().due <= milliseconds()) {
-            const Reply& one = waiting.front();
+        while (!waiting.empty() && waiting.top().due <= milliseconds()) {
+            const Reply& one = waiting.top();
             sendto(one.fd, one.units.data(), sizeof(uint32_t) * one.units.size(), 0,
                    reinterpret_cast<const sockaddr*>(&one.to), sizeof one.to);
-            waiting.pop_front();
+            waiting.pop();
         }
         for (size_t i = 0; i < sockets.size(); i++) {
+            const bool is_other = other == all_services[i]->name;
             std::vector<uint32_t> units(datagram_units);
-            Reply reply = {milliseconds() + delay, sockets[i].fd, {}, {}};
+            Reply reply = {milliseconds() + (is_other ? atof(others.c_str()) : usual), sockets[i].fd, {}, {}};
             socklen_t size = sizeof reply.to;
             const ssize_t got = recvfrom(reply.fd, units.data(), sizeof(uint32_t) * units.size(), MSG_DONTWAIT,
                                          reinterpret_cast<sockaddr*>(&reply.to), &size);
-            if (got < static_cast<ssize_t>(sizeof(uint32_t) * call_units) || silent == all_services[i]->name)
+            if (got < static_cast<ssize_t>(sizeof(uint32_t) * call_units) || (is_other && others == "silent"))
                 continue;
             units.resize(static_cast<size_t>(got) / sizeof(uint32_t));
             reply.units = reply_to(*all_services[i], units);
-            waiting.push_back(reply);
+            waiting.push(reply);
         }
     }
 }

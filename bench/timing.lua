@@ -20,6 +20,11 @@ function timing.use(port, pid)
   daemon = { port = port, pid = pid }
 end
 
+-- Lets the daemon run on these cores ("0-1"), for the rest of the benchmark.
+function timing.on_cores(cores)
+  os.execute(("taskset -pc %s %d >/dev/null"):format(cores, daemon.pid))
+end
+
 -- One round: the microseconds a call, over `count` calls. A round in which
 -- somebody else had the core does not count and is made again.
 local function time(call, count, ...)

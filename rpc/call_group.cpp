@@ -1,103 +1,22 @@
-// Groups of calls, see call_group.h.
-#include "rpc/call_group.h"
-
+// A group's lanes: sending, receiving, failing, see call_group.h.
 #include <cerrno>
 #include <cstdlib>
-#include <initializer_list>
 #include <new>
-#include <poll.h>
-#include <sys/epoll.h>
 #include <sys/socket.h>
-#include <sys/timerfd.h>
+
+#include "rpc/call_group.h"
 
 namespace
 {
-constexpr nfds_t most_polled = 64; // descriptors that one wait looks at
-constexpr int most_turns = 32;     // batches that one lane receives before the next
-constexpr int most_a_batch = 8;    // datagrams that are sent or received in one go
+constexpr int most_turns = 32;  // batches that one lane receives before the next
+constexpr int most_a_batch = 8; // datagrams that are sent or received in one go
 constexpr size_t batch_units = 3 * datagram_units;
-constexpr int64_t usual_receive_ms = socket_wait_ms(TIMEOUT);
-constexpr int64_t least_receive_ms = 50; // less is not worth a socket's own receive
 
-rpc_err error_of(enum clnt_stat status, int number = 0)
-{
-    rpc_err error = {};
-    error.re_status = status;
-    error.re_errno = number;
-    return error;
-}
-
-GroupFailure call_failure(const rpc_err& error) { return {GroupFailure::Kind::Call, error, {}}; }
 GroupFailure creation_failure(const CreationFailure& creation)
 {
     return {GroupFailure::Kind::NoClient, creation.error, creation};
 }
 } // namespace
-
-// One daemon's calls.
-struct CallGroup::Lane {
-    explicit Lane(const ServiceClient& service) : service(service), query(service.program, server_version, Life::Long)
-    {
-    }
-
-    const ServiceClient& service;
-    Lane* next = nullptr;
-    bool asks = false; // the port query is under way
-    PortQuery query;
-    UdpSocket own;
-    Client* lent = nullptr;
-    uint32_t xid = 0;
-    size_t under_way = 0;         // kernel_memory of what was sent
-    size_t largest = 0;           // units of the largest reply that any call of it may have
-    bool is_doubted = false;      // a call failed: the daemon may be another by now, its port too
-    GroupCall* waiting = nullptr; // for their turn
-    GroupCall** last_waiting = &waiting;
-    GroupCall* sent = nullptr;
-    GroupCall** last_sent = &sent;
-
-    int64_t receive_ms = usual_receive_ms; // how long the socket's own receive waits
-
-    UdpSocket& socket() { return lent ? lent->socket : own; }
-    bool is_ready() const { return lent || own.is_open(); }
-
-    bool limit_receive(int64_t ms)
-    {
-        receive_ms = ms;
-        return socket().set_wait(ms);
-    }
-
-    void wait_last(GroupCall& call)
-    {
-        call.next = nullptr;
-        *last_waiting = &call;
-        last_waiting = &call.next;
-    }
-    GroupCall& pop_waiting()
-    {
-        GroupCall& call = *waiting;
-        waiting = call.next;
-        if (!waiting)
-            last_waiting = &waiting;
-        return call;
-    }
-    void append_sent(GroupCall& call)
-    {
-        call.next = nullptr;
-        *last_sent = &call;
-        last_sent = &call.next;
-        under_way += kernel_memory(call.size);
-    }
-    // Takes the call that *link leads to out of `sent`.
-    GroupCall& unlink_sent(GroupCall** link)
-    {
-        GroupCall& call = **link;
-        *link = call.next;
-        if (last_sent == &call.next)
-            last_sent = link;
-        under_way -= kernel_memory(call.size);
-        return call;
-    }
-};
 
 CallGroup::Lane* CallGroup::lane_of(const ServiceClient& service)
 {
@@ -344,145 +263,6 @@ void CallGroup::fail_sent(Lane& lane, const GroupFailure& failure)
     lane.under_way = 0;
 }
 
-void CallGroup::expire(Lane& lane, int64_t now)
-{
-    for (GroupCall** link = &lane.sent; *link;) {
-        if ((*link)->deadline.at > now) {
-            link = &(*link)->next;
-            continue;
-        }
-        end(lane.unlink_sent(link), call_failure(error_of(RPC_TIMEDOUT)));
-        lane.is_doubted = true;
-    }
-    for (GroupCall** link = &lane.waiting; *link;) {
-        GroupCall* call = *link;
-        if (call->deadline.at > now) {
-            link = &call->next;
-            continue;
-        }
-        *link = call->next;
-        end(*call, {GroupFailure::Kind::NotSent, error_of(RPC_TIMEDOUT), {}});
-    }
-    lane.last_waiting = &lane.waiting;
-    while (*lane.last_waiting)
-        lane.last_waiting = &(*lane.last_waiting)->next;
-}
-
-// Ends what is over, where the bound says that something may be.
-void CallGroup::expire_all()
-{
-    const int64_t now = microseconds_now();
-    if (bound.at > now)
-        return;
-    for (Lane* lane = lanes; lane; lane = lane->next) {
-        expire(*lane, now);
-        advance(*lane);
-    }
-    bound = next_deadline();
-}
-
-Deadline CallGroup::next_deadline() const
-{
-    Deadline next = {INT64_MAX};
-    for (const Lane* lane = lanes; lane; lane = lane->next)
-        for (const GroupCall* list : {lane->sent, lane->waiting})
-            for (const GroupCall* call = list; call; call = call->next)
-                next = next.or_sooner(call->deadline);
-    return next;
-}
-
-Deadline CallGroup::next_due() const
-{
-    Deadline due = bound;
-    for (const Lane* lane = lanes; lane; lane = lane->next)
-        if (lane->asks)
-            due = due.or_sooner(lane->query.next());
-    return due;
-}
-
-Deadline CallGroup::exact_due()
-{
-    bound = next_deadline();
-    return next_due();
-}
-
-// The only lane that has anything under way, or null.
-CallGroup::Lane* CallGroup::only_lane() const
-{
-    Lane* only = nullptr;
-    for (Lane* lane = lanes; lane; lane = lane->next) {
-        if (!lane->asks && !lane->sent)
-            continue;
-        if (only || lane->asks || !lane->is_ready())
-            return nullptr;
-        only = lane;
-    }
-    return only;
-}
-
-// Receives one datagram of a lane, waiting in the socket's own receive, which
-// saves looking before and after. False when that cannot be: its wait is not
-// exact, so the last moments before a deadline are poll's.
-bool CallGroup::receive_alone(Lane& lane, Deadline until)
-{
-    const int64_t left = (next_due().or_sooner(until).at - coarse_microseconds_now()) / us_of_ms - coarse_ms;
-    if (left < least_receive_ms)
-        return false;
-    if (lane.receive_ms > left && !lane.limit_receive(left / 8 * 7))
-        return false;
-    take_some(lane, 0);
-    advance(lane);
-    return true;
-}
-
-void CallGroup::process()
-{
-    for (Lane* lane = lanes; lane; lane = lane->next)
-        lane->socket().was_just_used = false;
-    look({0});
-}
-
-void CallGroup::wait(Deadline until)
-{
-    Lane* alone = only_lane();
-    if (!alone || !receive_alone(*alone, until))
-        look(until);
-}
-
-// Waits for datagrams and takes those that came: once more before a deadline ends
-// calls, for the process may have been stopped.
-void CallGroup::look(Deadline until)
-{
-    pollfd descriptors[most_polled];
-    Lane* of[most_polled];
-    nfds_t count = 0;
-    for (Lane* lane = lanes; lane && count < most_polled; lane = lane->next) {
-        const bool is_open = lane->sent && lane->is_ready();
-        for (const int fd : {lane->asks ? lane->query.fd() : -1, is_open ? lane->socket().fd : -1}) {
-            if (fd < 0 || count == most_polled)
-                continue;
-            of[count] = lane;
-            descriptors[count++] = {fd, POLLIN, 0};
-        }
-    }
-    const int ready = poll(descriptors, count, next_due().or_sooner(until).left_for_poll());
-    for (nfds_t i = 0; i < count; i++) {
-        Lane& lane = *of[i];
-        const bool is_readable = ready > 0 && descriptors[i].revents != 0;
-        if (!lane.asks || descriptors[i].fd != lane.query.fd()) {
-            if (is_readable)
-                receive(lane);
-            continue;
-        }
-        if (is_readable)
-            use(lane, lane.query.receive());
-        if (lane.asks)
-            use(lane, lane.query.check_time());
-        advance(lane);
-    }
-    expire_all();
-}
-
 void CallGroup::fail_all(const rpc_err& error)
 {
     for (Lane* lane = lanes; lane; lane = lane->next) {
@@ -516,47 +296,4 @@ void CallGroup::close_in_child()
     }
     epoll.close();
     timer.close();
-}
-
-void CallGroup::watch(int fd) const
-{
-    if (!epoll.is_open())
-        return;
-    epoll_event event = {};
-    event.events = EPOLLIN;
-    epoll_ctl(epoll.fd, EPOLL_CTL_ADD, fd, &event);
-}
-
-int CallGroup::descriptor()
-{
-    if (epoll.is_open())
-        return epoll.fd;
-    if (!epoll.take(epoll_create1(EPOLL_CLOEXEC)))
-        return -1;
-    if (!timer.take(timerfd_create(CLOCK_MONOTONIC, TFD_CLOEXEC | TFD_NONBLOCK))) {
-        epoll.close();
-        return -1;
-    }
-    watch(timer.fd);
-    for (Lane* lane = lanes; lane; lane = lane->next) {
-        if (lane->asks)
-            watch(lane->query.fd());
-        if (lane->is_ready())
-            watch(lane->socket().fd);
-    }
-    return epoll.fd;
-}
-
-void CallGroup::set_alarm(Deadline due)
-{
-    if (!timer.is_open() || due.at == alarm.at)
-        return;
-    alarm = due;
-    itimerspec when = {};
-    if (due.at < INT64_MAX) {
-        const int64_t left = due.left();
-        when.it_value.tv_sec = left > 0 ? left / ms_of_second : 0;
-        when.it_value.tv_nsec = left > 0 ? left % ms_of_second * 1000000 : 1;
-    }
-    timerfd_settime(timer.fd, 0, &when, nullptr);
 }

@@ -12,50 +12,13 @@
 #include <cstdint>
 #include <rpc/rpc.h>
 
-#include "rpc/client.h"
-#include "rpc/clock.h"
-#include "rpc/descriptor.h"
-#include "rpc/port_mapper.h"
-#include "rpc/udp_socket.h"
+#include "rpc/call_lane.h"
 
 // Memory of the kernel's that one group's datagrams to one daemon, or back, may
 // occupy. A socket's buffer has 212,992 bytes unless somebody says otherwise, of
 // which a quarter may be counted for some time after it was read. Twice the window
 // fits the rest: replies may come doubled, and another group may be under way.
 constexpr size_t group_window = 72 * 1024;
-
-// What a datagram of that size counts in a socket's buffer: more than itself.
-// Small ones count seven times their size, which is why they, too, are bounded by
-// what they count.
-constexpr size_t kernel_memory(size_t datagram)
-{
-    constexpr size_t around = 448, least = 512, description = 256;
-    size_t room = least;
-    while (room < datagram + around)
-        room *= 2;
-    return room + description;
-}
-
-// Why a call of a group ended without a reply.
-struct GroupFailure {
-    enum class Kind : uint8_t {
-        Call,     // after it was sent: `error`
-        NoClient, // there was nowhere to send it: `creation`
-        NotSent,  // it was over while it waited for its turn
-    };
-    Kind kind;
-    rpc_err error;
-    CreationFailure creation;
-};
-
-// One call. Its owner keeps it until it has ended.
-struct GroupCall {
-    GroupCall* next = nullptr;
-    const ServiceClient* service = nullptr;
-    Deadline deadline = {0};
-    size_t size = 0; // of the request or of the reply, whichever is larger
-    uint32_t xid = 0;
-};
 
 // What a group asks of the owner of its calls.
 struct GroupOwner {
@@ -114,7 +77,7 @@ class CallGroup
     void close_in_child();
 
   private:
-    struct Lane;
+    using Lane = CallLane;
 
     Lane* lane_of(const ServiceClient& service);
     void advance(Lane& lane);
@@ -137,14 +100,15 @@ class CallGroup
     void fail_sent(Lane& lane, const GroupFailure& failure);
     void lose(Lane& lane, const rpc_err& error);
     void close(Lane& lane, bool failed);
-    void watch(int fd) const;
+    bool watch(int fd); // false, with errno, where the kernel has no room for it
 
     const GroupOwner owner;
     const LaneClients clients;
     Lane* lanes = nullptr;
     size_t open_calls = 0;
     bool is_gathering = false;
-    Deadline bound = {0}; // no open call's deadline is before
+    bool is_blind = false; // a socket could not be watched: the alarm tells to look
+    Deadline bound = {0};  // no open call's deadline is before
     Deadline alarm = {INT64_MAX};
     Descriptor epoll, timer;
 };

@@ -10,7 +10,6 @@
 //         int oper, res;
 //     };
 //     RECORD(oltmib_exampleEntry, ifx, name, oper, res)
-//     UNITS(oltmib_exampleEntry, 35)
 //
 // A member is an int, an unsigned, a double, an oltmib_int64_t or
 // oltmib_uint64_t, an array char[N] or int[N], or a record that is a block of
@@ -234,10 +233,6 @@ constexpr const Record* only_block(std::initializer_list<Block> blocks)
         static constexpr XdrRoutine xdr = xdr_##Type;                                                                  \
     };                                                                                                                 \
     XDR_BODY(Type, return xdr_record(xdrs, record_of<Type>, objp))
-
-// States a record's known size on the wire.
-#define UNITS(Type, known)                                                                                             \
-    static_assert(record_of<Type>.units == known, "the record's members do not add up to its known wire units");
 
 // An enum whose values are the daemon's own; it travels as one unit.
 #define WIRE_ENUM(Type)                                                                                                \

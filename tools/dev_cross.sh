@@ -93,7 +93,7 @@ build() { # FOLDER NAME [OPTION]...
 }
 build "$build" "$arch" -DCMAKE_TOOLCHAIN_FILE=cmake/cross.cmake
 cmake --build "$build" --target rpc e2e_process unit_test exports_test golden_test services_test \
-	fuzz_arguments fuzz_replies fuzz_exchange fuzz_tables fuzz_helpers
+	calls_test calls_host fuzz_arguments fuzz_replies fuzz_exchange fuzz_tables fuzz_helpers
 # the device that the library talks to is this machine's own
 build "$build/native" "this machine"
 cmake --build "$build/native" --target simulated_device
@@ -111,7 +111,7 @@ leave_out() { # NAME WHY
 	leave_out Hostpdinfo.DecimalCommaOfTheProcessLocaleGoesForBothWays "this machine's localedef writes its own byte order"
 leave_out descriptor_limit_gives_no_value_and_the_next_call_works "the emulator needs descriptors of its own"
 
-for test in unit/unit unit/exports golden/golden services/services; do
+for test in unit/unit unit/exports golden/golden services/services calls/calls; do
 	echo "dev_cross: $arch: ${test#*/}"
 	# shellcheck disable=SC2086 # a command and its options
 	$emulated "$build/tests/${test}_test" --gtest_brief=1 "--gtest_filter=*-${excluded#:}" \
@@ -125,7 +125,7 @@ done
 for target in arguments replies exchange tables helpers; do
 	echo "dev_cross: $arch: fuzz $target"
 	# shellcheck disable=SC2086
-	$emulated "$build/tests/fuzz/fuzz_$target" "tests/fuzz/corpus/$target" || failed=$((failed + 1))
+	$emulated "$build/tests/fuzz/fuzz_$target" "tests/fuzz/corpus/$target.kept" || failed=$((failed + 1))
 done
 
 # The end-to-end tests, with that machine's Lua and library.
@@ -140,13 +140,14 @@ LUA_CPATH="$build/?.so;$build/tests/e2e/?.so" LUA_PATH="$PWD/tests/e2e/?.lua;$PW
 E2E_INTERPRETER=$lua LIBRPC_TEST_SOURCE=$PWD
 export LUA_CPATH LUA_PATH E2E_INTERPRETER LIBRPC_TEST_SOURCE
 passed=0
-for topic in dispatch client faults; do
+for file in e2e/dispatch e2e/client e2e/faults calls/all calls/group calls/message; do
+	topic=${file#*/}
 	echo "dev_cross: $arch: end to end: $topic"
 	# shellcheck disable=SC2013 # names have no blanks
-	for case in $(sed -n 's/^case "\([^"]*\)".*/\1/p' "tests/e2e/$topic.lua"); do
+	for case in $(sed -n 's/^case "\([^"]*\)".*/\1/p' "tests/$file.lua"); do
 		case "$excluded:" in *":$case:"*) continue ;; esac
 		log=$build/end_to_end.log
-		if tools/with_device.sh "$build/native" -- "$lua" "tests/e2e/$topic.lua" "$case" >"$log" 2>&1 </dev/null &&
+		if tools/with_device.sh "$build/native" -- "$lua" "tests/$file.lua" "$case" >"$log" 2>&1 </dev/null &&
 			grep -qx "passed $case" "$log"; then
 			passed=$((passed + 1))
 		else

@@ -2,11 +2,12 @@
 # ./dev fuzz SECONDS [TARGET]: runs each fuzz target (or one) for SECONDS under
 # libFuzzer, AddressSanitizer and UndefinedBehaviorSanitizer, one after the
 # other. What it learns stays in build-fuzz/corpus; what fails goes to
-# build-fuzz/found. With KEEP=1 the kept inputs, tests/fuzz/corpus, are worked
-# out anew from all of it afterwards.
+# build-fuzz/found. With KEEP=1 the kept inputs, tests/fuzz/corpus/*.kept,
+# are worked out anew from all of it afterwards.
 set -eu
 
-targets='arguments replies exchange messages tables helpers'
+cd "$(dirname "$0")/.."
+targets=$(cd tests/fuzz/corpus && echo *.kept | sed 's/\.kept//g')
 
 fail() {
 	echo "dev_fuzz: $*" >&2
@@ -23,9 +24,8 @@ esac
 esac
 command -v clang++ >/dev/null || fail 'PATH: expected clang++ (Debian: clang libclang-rt-14-dev), found none'
 
-cd "$(dirname "$0")/.."
 build=$PWD/build-fuzz
-kept=$PWD/tests/fuzz/corpus
+kept=$build/unpacked
 mkdir -p "$build/found"
 cmake -S . -B "$build" -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++ \
 	-DCMAKE_BUILD_TYPE=RelWithDebInfo -DLIBRPC_WERROR=ON -DLIBRPC_TESTS=ON -DLIBRPC_FUZZ=ON \
@@ -41,6 +41,8 @@ for target in $targets; do
 	fuzz=$build/tests/fuzz/fuzz_$target
 	corpus=$build/corpus/$target
 	mkdir -p "$corpus"
+	rm -rf "${kept:?}/$target"
+	tests/fuzz/corpus.py unpack "tests/fuzz/corpus/$target.kept" "$kept/$target"
 	if [ "$seconds" -gt 0 ]; then
 		echo "dev_fuzz: $target: $seconds seconds"
 		log=$build/found/$target.log
@@ -59,9 +61,8 @@ for target in $targets; do
 			>"$build/found/$target-merge.log" 2>&1 ||
 			fail "$target: expected kept inputs, found what $build/found/$target-merge.log says"
 		cp "$kept/$target"/edge_* "$build/kept" # chosen by hand
-		rm -rf "${kept:?}/$target"
-		mv "$build/kept" "$kept/$target"
-		echo "  kept: $(find "$kept/$target" -type f | wc -l)"
+		tests/fuzz/corpus.py pack "$build/kept" "tests/fuzz/corpus/$target.kept"
+		echo "  kept: $(wc -l <"tests/fuzz/corpus/$target.kept")"
 	fi
 done
 [ -z "$failed" ] || fail "$build/found: expected no failing input, found some of:$failed"

@@ -9,7 +9,6 @@ struct oltmib_authGlobalEntry {
     int oper, res;
 };
 RECORD(oltmib_authGlobalEntry, config, text32, oper, res)
-UNITS(oltmib_authGlobalEntry, 35)
 
 struct oltmib_d1xPcfgEntry {
     int ifx;
@@ -19,7 +18,6 @@ struct oltmib_d1xPcfgEntry {
     int oper, res;
 };
 RECORD(oltmib_d1xPcfgEntry, ifx, text40, int1, int2, int3, int4, int5, int6, int7, int8, int9, int10, text32, oper, res)
-UNITS(oltmib_d1xPcfgEntry, 85)
 
 struct oltmib_d1xPstEntry {
     int ifx;
@@ -31,7 +29,6 @@ struct oltmib_d1xPstEntry {
 };
 RECORD(oltmib_d1xPstEntry, ifx, text40, int1, int2, int3, int4, int5, int6, int7, int8, int9, int10, int11, int12,
        int13, int14, int15, int16, int17, int18, int19, int20, int21, int22, int23, int24, text32, oper, res)
-UNITS(oltmib_d1xPstEntry, 99)
 
 struct oltmib_macauthPcfgEntry {
     int ifx;
@@ -41,7 +38,6 @@ struct oltmib_macauthPcfgEntry {
     int oper, res;
 };
 RECORD(oltmib_macauthPcfgEntry, ifx, text40, int1, int2, int3, int4, int5, int6, text32, oper, res)
-UNITS(oltmib_macauthPcfgEntry, 81)
 
 struct oltmib_macauthUserEntry {
     int int1;
@@ -52,7 +48,6 @@ struct oltmib_macauthUserEntry {
     int oper, res;
 };
 RECORD(oltmib_macauthUserEntry, int1, mac, int2, int3, ifx, text40, text32, oper, res)
-UNITS(oltmib_macauthUserEntry, 84)
 
 struct oltmib_radglobalEntry {
     int int1;
@@ -64,7 +59,6 @@ struct oltmib_radglobalEntry {
     int oper, res;
 };
 RECORD(oltmib_radglobalEntry, int1, text64, int2, int3, int4, text40, int5, text32, oper, res)
-UNITS(oltmib_radglobalEntry, 143)
 
 struct oltmib_radsrvEntry {
     char ip[32];
@@ -75,4 +69,3 @@ struct oltmib_radsrvEntry {
     int oper, res;
 };
 RECORD(oltmib_radsrvEntry, ip, int1, int2, int3, text64, int4, int5, text32, oper, res)
-UNITS(oltmib_radsrvEntry, 135)

@@ -15,13 +15,11 @@ struct oltmib_DevInfoEntry {
     int oper, res;
 };
 RECORD(oltmib_DevInfoEntry, text32a, text32b, mac, text32c, text32d, text32e, saveconfig, int1, hostname, oper, res)
-UNITS(oltmib_DevInfoEntry, 234)
 
 struct oltmib_apiEntry {
     int int1, int2;
 };
 RECORD(oltmib_apiEntry, int1, int2)
-UNITS(oltmib_apiEntry, 2)
 
 struct oltmib_devcapEntry {
     char text64a[64];
@@ -32,7 +30,6 @@ struct oltmib_devcapEntry {
     int oper, res;
 };
 RECORD(oltmib_devcapEntry, text64a, text64b, int1, text64c, text32, oper, res)
-UNITS(oltmib_devcapEntry, 227)
 
 struct oltmib_libconfEntry {
     char text64a[64];
@@ -43,7 +40,6 @@ struct oltmib_libconfEntry {
     int oper, res;
 };
 RECORD(oltmib_libconfEntry, text64a, text64b, int1, text64c, text32, oper, res)
-UNITS(oltmib_libconfEntry, 227)
 
 struct oltmib_accesslogEntry {
     char text64a[64];
@@ -53,4 +49,3 @@ struct oltmib_accesslogEntry {
     int oper, res;
 };
 RECORD(oltmib_accesslogEntry, text64a, text64b, int1, int2, int3, text32, oper, res)
-UNITS(oltmib_accesslogEntry, 165)

@@ -9,4 +9,3 @@ struct oltmib_dhcpsnpEntry {
     int int1, int2;
 };
 RECORD(oltmib_dhcpsnpEntry, text80, text512, int1, int2)
-UNITS(oltmib_dhcpsnpEntry, 594)

@@ -14,7 +14,6 @@ struct oltmib_ErpsInstEntry {
     int oper, res;
 };
 RECORD(oltmib_ErpsInstEntry, text1, text2, value1, value2, value3, value4, text3, text4, text5, text6, oper, res)
-UNITS(oltmib_ErpsInstEntry, 198)
 
 struct oltmib_ErpsRingEntry {
     int value1;
@@ -24,7 +23,6 @@ struct oltmib_ErpsRingEntry {
     int oper, res;
 };
 RECORD(oltmib_ErpsRingEntry, value1, text1, text2, text3, oper, res)
-UNITS(oltmib_ErpsRingEntry, 99)
 
 struct oltmib_ErpsProfEntry {
     char text1[32];
@@ -33,7 +31,6 @@ struct oltmib_ErpsProfEntry {
     int oper, res;
 };
 RECORD(oltmib_ErpsProfEntry, text1, value1, value2, value3, value4, value5, text2, oper, res)
-UNITS(oltmib_ErpsProfEntry, 71)
 
 struct oltmib_ErpsStateEntry {
     char text1[32];
@@ -47,7 +44,6 @@ struct oltmib_ErpsStateEntry {
 };
 RECORD(oltmib_ErpsStateEntry, text1, value1, value2, value3, value4, value5, mac1, value6, value7, value8, mac2, value9,
        value10, value11, text2, oper, res)
-UNITS(oltmib_ErpsStateEntry, 89)
 
 struct oltmib_lldpcfgEntry {
     int value1;
@@ -58,7 +54,6 @@ struct oltmib_lldpcfgEntry {
     int oper, res;
 };
 RECORD(oltmib_lldpcfgEntry, value1, text1, text2, text3, text4, oper, res)
-UNITS(oltmib_lldpcfgEntry, 227)
 
 struct oltmib_lldpifcfgEntry {
     int value1;
@@ -72,7 +67,6 @@ struct oltmib_lldpifcfgEntry {
 };
 RECORD(oltmib_lldpifcfgEntry, value1, text1, text2, text3, text4, value2, value3, value4, value5, value6, value7,
        value8, value9, value10, value11, value12, value13, text5, oper, res)
-UNITS(oltmib_lldpifcfgEntry, 303)
 
 struct oltmib_lldpifneiEntry {
     int value1;
@@ -83,7 +77,6 @@ struct oltmib_lldpifneiEntry {
     int oper, res;
 };
 RECORD(oltmib_lldpifneiEntry, value1, mac1, text1, text2, text3, oper, res)
-UNITS(oltmib_lldpifneiEntry, 2105)
 
 struct oltmib_lldpifstatEntry {
     int value1;
@@ -93,4 +86,3 @@ struct oltmib_lldpifstatEntry {
     int oper, res;
 };
 RECORD(oltmib_lldpifstatEntry, value1, text1, value2, value3, value4, value5, value6, value7, value8, text2, oper, res)
-UNITS(oltmib_lldpifstatEntry, 106)

@@ -14,7 +14,6 @@ struct oltmib_hostpdInfoEntry {
     int oper, res;
 };
 RECORD(oltmib_hostpdInfoEntry, int1, text40, int2, text64, text80a, text80b, text32, oper, res)
-UNITS(oltmib_hostpdInfoEntry, 300)
 
 struct oltmib_accountEntry {
     int int1;
@@ -28,7 +27,6 @@ struct oltmib_accountEntry {
     int oper, res;
 };
 RECORD(oltmib_accountEntry, int1, text40, int2, text64, text80a, text80b, int3, text32, oper, res)
-UNITS(oltmib_accountEntry, 301)
 
 struct oltmib_tmEntry {
     char text40[40];
@@ -45,7 +43,6 @@ struct oltmib_tmEntry {
 };
 RECORD(oltmib_tmEntry, text40, text64a, text64b, text65, int1, int2, int3, text64c, text64d, int4, real1, real2, text32,
        oper, res)
-UNITS(oltmib_tmEntry, 403)
 
 struct oltmib_dhcpdinfoEntry {
     char text80[80];
@@ -53,7 +50,6 @@ struct oltmib_dhcpdinfoEntry {
     int oper, res;
 };
 RECORD(oltmib_dhcpdinfoEntry, text80, text512, oper, res)
-UNITS(oltmib_dhcpdinfoEntry, 594)
 
 struct oltmib_snmpviewEntry {
     char text80[80];
@@ -62,7 +58,6 @@ struct oltmib_snmpviewEntry {
     int oper, res;
 };
 RECORD(oltmib_snmpviewEntry, text80, text400, text32, oper, res)
-UNITS(oltmib_snmpviewEntry, 514)
 
 struct oltmib_snmpgroupEntry {
     char text80a[80];
@@ -74,7 +69,6 @@ struct oltmib_snmpgroupEntry {
     int oper, res;
 };
 RECORD(oltmib_snmpgroupEntry, text80a, int1, int2, text80b, text80c, text80d, text32, oper, res)
-UNITS(oltmib_snmpgroupEntry, 356)
 
 struct oltmib_snmpuserEntry {
     char text80a[80];
@@ -87,7 +81,6 @@ struct oltmib_snmpuserEntry {
     int oper, res;
 };
 RECORD(oltmib_snmpuserEntry, text80a, text80b, int1, text80c, int2, text80d, text32, oper, res)
-UNITS(oltmib_snmpuserEntry, 356)
 
 struct oltmib_snmphostEntry {
     int int1;
@@ -99,7 +92,6 @@ struct oltmib_snmphostEntry {
     int oper, res;
 };
 RECORD(oltmib_snmphostEntry, int1, text80a, int2, text80b, int3, int4, text32, oper, res)
-UNITS(oltmib_snmphostEntry, 198)
 
 struct oltmib_syslogInfoEntry {
     int value1, value2, value3, value4, value5, value6, value7, value8, value9, value10, value11;
@@ -108,7 +100,6 @@ struct oltmib_syslogInfoEntry {
 };
 RECORD(oltmib_syslogInfoEntry, value1, value2, value3, value4, value5, value6, value7, value8, value9, value10, value11,
        text32, oper, res)
-UNITS(oltmib_syslogInfoEntry, 45)
 
 struct oltmib_syslogRemoteEntry {
     int int1;
@@ -118,7 +109,6 @@ struct oltmib_syslogRemoteEntry {
     int oper, res;
 };
 RECORD(oltmib_syslogRemoteEntry, int1, text64, int2, text32, oper, res)
-UNITS(oltmib_syslogRemoteEntry, 100)
 
 struct oltmib_alertEntry {
     int value1, value2, value3, value4;
@@ -126,4 +116,3 @@ struct oltmib_alertEntry {
     int oper, res;
 };
 RECORD(oltmib_alertEntry, value1, value2, value3, value4, text32, oper, res)
-UNITS(oltmib_alertEntry, 38)

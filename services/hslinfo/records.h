@@ -14,7 +14,6 @@ struct oltmib_mgmtvlanEntry {
     int oper, res;
 };
 RECORD(oltmib_mgmtvlanEntry, int1, int2, ip, gateway, int3, text64a, text64b, text32, oper, res)
-UNITS(oltmib_mgmtvlanEntry, 205)
 
 struct oltmib_portintfmodeEntry {
     int ifx, mode_flag, mode, int4, int5;
@@ -22,7 +21,6 @@ struct oltmib_portintfmodeEntry {
     int oper, res;
 };
 RECORD(oltmib_portintfmodeEntry, ifx, mode_flag, mode, int4, int5, text32, oper, res)
-UNITS(oltmib_portintfmodeEntry, 39)
 
 struct oltmib_portinbandanEntry {
     int ifx, state;
@@ -30,7 +28,6 @@ struct oltmib_portinbandanEntry {
     int oper, res;
 };
 RECORD(oltmib_portinbandanEntry, ifx, state, text32, oper, res)
-UNITS(oltmib_portinbandanEntry, 36)
 
 struct oltmib_dyinggaspEntry {
     int int1, int2;
@@ -38,7 +35,6 @@ struct oltmib_dyinggaspEntry {
     int oper, res;
 };
 RECORD(oltmib_dyinggaspEntry, int1, int2, text32, oper, res)
-UNITS(oltmib_dyinggaspEntry, 36)
 
 struct oltmib_mbaserialEntry {
     int ifx, brate, int3;
@@ -48,7 +44,6 @@ struct oltmib_mbaserialEntry {
     int oper, res;
 };
 RECORD(oltmib_mbaserialEntry, ifx, brate, int3, text32a, int4, text32b, oper, res)
-UNITS(oltmib_mbaserialEntry, 70)
 
 struct oltmib_mbainstEntry {
     char name[32];
@@ -63,7 +58,6 @@ struct oltmib_mbainstEntry {
     int oper, res;
 };
 RECORD(oltmib_mbainstEntry, name, int1, text20, int2, dip, int3, text32a, int4, text32b, oper, res)
-UNITS(oltmib_mbainstEntry, 142)
 
 struct oltmib_mbainststateEntry {
     char name[32];
@@ -76,7 +70,6 @@ struct oltmib_mbainststateEntry {
     int oper, res;
 };
 RECORD(oltmib_mbainststateEntry, name, int1, int2, text20, int3, dip, int4, int5, text32, oper, res)
-UNITS(oltmib_mbainststateEntry, 111)
 
 struct oltmib_mbaserialstatisEntry {
     int ifx;
@@ -85,7 +78,6 @@ struct oltmib_mbaserialstatisEntry {
     int oper, res;
 };
 RECORD(oltmib_mbaserialstatisEntry, ifx, err, count2, count3, text32, oper, res)
-UNITS(oltmib_mbaserialstatisEntry, 38)
 
 struct oltmib_mbainststatisEntry {
     char name[32];
@@ -95,4 +87,3 @@ struct oltmib_mbainststatisEntry {
 };
 RECORD(oltmib_mbainststatisEntry, name, rx_bytes, count2, count3, count4, count5, count6, count7, count8, text32, oper,
        res)
-UNITS(oltmib_mbainststatisEntry, 74)

@@ -9,7 +9,6 @@ struct oltmib_igspGlobalEntry {
     int oper, res;
 };
 RECORD(oltmib_igspGlobalEntry, int1, int2, int3, text32, oper, res)
-UNITS(oltmib_igspGlobalEntry, 37)
 
 struct oltmib_igspMrouterEntry {
     int int1;
@@ -18,7 +17,6 @@ struct oltmib_igspMrouterEntry {
     int oper, res;
 };
 RECORD(oltmib_igspMrouterEntry, int1, text40, text32a, oper, res)
-UNITS(oltmib_igspMrouterEntry, 75)
 
 struct oltmib_igspGrpEntry {
     int int1;
@@ -30,7 +28,6 @@ struct oltmib_igspGrpEntry {
     int oper, res;
 };
 RECORD(oltmib_igspGrpEntry, int1, text40, text32a, text32b, int2, text32c, oper, res)
-UNITS(oltmib_igspGrpEntry, 140)
 
 struct oltmib_igspifEntry {
     int int1, int2;
@@ -38,4 +35,3 @@ struct oltmib_igspifEntry {
     int oper, res;
 };
 RECORD(oltmib_igspifEntry, int1, int2, text32, oper, res)
-UNITS(oltmib_igspifEntry, 36)

@@ -10,4 +10,3 @@ struct oltmib_ioctlEntry {
     int int5, int6;
 };
 RECORD(oltmib_ioctlEntry, int1, int2, int3, int4, text32a, text32b, int5, int6)
-UNITS(oltmib_ioctlEntry, 70)

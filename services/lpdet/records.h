@@ -9,7 +9,6 @@ struct oltmib_lpdetglobalEntry {
     int oper, res;
 };
 RECORD(oltmib_lpdetglobalEntry, value1, value2, value3, text1, oper, res)
-UNITS(oltmib_lpdetglobalEntry, 37)
 
 struct oltmib_lpdetportinfoEntry {
     int value1;
@@ -24,4 +23,3 @@ struct oltmib_lpdetportinfoEntry {
     int oper, res;
 };
 RECORD(oltmib_lpdetportinfoEntry, value1, text1, value2, text2, text3, text4, text5, value3, text6, oper, res)
-UNITS(oltmib_lpdetportinfoEntry, 197)

@@ -10,7 +10,6 @@ struct oltmib_mstpglobalEntry {
 };
 RECORD(oltmib_mstpglobalEntry, value1, value2, value3, value4, value5, value6, value7, value8, value9, value10, value11,
        text1, oper, res)
-UNITS(oltmib_mstpglobalEntry, 45)
 
 struct oltmib_mstpmstEntry {
     char text1[40];
@@ -19,7 +18,6 @@ struct oltmib_mstpmstEntry {
     int oper, res;
 };
 RECORD(oltmib_mstpmstEntry, text1, value1, text2, oper, res)
-UNITS(oltmib_mstpmstEntry, 75)
 
 struct oltmib_mstpinstEntry {
     int value1;
@@ -29,7 +27,6 @@ struct oltmib_mstpinstEntry {
     int oper, res;
 };
 RECORD(oltmib_mstpinstEntry, value1, text1, value2, text2, oper, res)
-UNITS(oltmib_mstpinstEntry, 100)
 
 struct oltmib_mstpifEntry {
     int value1, value2;
@@ -40,7 +37,6 @@ struct oltmib_mstpifEntry {
 };
 RECORD(oltmib_mstpifEntry, value1, value2, text1, value3, value4, value5, value6, value7, value8, value9, value10,
        value11, value12, value13, text2, oper, res)
-UNITS(oltmib_mstpifEntry, 79)
 
 struct oltmib_mstpifstateEntry {
     int value1, value2;
@@ -53,7 +49,6 @@ struct oltmib_mstpifstateEntry {
     int oper, res;
 };
 RECORD(oltmib_mstpifstateEntry, value1, value2, text1, value3, value4, value5, bytes1, bytes2, bytes3, text2, oper, res)
-UNITS(oltmib_mstpifstateEntry, 95)
 
 // The daemon's own; no record of ours holds one.
 WIRE_ENUM(oltmib_mstpver_e)

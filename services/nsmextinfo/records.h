@@ -9,7 +9,6 @@ struct oltmib_poeConfEntry {
     int oper, res;
 };
 RECORD(oltmib_poeConfEntry, value1, value2, value3, value4, text1, oper, res)
-UNITS(oltmib_poeConfEntry, 38)
 
 struct oltmib_poeInfoEntry {
     int value1, value2;
@@ -17,7 +16,6 @@ struct oltmib_poeInfoEntry {
     int oper, res;
 };
 RECORD(oltmib_poeInfoEntry, value1, value2, text1, oper, res)
-UNITS(oltmib_poeInfoEntry, 36)
 
 struct oltmib_poeifConfEntry {
     int value1;
@@ -32,7 +30,6 @@ struct oltmib_poeifConfEntry {
 };
 RECORD(oltmib_poeifConfEntry, value1, text1, value2, text2, value3, value4, value5, value6, text3, value7, value8,
        value9, value10, text4, oper, res)
-UNITS(oltmib_poeifConfEntry, 148)
 
 struct oltmib_poeifInfoEntry {
     int value1;
@@ -45,7 +42,6 @@ struct oltmib_poeifInfoEntry {
 };
 RECORD(oltmib_poeifInfoEntry, value1, text1, value2, value3, text2, value4, value5, value6, value7, value8, value9,
        value10, value11, value12, value13, value14, text3, oper, res)
-UNITS(oltmib_poeifInfoEntry, 112)
 
 struct oltmib_nsmauthmacEntry {
     int value1;
@@ -56,7 +52,6 @@ struct oltmib_nsmauthmacEntry {
     int oper, res;
 };
 RECORD(oltmib_nsmauthmacEntry, value1, mac1, value2, value3, value4, value5, text1, text2, oper, res)
-UNITS(oltmib_nsmauthmacEntry, 77)
 
 struct oltmib_nsmpsEntry {
     int value1;
@@ -66,7 +61,6 @@ struct oltmib_nsmpsEntry {
     int oper, res;
 };
 RECORD(oltmib_nsmpsEntry, value1, text1, value2, value3, value4, value5, value6, value7, text2, oper, res)
-UNITS(oltmib_nsmpsEntry, 73)
 
 struct oltmib_nsmpsmacEntry {
     int value1;
@@ -78,7 +72,6 @@ struct oltmib_nsmpsmacEntry {
     int oper, res;
 };
 RECORD(oltmib_nsmpsmacEntry, value1, text1, value2, mac1, value3, text2, oper, res)
-UNITS(oltmib_nsmpsmacEntry, 75)
 
 struct oltmib_nsmpsstateEntry {
     int value1;
@@ -91,7 +84,6 @@ struct oltmib_nsmpsstateEntry {
 };
 RECORD(oltmib_nsmpsstateEntry, value1, text1, value2, value3, value4, value5, value6, value7, value8, value9, value10,
        mac1, text2, text3, oper, res)
-UNITS(oltmib_nsmpsstateEntry, 114)
 
 struct oltmib_nsmpsmacstateEntry {
     int value1;
@@ -103,7 +95,6 @@ struct oltmib_nsmpsmacstateEntry {
     int oper, res;
 };
 RECORD(oltmib_nsmpsmacstateEntry, value1, text1, value2, mac1, value3, value4, text2, oper, res)
-UNITS(oltmib_nsmpsmacstateEntry, 76)
 
 struct oltmib_nsmipsgifEntry {
     int value1;
@@ -113,7 +104,6 @@ struct oltmib_nsmipsgifEntry {
     int oper, res;
 };
 RECORD(oltmib_nsmipsgifEntry, value1, text1, value2, value3, value4, value5, text2, oper, res)
-UNITS(oltmib_nsmipsgifEntry, 71)
 
 struct oltmib_nsmipsguserEntry {
     int value1;
@@ -126,4 +116,3 @@ struct oltmib_nsmipsguserEntry {
     int oper, res;
 };
 RECORD(oltmib_nsmipsguserEntry, value1, text1, value2, mac1, text2, value3, text3, oper, res)
-UNITS(oltmib_nsmipsguserEntry, 107)

@@ -13,4 +13,3 @@ struct oltmib_routeEntry {
     int oper, res;
 };
 RECORD(oltmib_routeEntry, text64a, text64b, text32a, int1, int2, text32b, text32c, oper, res)
-UNITS(oltmib_routeEntry, 228)

@@ -9,4 +9,3 @@ struct oltmib_sdsminfoEntry {
     int int1, int2;
 };
 RECORD(oltmib_sdsminfoEntry, text80, text512, int1, int2)
-UNITS(oltmib_sdsminfoEntry, 594)

@@ -15,7 +15,6 @@ struct oltmib_vrrp_ssconfEntry {
 };
 RECORD(oltmib_vrrp_ssconfEntry, vrid, ifname, text1, value1, value2, value3, value4, text2, value5, value6, text3, oper,
        res)
-UNITS(oltmib_vrrp_ssconfEntry, 153)
 
 struct oltmib_vrrp_ssstateEntry {
     int vrid, value1, value2, role, value3, value4;
@@ -23,4 +22,3 @@ struct oltmib_vrrp_ssstateEntry {
     int oper, res;
 };
 RECORD(oltmib_vrrp_ssstateEntry, vrid, value1, value2, role, value3, value4, text1, oper, res)
-UNITS(oltmib_vrrp_ssstateEntry, 40)

@@ -490,3 +490,16 @@ TEST_F(Calls, AfterAFailureTheNextCallGoesWhereTheDaemonIsThen)
     EXPECT_EQ(all[next].text.substr(0, 2), "5&");
     EXPECT_EQ(all[open].code, CallCode::Refused);
 }
+
+TEST_F(Calls, AnApiOfTheHostsOwnCannotBeOneOfMany)
+{
+    ApiNode node = {};
+    strcpy(node.name, "oltmib_of_a_host_get_1");
+    ASSERT_EQ(lua_addapi(&node), 1);
+    CallStatus status = {};
+    EXPECT_EQ(calls.call(node.name, "", Deadline::after(100), status), 0U);
+    EXPECT_EQ(status.code, CallCode::HostApi);
+    EXPECT_STREQ(status.api, node.name);
+    EXPECT_FALSE(calls.is_open());
+    EXPECT_EQ(lua_delapi(node.name), 1);
+}

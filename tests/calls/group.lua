@@ -513,3 +513,18 @@ case "an_inherited_group_is_dead_in_the_child_and_alive_in_the_parent" (function
   equal(texts[open], vlan10, "what was open")
   equal(executions(), 4, "executions")
 end)
+
+case "a_program_that_is_started_inherits_nothing" (function()
+  local function inherited()
+    return (select(2, shell("ls -l /proc/self/fd"):gsub("[a-z_]+:[^\n]*", "")))
+  end
+  local before = inherited()
+  tell "fault nsminfo delay 300"
+  local group = calls.group()
+  group:pollfd()
+  local id = group:call(vlan, "10", 10)
+  group:call(devinfo, "", 10)
+  equal(group:wait(10), true, "one has ended")
+  equal(inherited(), before, "sockets and the like of a program started with io.popen")
+  equal(ends_of(group, 2)[id], vlan10, "text")
+end)

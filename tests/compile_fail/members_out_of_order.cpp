@@ -11,4 +11,4 @@ RECORD(test_Entry, name, ifx, oper, res)
 #else
 RECORD(test_Entry, ifx, name, oper, res)
 #endif
-UNITS(test_Entry, 35)
+static_assert(record_of<test_Entry>.units == 35);

@@ -11,4 +11,4 @@ RECORD(test_Entry, ifx, name, res)
 #else
 RECORD(test_Entry, ifx, name, oper, res)
 #endif
-UNITS(test_Entry, record_of<test_Entry>.units)
+static_assert(record_of<test_Entry>.units > 0);

@@ -11,4 +11,4 @@ struct test_Entry {
 #endif
 };
 RECORD(test_Entry, ifx, text)
-UNITS(test_Entry, sizeof(test_Entry::text) + 1)
+static_assert(record_of<test_Entry>.units == sizeof(test_Entry::text) + 1);

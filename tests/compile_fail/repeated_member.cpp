@@ -9,4 +9,4 @@ RECORD(test_Entry, ifx, oper, oper)
 #else
 RECORD(test_Entry, ifx, oper, res)
 #endif
-UNITS(test_Entry, 3)
+static_assert(record_of<test_Entry>.units == 3);

@@ -3,7 +3,7 @@
 //
 // A target is one .cpp file here that defines LLVMFuzzerTestOneInput. It is
 // built twice: with libFuzzer (./dev fuzz SECONDS TARGET), and with main.cpp as
-// an ordinary test that replays corpus/TARGET.
+// an ordinary test that replays corpus/TARGET.kept.
 #pragma once
 
 #include <cstddef>

@@ -10,7 +10,7 @@ struct test_pairEntry {
     oltmib_uint64_t one, two;
 };
 RECORD(test_pairEntry, one, two)
-UNITS(test_pairEntry, 4)
+static_assert(record_of<test_pairEntry>.units == 4);
 
 struct test_mixedEntry {
     char mac[6];
@@ -23,7 +23,7 @@ struct test_mixedEntry {
     char one[1];
 };
 RECORD(test_mixedEntry, mac, number, count, real, wide, list, pair, one)
-UNITS(test_mixedEntry, 6 + 1 + 1 + 2 + 2 + 3 + 4 + 1)
+static_assert(record_of<test_mixedEntry>.units == 6 + 1 + 1 + 2 + 2 + 3 + 4 + 1);
 
 TEST(record, describes_each_member_by_its_type)
 {

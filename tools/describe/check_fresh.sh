@@ -1,6 +1,7 @@
 #!/bin/sh
 # Fails when a committed derived file differs from what the description gives,
-# or when one is there that nothing makes any more.
+# when one is there that nothing makes any more, or when .gitattributes does not
+# mark one as derived.
 #     check_fresh.sh LIBRPC_DESCRIBE SOURCE SCRATCH
 set -eu
 describe=$1 source=$2 scratch=$3
@@ -18,4 +19,7 @@ compare "two runs" "$scratch/first" "$scratch/second"
 for path in protocol docs/reference tools/wireshark/librpc.lua; do
     compare "$path" "$scratch/first/$path" "$source/$path"
 done
+unmarked=$(cd "$scratch/first" && find . -type f | sed 's,^\./,,' |
+    git -C "$source" check-attr --stdin linguist-generated 2>/dev/null | grep -v ': set$') || :
+[ -z "$unmarked" ] || { echo "describe: .gitattributes: expected derived files to be marked, found $unmarked" >&2; stale=1; }
 exit $stale

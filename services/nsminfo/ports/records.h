@@ -18,13 +18,11 @@ RECORD(oltmib_if_counters, counter0, counter1, counter2, counter3, counter4, cou
        counter29, counter30, counter31, counter32, counter33, counter34, counter35, counter36, counter37, counter38,
        counter39, counter40, counter41, counter42, counter43, counter44, counter45, counter46, counter47, counter48,
        counter49, counter50, counter51, counter52, counter53)
-UNITS(oltmib_if_counters, 108)
 
 struct oltmib_ifrate_s {
     oltmib_int64_t rate0, rate1, rate2, rate3, rate4, rate5;
 };
 RECORD(oltmib_ifrate_s, rate0, rate1, rate2, rate3, rate4, rate5)
-UNITS(oltmib_ifrate_s, 12)
 
 struct oltmib_PortInfoEntry {
     int ifx;

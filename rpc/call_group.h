@@ -145,7 +145,7 @@ class CallGroup
     size_t open_calls = 0;
     bool is_gathering = false;
     bool is_blind = false; // a socket could not be watched: the alarm tells to look
-    Deadline bound = {0}; // no open call's deadline is before
+    Deadline bound = {0};  // no open call's deadline is before
     Deadline alarm = {INT64_MAX};
     Descriptor epoll, timer;
 };

@@ -41,6 +41,7 @@ describe() { # HOST
     *) fail "command line: expected some of $hosts, found '$1'" ;;
   esac
   [ "$1" != static ] || options=(-DLIBRPC_STATIC_TIRPC=ON) needs=libc
+  [ "$1" != armhf ] || needs='libc libgcc_s libtirpc' # its unwind tables name a routine of libgcc's
   case $compiler in
     debian) packages+=("g++-$triplet" qemu-user-static) ;;
     musl) packages+=(musl-tools) ;;

@@ -64,11 +64,11 @@ tool.fails("watch lpdet_portinf", 3, 'rpcctl: librpc: expected the name of a tab
   .. '"lpdet_portinf"; rpcctl list shows every API, rpcctl list --tables every table\n')
 
 -- Rates: what the counter grew by in the seconds between, which the readings themselves tell
-output = run "rpcctl watch portstat port=3 --count 3 --interval 2 --fields counter9 --json"
+output = run "rpcctl watch portstat port=3 --count 3 --interval 2 --fields octets_in --json"
 local values, rates = {}, {}
 for line in output:gmatch("[^\n]+") do
-  values[#values + 1] = tonumber(line:match('"counter9":"(%d+)"'))
-  rates[#rates + 1] = tonumber(line:match('"counter9/s":([%d.]+)'))
+  values[#values + 1] = tonumber(line:match('"octets_in":"(%d+)"'))
+  rates[#rates + 1] = tonumber(line:match('"octets_in/s":([%d.]+)'))
 end
 check.equal("readings and rates", { #values, #rates }, { 3, 2 })
 for i, rate in ipairs(rates) do
@@ -77,18 +77,18 @@ for i, rate in ipairs(rates) do
 end
 
 -- On a terminal: in place, with a title, changed cells coloured, and q ends it
-local screen = tool.terminal { columns = 200, lines = 16, "rpcctl watch portstat --interval 0.3 --fields port,counter9",
-  keys = "q", ready = "port  counter9  counter9/s" }
+local screen = tool.terminal { columns = 200, lines = 16, "rpcctl watch portstat --interval 0.3 --fields port,octets_in",
+  keys = "q", ready = "port  octets_in  octets_in/s" }
 check.equal("q ends it", screen:find("[exit 0]", 1, true) ~= nil, true)
 check.matches("its title", screen, "portstat  " .. stamp .. "  every 0.3 s, q ends\n")
 check.equal("a row a line", tool.count(screen, "\n[1-8] +%d+"), 8)
 screen = tool.terminal { columns = 60, lines = 8, "rpcctl watch portstat --interval 0.2", shows = "more rows" }
 check.equal("the title stays where rows are many", screen:match("^portstat"), "portstat")
 check.equal("and no line wraps", tool.count(screen, "\n") <= 8, true)
-screen = tool.terminal { coloured = true, "rpcctl watch portstat --interval 0.2 --fields port,counter9",
+screen = tool.terminal { coloured = true, "rpcctl watch portstat --interval 0.2 --fields port,octets_in",
   shows = "\27[1m\27[33m" }
 check.equal("changed cells are coloured", screen:find("\27[1m\27[33m", 1, true) ~= nil, true)
-screen = tool.terminal { "rpcctl watch portstat --interval 0.2 --fields port,counter9", keys = "C-c",
+screen = tool.terminal { "rpcctl watch portstat --interval 0.2 --fields port,octets_in", keys = "C-c",
   ready = "counter9/s" }
 check.equal("Ctrl-C ends it", screen:find("[exit 130]", 1, true) ~= nil, true)
 screen = tool.terminal { "rpcctl watch svi --interval 0.2 --fields vlan; stty -a | grep -o ' icanon'", keys = "q",

@@ -73,7 +73,9 @@ with_page("refreshes come once a second where nobody says otherwise", "#/ports",
     .slice(-4)
     .map((at, i, all) => at - all[i - 1])
     .slice(1);
-  for (const step of steps) assert.ok(step > 900, `${steps}`); // never faster; how late is the machine's
+  // twice as often would be seen, however late a busy machine is with one of them
+  const [median] = steps.sort((a, b) => a - b).slice(1);
+  assert.ok(median > 700, `${steps}`);
 });
 
 with_page(

@@ -309,7 +309,7 @@ check.equal("what is not kept is", loaded_again(mistaken .. " "):match("^svi: fi
 -- The folder, in a mount namespace whose /etc is ours.
 local function with_folder(commands, expression)
   local inside = "unshare -m sh -c 'mount -t tmpfs none /etc && mkdir -p /etc/librpc/names && unset LIBRPC_NAMES && "
-    .. '%s $(command -v %s) -e "local names = require([[librpc.names]]) io.write(tostring(%s))"\' 2>&1'
+    .. '%s %s -e "local names = require([[librpc.names]]) io.write(tostring(%s))"\' 2>&1'
   return (shell.run(inside:format(commands, shell.interpreter, expression)))
 end
 if shell.run("id -u") == "0\n" then

@@ -17,10 +17,10 @@ export LIBRPC_NAMES=${LIBRPC_TEST_NAMES:-}
 unset LUA_INIT NO_COLOR
 command=()
 # a sanitized library in an interpreter that is not
-[ -z "${LIBRPC_TEST_PRELOAD:-}" ] || command+=(env "LD_PRELOAD=$LIBRPC_TEST_PRELOAD")
+[ -z "${LIBRPC_TEST_PRELOAD:-}" ] || command+=("$(command -v env)" "LD_PRELOAD=$LIBRPC_TEST_PRELOAD")
 read -ra under <<<"${LIBRPC_TEST_UNDER:-}"
-command+=("${under[@]}" "$interpreter")
-export LIBRPC_TEST_INTERPRETER="${command[*]}" # for tests that start another one
+command+=("${under[@]}" "$(command -v "$interpreter")")
+export LIBRPC_TEST_INTERPRETER="${command[*]}" # for tests that start another one, whatever their PATH
 command+=("$source/tests/lua/$test.lua")
 if [ "${5:-}" = device ]; then
   exec "$source/tools/with_device.sh" "$build" -- "${command[@]}" "${@:6}"

@@ -77,7 +77,8 @@ for i, rate in ipairs(rates) do
 end
 
 -- On a terminal: in place, with a title, changed cells coloured, and q ends it
-local screen = tool.terminal { columns = 200, lines = 16, "rpcctl watch portstat --interval 0.3 --fields port,octets_in",
+local screen = tool.terminal { columns = 200, lines = 16,
+  "rpcctl watch portstat --interval 0.3 --fields port,octets_in",
   keys = "q", ready = "port  octets_in  octets_in/s" }
 check.equal("q ends it", screen:find("[exit 0]", 1, true) ~= nil, true)
 check.matches("its title", screen, "portstat  " .. stamp .. "  every 0.3 s, q ends\n")

@@ -61,7 +61,7 @@ local function page(build, way, rounds, daemons)
 end
 
 -- Threads on all cores, with the daemon there too: calls a second of one and of
--- several; the longest call beside another service's daemon of 500 ms.
+-- several; how long nearly every call takes beside another service's daemon of 500 ms.
 local several = 8
 local function threads(build, seconds)
   local cores = ("0-%d"):format(tonumber(output.of("nproc --all")) - 1)
@@ -71,8 +71,8 @@ local function threads(build, seconds)
   end
   timing.on_cores(cores)
   local one, many = calls_a_second(1), calls_a_second(several)
-  local _, longest = beside_slow(build, "0 nsminfo 500", program .. several .. " oltmib_vlaninfo_get_1")
-  return { one = one, many = many, longest = longest }
+  local _, nearly_all = beside_slow(build, "0 nsminfo 500", program .. several .. " oltmib_vlaninfo_get_1")
+  return { one = one, many = many, nearly_all = nearly_all }
 end
 
 function at_once.measure(build, rounds)
@@ -110,8 +110,8 @@ function at_once.table(results)
       { "one thread, calls a second", ("%.0f"):format(from.threads.one), "" },
       { several .. " threads, calls a second", ("%.0f"):format(from.threads.many), "" },
       { "- x one", ("%.2f"):format(speedup), "at least 1.6: " .. (speedup >= 1.6 and "met" or "missed") },
-      { several .. " threads beside another service's daemon of 500 ms, longest call, ms",
-        ("%.1f"):format(from.threads.longest), "5: " .. verdict(from.threads.longest, 5) },
+      { several .. " threads beside another service's daemon of 500 ms, 999 of 1000 calls, ms",
+        ("%.1f"):format(from.threads.nearly_all), "5: " .. verdict(from.threads.nearly_all, 5) },
     },
   }
 end

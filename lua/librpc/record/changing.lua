@@ -116,8 +116,12 @@ end
 local change_options = { call_seconds = "number", dry_run = "boolean", only = "boolean" }
 local add_options = { call_seconds = "number", dry_run = "boolean" }
 
--- Sends the texts of a set: its status, or nil, a message and a code.
-local function send(set, view, texts, seconds)
+-- Sends the texts of a set: its status, false where that is not to be (dry_run), or
+-- nil, a message and a code.
+local function send(set, view, texts, seconds, options)
+  if options and options.dry_run then
+    return false
+  end
   local argument, gap = calling.join(set, texts)
   if not argument then
     return fail("empty_text", set.name .. ": " .. (view.name[gap] or gap),
@@ -197,12 +201,10 @@ function changing.change(name, key, changes, options)
     return fail("not_carried", set.name .. ": " .. (view.name[field] or field),
       "a value, because the argument cannot carry the row's own", row[field], view.secret[field] and "a secret" or nil)
   end
-  local result = false
-  if not (options and options.dry_run) then
-    result, message, code = send(set, view, texts, at.seconds)
-    if not result then
-      return nil, message, code
-    end
+  local result
+  result, message, code = send(set, view, texts, at.seconds, options)
+  if result == nil then
+    return nil, message, code
   end
   return result, difference(set, view, row, sent, texts)
 end
@@ -228,12 +230,10 @@ function changing.add(name, fields, options)
   for field, value in pairs(at.plain) do
     texts[field] = to_text[tables.inputs_of(set)[field].kind](value, tables.inputs_of(set)[field], set)
   end
-  local result = false
-  if not (options and options.dry_run) then
-    result, message, code = send(set, view, texts, at.seconds)
-    if not result then
-      return nil, message, code
-    end
+  local result
+  result, message, code = send(set, view, texts, at.seconds, options)
+  if result == nil then
+    return nil, message, code
   end
   return result, difference(set, view, {}, at.plain, texts)
 end

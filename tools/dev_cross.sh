@@ -50,12 +50,12 @@ describe() { # HOST
   # What cannot be asked for there; the name is a gtest filter or an end-to-end case.
   if [ -n "$emulator" ]; then
     leave_out descriptor_limit_gives_no_value_and_the_next_call_works "the emulator needs descriptors of its own"
-    leave_out Exports.call_whose_argument_cannot_be_copied_prints_the_call_and_nothing_else \
+    leave_out exports.call_whose_argument_cannot_be_copied_prints_the_call_and_nothing_else \
       "the emulator does not refuse memory"
   fi
   case $1 in
     s390x | mips)
-      leave_out Hostpdinfo.DecimalCommaOfTheProcessLocaleGoesForBothWays "this machine's localedef writes its own byte order"
+      leave_out hostpdinfo.decimal_comma_of_the_process_locale_goes_for_both_ways "this machine's localedef writes its own byte order"
       ;;
   esac
   build=$source/build-cross-$1 root=$source/build-cross-$1/root

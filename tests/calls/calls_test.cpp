@@ -1,4 +1,4 @@
-// Calls at once, with a port mapper and daemons of the test's own: what is under
+// calls at once, with a port mapper and daemons of the test's own: what is under
 // way, in which order replies may come, who waits for whom.
 #include <algorithm>
 #include <gtest/gtest.h>
@@ -90,7 +90,7 @@ struct End {
     std::string text;
 };
 
-class Calls : public testing::Test
+class group : public testing::Test
 {
   protected:
     void SetUp() override
@@ -185,7 +185,7 @@ constexpr char largest[] = "oltmib_lldpifnei_get_1"; // erpsinfo
 constexpr char other[] = "oltmib_devcapint_get_1";   // devinfo
 } // namespace
 
-TEST_F(Calls, RepliesInAnyOrderFindTheirCalls)
+TEST_F(group, replies_in_any_order_find_their_calls)
 {
     Daemon& daemon = daemon_of("nsminfo");
     std::map<unsigned, std::string> wanted;
@@ -206,7 +206,7 @@ TEST_F(Calls, RepliesInAnyOrderFindTheirCalls)
         EXPECT_EQ(end.text.substr(0, wanted[id].size()), wanted[id]);
 }
 
-TEST_F(Calls, LateDoubledAndStrangeRepliesArePassedOver)
+TEST_F(group, late_doubled_and_strange_replies_are_passed_over)
 {
     Daemon& daemon = daemon_of("nsminfo");
     const Daemon stranger;
@@ -239,7 +239,7 @@ TEST_F(Calls, LateDoubledAndStrangeRepliesArePassedOver)
 }
 
 // A reply may have a verifier of 400 bytes, and more behind it than its record.
-TEST_F(Calls, RepliesThatAreLongerThanTheirRecordsAreRead)
+TEST_F(group, replies_that_are_longer_than_their_records_are_read)
 {
     Daemon& daemon = daemon_of("nsminfo");
     std::map<unsigned, std::string> wanted;
@@ -265,7 +265,7 @@ TEST_F(Calls, RepliesThatAreLongerThanTheirRecordsAreRead)
 }
 
 // Two sockets, two daemons: the same xid may be under way to both.
-TEST_F(Calls, ARepliesXidCountsForItsOwnServiceOnly)
+TEST_F(group, a_replies_xid_counts_for_its_own_service_only)
 {
     Daemon &one = daemon_of("nsminfo"), &two = daemon_of("devinfo");
     const unsigned a = call(small, "7"), b = call(other, "name");
@@ -285,7 +285,7 @@ TEST_F(Calls, ARepliesXidCountsForItsOwnServiceOnly)
     EXPECT_EQ(all[b].text.substr(0, 5), "name&");
 }
 
-TEST_F(Calls, WhatIsUnderWayToADaemonTakesNoMoreOfTheKernelThanTheWindow)
+TEST_F(group, what_is_under_way_to_a_daemon_takes_no_more_of_the_kernel_than_the_window)
 {
     std::map<std::string, std::string> by_service; // each service's largest and smallest table
     size_t tried = 0;
@@ -316,7 +316,7 @@ TEST_F(Calls, WhatIsUnderWayToADaemonTakesNoMoreOfTheKernelThanTheWindow)
     EXPECT_EQ(tried, 30U);
 }
 
-TEST_F(Calls, ACallWaitsItsTurnAndGoesOnceARepliesMakeRoom)
+TEST_F(group, a_call_waits_its_turn_and_goes_once_a_replies_make_room)
 {
     Daemon& daemon = daemon_of("erpsinfo");
     constexpr size_t at_once = group_window / kernel_memory(8460);
@@ -337,7 +337,7 @@ TEST_F(Calls, ACallWaitsItsTurnAndGoesOnceARepliesMakeRoom)
     EXPECT_EQ(all.size(), 20 - at_once + 1);
 }
 
-TEST_F(Calls, AWaitWhoseTimeIsOverStillFindsThatDeadlinesAre)
+TEST_F(group, a_wait_whose_time_is_over_still_finds_that_deadlines_are)
 {
     Daemon& daemon = daemon_of("nsminfo");
     warm_up(small, daemon);
@@ -348,7 +348,7 @@ TEST_F(Calls, AWaitWhoseTimeIsOverStillFindsThatDeadlinesAre)
     EXPECT_EQ(ends()[id].code, CallCode::TimedOut);
 }
 
-TEST_F(Calls, AReplyThatCameInTimeIsTakenHoweverLateSomebodyLooks)
+TEST_F(group, a_reply_that_came_in_time_is_taken_however_late_somebody_looks)
 {
     Daemon& daemon = daemon_of("nsminfo");
     warm_up(small, daemon);
@@ -360,7 +360,7 @@ TEST_F(Calls, AReplyThatCameInTimeIsTakenHoweverLateSomebodyLooks)
 }
 
 // However much one daemon has to say, another's reply is taken in the same turn.
-TEST_F(Calls, NoServiceWaitsForAnother)
+TEST_F(group, no_service_waits_for_another)
 {
     Daemon &busy = daemon_of("nsminfo"), &quiet = daemon_of("devinfo");
     for (const bool busy_first : {true, false}) {
@@ -401,7 +401,7 @@ TEST_F(Calls, NoServiceWaitsForAnother)
 }
 
 // A call that begins when another ends, for ever: the third one has its turn.
-TEST_F(Calls, AnEndlessRowOfCallsLeavesAnotherServiceItsTurn)
+TEST_F(group, an_endless_row_of_calls_leaves_another_service_its_turn)
 {
     Daemon &busy = daemon_of("nsminfo"), &quiet = daemon_of("devinfo");
     warm_up(small, busy);
@@ -426,7 +426,7 @@ TEST_F(Calls, AnEndlessRowOfCallsLeavesAnotherServiceItsTurn)
 namespace
 {
 // Answers nobody before it has been asked for three services.
-class PatientMapper : public Calls
+class patient_mapper : public group
 {
     std::optional<Units> mapper_answer(const PortMapperQuery& query) override
     {
@@ -436,14 +436,14 @@ class PatientMapper : public Calls
             return {};
         for (const auto& [program, one] : seen)
             if (program != query.wanted())
-                mapper->send(one.from, *Calls::mapper_answer(one));
-        return Calls::mapper_answer(query);
+                mapper->send(one.from, *group::mapper_answer(one));
+        return group::mapper_answer(query);
     }
     std::map<uint32_t, PortMapperQuery> seen;
 };
 } // namespace
 
-TEST_F(PatientMapper, PortsOfSeveralServicesAreAskedForAtOnce)
+TEST_F(patient_mapper, ports_of_several_services_are_asked_for_at_once)
 {
     Daemon &a = daemon_of("nsminfo"), &b = daemon_of("devinfo"), &c = daemon_of("erpsinfo");
     call(small, "1");
@@ -454,7 +454,7 @@ TEST_F(PatientMapper, PortsOfSeveralServicesAreAskedForAtOnce)
 }
 
 // The new daemon has another port, and the old one's is silent, not closed.
-TEST_F(Calls, AfterAFailureTheNextCallGoesWhereTheDaemonIsThen)
+TEST_F(group, after_a_failure_the_next_call_goes_where_the_daemon_is_then)
 {
     Daemon& old = daemon_of("nsminfo");
     warm_up(small, old);
@@ -491,7 +491,7 @@ TEST_F(Calls, AfterAFailureTheNextCallGoesWhereTheDaemonIsThen)
     EXPECT_EQ(all[open].code, CallCode::Refused);
 }
 
-TEST_F(Calls, AnApiOfTheHostsOwnCannotBeOneOfMany)
+TEST_F(group, an_api_of_the_hosts_own_cannot_be_one_of_many)
 {
     ApiNode node = {};
     strcpy(node.name, "oltmib_of_a_host_get_1");

@@ -155,14 +155,14 @@ std::vector<Pair> pairs_of(const Service& service)
     return pairs;
 }
 
-class Differential : public testing::TestWithParam<const Service*>
+class differential : public testing::TestWithParam<const Service*>
 {
   protected:
     std::vector<Pair> pairs = pairs_of(*GetParam());
     std::mt19937 random{GetParam()->program};
 };
 
-TEST_P(Differential, program_and_procedures_have_the_same_numbers)
+TEST_P(differential, program_and_procedures_have_the_same_numbers)
 {
     const Service& service = *GetParam();
     const plain_service& plain = plain_service_of(service);
@@ -177,7 +177,7 @@ TEST_P(Differential, program_and_procedures_have_the_same_numbers)
     }
 }
 
-TEST_P(Differential, types_have_the_same_members)
+TEST_P(differential, types_have_the_same_members)
 {
     ASSERT_FALSE(pairs.empty());
     EXPECT_EQ(pairs.size(), plain_service_of(*GetParam()).record_count);
@@ -193,7 +193,7 @@ TEST_P(Differential, types_have_the_same_members)
     }
 }
 
-TEST_P(Differential, both_write_the_same_bytes_and_read_the_others)
+TEST_P(differential, both_write_the_same_bytes_and_read_the_others)
 {
     for (const Pair& pair : pairs)
         for (int round = 0; round < rounds; round++) {
@@ -215,7 +215,7 @@ TEST_P(Differential, both_write_the_same_bytes_and_read_the_others)
 
 // Bytes that no encoder made: a character is the low byte of whatever its unit
 // holds.
-TEST_P(Differential, both_read_the_same_from_any_bytes)
+TEST_P(differential, both_read_the_same_from_any_bytes)
 {
     for (const Pair& pair : pairs)
         for (int round = 0; round < rounds; round++) {
@@ -230,7 +230,7 @@ TEST_P(Differential, both_read_the_same_from_any_bytes)
         }
 }
 
-TEST_P(Differential, both_refuse_bytes_that_end_early)
+TEST_P(differential, both_refuse_bytes_that_end_early)
 {
     for (const Pair& pair : pairs)
         for (unsigned units = 0; units < pair.record.units; units++) {
@@ -243,6 +243,6 @@ TEST_P(Differential, both_refuse_bytes_that_end_early)
         }
 }
 
-INSTANTIATE_TEST_SUITE_P(Services, Differential, testing::ValuesIn(all_services.begin(), all_services.end()),
+INSTANTIATE_TEST_SUITE_P(Services, differential, testing::ValuesIn(all_services.begin(), all_services.end()),
                          [](const auto& info) { return std::string(info.param->name); });
 } // namespace

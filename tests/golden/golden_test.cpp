@@ -61,7 +61,7 @@ struct Outcome {
     std::string parser_lines, formatter_lines;
 };
 
-struct EveryApi : testing::TestWithParam<Row> {
+struct every_api : testing::TestWithParam<Row> {
     const Api& api = *GetParam().api;
     ScriptedClient client;
 
@@ -138,18 +138,18 @@ std::vector<std::string> fields_of(const Record& record)
 }
 } // namespace
 
-INSTANTIATE_TEST_SUITE_P(golden, EveryApi, testing::ValuesIn(registered_rows()), [](const auto& info) {
+INSTANTIATE_TEST_SUITE_P(golden, every_api, testing::ValuesIn(registered_rows()), [](const auto& info) {
     return std::to_string(info.param.service->program) + "_" + info.param.api->name;
 });
 
-TEST_P(EveryApi, sends_its_request)
+TEST_P(every_api, sends_its_request)
 {
     for_each_vector([&](const golden::Vector& vector, const Outcome&) {
         EXPECT_EQ(client.request, as_this_host_sends(vector.request, api.request));
     });
 }
 
-TEST_P(EveryApi, makes_its_text_of_a_reply)
+TEST_P(every_api, makes_its_text_of_a_reply)
 {
     for_each_vector([&](const golden::Vector& vector, const Outcome& outcome) {
         ASSERT_TRUE(outcome.replied);
@@ -169,7 +169,7 @@ TEST_P(EveryApi, makes_its_text_of_a_reply)
     });
 }
 
-TEST_P(EveryApi, prints_its_trace_lines)
+TEST_P(every_api, prints_its_trace_lines)
 {
     for_each_vector([&](const golden::Vector& vector, const Outcome& outcome) {
         std::string expected;

@@ -6,7 +6,7 @@
 
 namespace
 {
-class States : public BesideDevice
+class states : public BesideDevice
 {
   protected:
     static constexpr char collect[] = "for i = 1, 50 do collectgarbage() end";
@@ -23,7 +23,7 @@ class States : public BesideDevice
 };
 } // namespace
 
-TEST_F(States, closing_one_of_two_keeps_the_others_sockets)
+TEST_F(states, closing_one_of_two_keeps_the_others_sockets)
 {
     const int before = open_descriptors();
     LuaState kept;
@@ -40,7 +40,7 @@ TEST_F(States, closing_one_of_two_keeps_the_others_sockets)
     EXPECT_EQ(open_descriptors(), before + 2);
 }
 
-TEST_F(States, collections_drop_no_client)
+TEST_F(states, collections_drop_no_client)
 {
     LuaState lua, other;
     EXPECT_EQ(lua.call(vlan, "10"), vlan10);
@@ -58,7 +58,7 @@ TEST_F(States, collections_drop_no_client)
     }
 }
 
-TEST_F(States, after_the_last_one_no_descriptor_stays_and_the_next_one_works)
+TEST_F(states, after_the_last_one_no_descriptor_stays_and_the_next_one_works)
 {
     const int before = open_descriptors();
     for (int round = 0; round < 5; round++) {
@@ -105,7 +105,7 @@ ApiNode echo_node(const char* name, ApiClientInit init)
 } // namespace
 
 // An argument that a call has no room for is copied, and so is such a reply.
-TEST_F(States, long_texts_leave_no_memory_behind_however_the_call_ends)
+TEST_F(states, long_texts_leave_no_memory_behind_however_the_call_ends)
 {
     LuaState lua;
     const ApiNode echo = echo_node("echo", echo_init), no_client = echo_node("no_client", no_init);
@@ -149,7 +149,7 @@ TEST_F(States, long_texts_leave_no_memory_behind_however_the_call_ends)
 }
 
 // A finalizer of the closing state comes after the library's own.
-TEST_F(States, call_while_the_last_one_closes_leaves_no_descriptor)
+TEST_F(states, call_while_the_last_one_closes_leaves_no_descriptor)
 {
     const int before = open_descriptors();
     {

@@ -81,7 +81,7 @@ constexpr Get gets[] = {
     {"oltmib_lpdet_portinfo_get_1", "#", "#&ge#&1&", 1, 1},
 };
 
-class Threads : public BesideDevice
+class threads : public BesideDevice
 {
   protected:
     // `each` calls a thread, with the gets that `pick` says; counts the wrong
@@ -117,25 +117,25 @@ class Threads : public BesideDevice
 };
 } // namespace
 
-TEST_F(Threads, each_gets_its_own_replies_of_one_api)
+TEST_F(threads, each_gets_its_own_replies_of_one_api)
 {
     expect_right_replies(4200, [](int, int) -> const Get& { return gets[0]; });
     EXPECT_LE(internet_sockets(), 8);
 }
 
-TEST_F(Threads, each_gets_its_own_replies_of_one_service)
+TEST_F(threads, each_gets_its_own_replies_of_one_service)
 {
     expect_right_replies(4200, [](int, int i) -> const Get& { return gets[i % 3]; });
     EXPECT_LE(internet_sockets(), 8);
 }
 
-TEST_F(Threads, each_gets_its_own_replies_of_all_services)
+TEST_F(threads, each_gets_its_own_replies_of_all_services)
 {
     expect_right_replies(
         4200, [](int thread, int i) -> const Get& { return gets[static_cast<size_t>(thread + i) % std::size(gets)]; });
 }
 
-TEST_F(Threads, host_with_one_has_one_socket_a_service)
+TEST_F(threads, host_with_one_has_one_socket_a_service)
 {
     LuaState lua, other;
     for (int i = 0; i < 50; i++) {
@@ -149,7 +149,7 @@ TEST_F(Threads, host_with_one_has_one_socket_a_service)
     EXPECT_EQ(internet_sockets(), 2) << "a thread that calls when nobody else does needs no socket of its own";
 }
 
-TEST_F(Threads, each_may_open_call_and_close_while_others_do)
+TEST_F(threads, each_may_open_call_and_close_while_others_do)
 {
     std::atomic<int> wrong = 0;
     Meeting start(thread_count);
@@ -168,7 +168,7 @@ TEST_F(Threads, each_may_open_call_and_close_while_others_do)
     EXPECT_EQ(internet_sockets(), 0) << "every state is closed";
 }
 
-TEST_F(Threads, status_is_that_of_the_state_which_asks)
+TEST_F(threads, status_is_that_of_the_state_which_asks)
 {
     tell("fault oltmib_portinfo_get_1 error garbage_args");
     std::atomic<int> wrong = 0;
@@ -194,7 +194,7 @@ TEST_F(Threads, status_is_that_of_the_state_which_asks)
     EXPECT_EQ(wrong, 0);
 }
 
-TEST_F(Threads, ninth_caller_of_a_service_waits_for_its_turn)
+TEST_F(threads, ninth_caller_of_a_service_waits_for_its_turn)
 {
     constexpr int callers = thread_count + 1;
     tell("fault oltmib_vlaninfo_get_1 delay 400");
@@ -216,7 +216,7 @@ TEST_F(Threads, ninth_caller_of_a_service_waits_for_its_turn)
     EXPECT_LE(most, thread_count + 1) << "eight of calls, and one that asks the port mapper at the same time";
 }
 
-TEST_F(Threads, ninth_caller_of_a_service_gives_up_at_its_own_deadline)
+TEST_F(threads, ninth_caller_of_a_service_gives_up_at_its_own_deadline)
 {
     LuaState lua;
     ASSERT_EQ(lua.call(vlan, "10"), vlan10); // nothing but a service is needed below
@@ -244,7 +244,7 @@ TEST_F(Threads, ninth_caller_of_a_service_gives_up_at_its_own_deadline)
     EXPECT_EQ(lua.call(vlan, "10"), vlan10);
 }
 
-TEST_F(Threads, slow_daemon_holds_up_no_call_of_another_service)
+TEST_F(threads, slow_daemon_holds_up_no_call_of_another_service)
 {
     tell("fault nsminfo delay 500");
     std::atomic<int> meanwhile = 0;
@@ -266,7 +266,7 @@ TEST_F(Threads, slow_daemon_holds_up_no_call_of_another_service)
     EXPECT_GT(meanwhile, 50); // were one of them held up, there would be one a thread
 }
 
-TEST_F(Threads, restarted_daemon_costs_one_failed_call_and_not_one_a_thread)
+TEST_F(threads, restarted_daemon_costs_one_failed_call_and_not_one_a_thread)
 {
     std::vector<std::unique_ptr<LuaState>> states;
     make_eight_clients(states);
@@ -278,7 +278,7 @@ TEST_F(Threads, restarted_daemon_costs_one_failed_call_and_not_one_a_thread)
     EXPECT_EQ(failed, 0);
 }
 
-TEST_F(Threads, restarted_daemon_costs_nobody_more_than_the_calls_in_flight)
+TEST_F(threads, restarted_daemon_costs_nobody_more_than_the_calls_in_flight)
 {
     std::vector<std::unique_ptr<LuaState>> states;
     make_eight_clients(states);
@@ -357,7 +357,7 @@ ApiNode own_node(const char* name, ApiClientInit init)
 }
 } // namespace
 
-TEST_F(Threads, hosts_own_functions_run_in_order_one_thread_at_a_time)
+TEST_F(threads, hosts_own_functions_run_in_order_one_thread_at_a_time)
 {
     LuaState lua; // first, so that the library's own nodes are there
     const ApiNode echo = own_node("echo", own_init), no_client = own_node("no_client", own_failing_init);
@@ -415,7 +415,7 @@ std::string trace_of(LuaState& lua, const char* api, const char* argument)
 
 // The node of a host that has our five functions is another node, which is
 // called by them; one that lua_addapi finds unchanged would stay ours.
-TEST_F(Threads, traces_are_the_same_for_a_hosts_node_with_our_functions)
+TEST_F(threads, traces_are_the_same_for_a_hosts_node_with_our_functions)
 {
     LuaState lua;
     tell("fault oltmib_vlaninfo_set_1 error system_err");
@@ -442,7 +442,7 @@ TEST_F(Threads, traces_are_the_same_for_a_hosts_node_with_our_functions)
     }
 }
 
-TEST_F(Threads, fork_while_others_call_gives_each_process_its_own_replies)
+TEST_F(threads, fork_while_others_call_gives_each_process_its_own_replies)
 {
 #ifdef __SANITIZE_ADDRESS__
     GTEST_SKIP() << "the sanitizer's malloc may stay locked in a forked child";

@@ -19,7 +19,7 @@ const char* set_of(const Service& service)
     return nullptr;
 }
 
-class SlowDeadlines : public Lone
+class slow_deadlines : public Lone
 {
   protected:
     // The daemon answers at once, or after that many milliseconds, or never.
@@ -79,7 +79,7 @@ class SlowDeadlines : public Lone
 
 // Fifteen with a client that was there, whose socket waits first, and one more
 // with a new one.
-TEST_F(SlowDeadlines, sixteen_silent_calls_each_end_25_seconds_after_their_own_start)
+TEST_F(slow_deadlines, sixteen_silent_calls_each_end_25_seconds_after_their_own_start)
 {
     std::vector<std::string> sets;
     for (const Service* service : all_services)
@@ -103,7 +103,7 @@ TEST_F(SlowDeadlines, sixteen_silent_calls_each_end_25_seconds_after_their_own_s
     EXPECT_EQ(daemon->queries().size(), sets.size() + 16) << "each call is one datagram";
 }
 
-TEST_F(SlowDeadlines, reply_after_25_seconds_and_a_bit_is_not_taken)
+TEST_F(slow_deadlines, reply_after_25_seconds_and_a_bit_is_not_taken)
 {
     delay_ms = 25200;
     Outcome outcome;
@@ -119,7 +119,7 @@ TEST_F(SlowDeadlines, reply_after_25_seconds_and_a_bit_is_not_taken)
 }
 
 // Two processes: one whose client is new, one whose client was there.
-TEST_F(SlowDeadlines, reply_that_came_while_the_process_was_stopped_beyond_the_deadline_is_taken)
+TEST_F(slow_deadlines, reply_that_came_while_the_process_was_stopped_beyond_the_deadline_is_taken)
 {
     std::vector<pid_t> children;
     for (const bool has_client : {false, true}) {
@@ -158,7 +158,7 @@ TEST_F(SlowDeadlines, reply_that_came_while_the_process_was_stopped_beyond_the_d
 // Eight calls have all clients; eight more get one when those give up, and have
 // a second left; the last eight get none, or one whose daemon they cannot even
 // look up in the time that is left.
-TEST_F(SlowDeadlines, callers_that_wait_for_a_client_give_up_at_their_own)
+TEST_F(slow_deadlines, callers_that_wait_for_a_client_give_up_at_their_own)
 {
     delay_ms = never;
     std::vector<std::thread> threads;

@@ -31,7 +31,7 @@ struct Opened {
     int near, far;
 };
 
-class Descriptors : public Lone
+class descriptors : public Lone
 {
   protected:
     void SetUp() override
@@ -141,7 +141,7 @@ class Descriptors : public Lone
 };
 } // namespace
 
-TEST_F(Descriptors, whatever_has_the_sockets_number_by_now_gets_no_byte_and_stays_open)
+TEST_F(descriptors, whatever_has_the_sockets_number_by_now_gets_no_byte_and_stays_open)
 {
     for (size_t kind = 0; kind < 6; kind++) {
         expect_success("first");
@@ -159,7 +159,7 @@ TEST_F(Descriptors, whatever_has_the_sockets_number_by_now_gets_no_byte_and_stay
     EXPECT_EQ(daemon->queries().size(), 12U);
 }
 
-TEST_F(Descriptors, second_failed_call_closes_nothing_of_the_hosts)
+TEST_F(descriptors, second_failed_call_closes_nothing_of_the_hosts)
 {
     for (size_t kind = 0; kind < 6; kind++) {
         expect_success("first");
@@ -181,7 +181,7 @@ TEST_F(Descriptors, second_failed_call_closes_nothing_of_the_hosts)
     }
 }
 
-TEST_F(Descriptors, host_that_closes_all_and_opens_others_keeps_them)
+TEST_F(descriptors, host_that_closes_all_and_opens_others_keeps_them)
 {
     for (int round = 0; round < 3; round++) {
         expect_success("first");
@@ -200,7 +200,7 @@ TEST_F(Descriptors, host_that_closes_all_and_opens_others_keeps_them)
 }
 
 // A daemon's usual start.
-TEST_F(Descriptors, forked_host_that_closes_all_and_opens_a_log_and_a_connection_keeps_them)
+TEST_F(descriptors, forked_host_that_closes_all_and_opens_a_log_and_a_connection_keeps_them)
 {
     expect_success("before the fork");
     int result[2];
@@ -236,7 +236,7 @@ TEST_F(Descriptors, forked_host_that_closes_all_and_opens_a_log_and_a_connection
     EXPECT_EQ(mapper->queries().size(), 2U) << "one of each process";
 }
 
-TEST_F(Descriptors, output_of_a_host_without_standard_descriptors_goes_nowhere)
+TEST_F(descriptors, output_of_a_host_without_standard_descriptors_goes_nowhere)
 {
     const pid_t child = fork();
     if (child == 0) {
@@ -260,7 +260,7 @@ TEST_F(Descriptors, output_of_a_host_without_standard_descriptors_goes_nowhere)
     EXPECT_EQ(daemon->queries().size(), 20U);
 }
 
-TEST_F(Descriptors, socket_that_asks_the_port_mapper_is_not_among_the_standard_ones_either)
+TEST_F(descriptors, socket_that_asks_the_port_mapper_is_not_among_the_standard_ones_either)
 {
     std::atomic<bool> hold = true;
     map([&](const RpcCall& query) {

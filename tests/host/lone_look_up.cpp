@@ -29,7 +29,7 @@ std::string universal(const std::string& host, unsigned port)
     return host + "." + std::to_string(port / 256) + "." + std::to_string(port % 256);
 }
 
-class LookUp : public Lone
+class look_up : public Lone
 {
   protected:
     // A port mapper that speaks these versions alone; `address` is its answer in
@@ -55,7 +55,7 @@ class LookUp : public Lone
 using Versions = std::vector<uint32_t>;
 } // namespace
 
-TEST_F(LookUp, port_mapper_of_version_2_is_asked_once)
+TEST_F(look_up, port_mapper_of_version_2_is_asked_once)
 {
     map_versions(2, 2, "");
     expect_success();
@@ -63,7 +63,7 @@ TEST_F(LookUp, port_mapper_of_version_2_is_asked_once)
     EXPECT_EQ(versions_asked(), Versions{2});
 }
 
-TEST_F(LookUp, port_mapper_of_version_4_alone_is_asked_in_it)
+TEST_F(look_up, port_mapper_of_version_4_alone_is_asked_in_it)
 {
     map_versions(4, 4, universal("127.0.0.1", daemon->port()));
     expect_success();
@@ -81,28 +81,28 @@ TEST_F(LookUp, port_mapper_of_version_4_alone_is_asked_in_it)
     EXPECT_EQ(versions_asked(), (Versions{2, 4}));
 }
 
-TEST_F(LookUp, port_mapper_of_versions_3_and_4_is_asked_in_the_later_one)
+TEST_F(look_up, port_mapper_of_versions_3_and_4_is_asked_in_the_later_one)
 {
     map_versions(3, 4, universal("127.0.0.1", daemon->port()));
     expect_success();
     EXPECT_EQ(versions_asked(), (Versions{2, 4}));
 }
 
-TEST_F(LookUp, port_mapper_of_version_3_alone_is_asked_in_it)
+TEST_F(look_up, port_mapper_of_version_3_alone_is_asked_in_it)
 {
     map_versions(3, 3, universal("127.0.0.1", daemon->port()));
     expect_success();
     EXPECT_EQ(versions_asked(), (Versions{2, 3}));
 }
 
-TEST_F(LookUp, port_mapper_that_refuses_every_version_is_asked_twice)
+TEST_F(look_up, port_mapper_that_refuses_every_version_is_asked_twice)
 {
     map([](const RpcCall& query) { return RpcServer::accepted(query, {3, 4}, version_mismatch); });
     expect_no_port_mapper("RPC: Port mapper failure - RPC: Program/version mismatch");
     EXPECT_EQ(versions_asked(), (Versions{2, 4}));
 }
 
-TEST_F(LookUp, of_an_address_the_port_alone_counts)
+TEST_F(look_up, of_an_address_the_port_alone_counts)
 {
     for (const uint32_t version : {3U, 4U})
         for (const char* host :
@@ -113,7 +113,7 @@ TEST_F(LookUp, of_an_address_the_port_alone_counts)
         }
 }
 
-TEST_F(LookUp, address_that_is_none_is_no_answer)
+TEST_F(look_up, address_that_is_none_is_no_answer)
 {
     for (const char* address :
          {"127.0.0.1", "1", ".", "..", ".1.1.", "127.0.0.1.1", "127.0.0.1.256.1", "127.0.0.1.1.256", "127.0.0.1.-1.1",
@@ -128,7 +128,7 @@ TEST_F(LookUp, address_that_is_none_is_no_answer)
     expect_no_port_mapper("RPC: Port mapper failure - RPC: Can't decode result", "1000 digits");
 }
 
-TEST_F(LookUp, port_0_and_an_empty_address_are_no_daemon)
+TEST_F(look_up, port_0_and_an_empty_address_are_no_daemon)
 {
     const char meaning[] = "the daemon has not registered with the port mapper";
     map_to(0);
@@ -141,7 +141,7 @@ TEST_F(LookUp, port_0_and_an_empty_address_are_no_daemon)
     expect_success("registered since");
 }
 
-TEST_F(LookUp, port_beyond_65535_is_no_answer)
+TEST_F(look_up, port_beyond_65535_is_no_answer)
 {
     const uint32_t port = daemon->port();
     for (const uint32_t beyond : {65536U, 65536U + port, 0x80000000U + port, 0xFFFFFFFFU}) {
@@ -153,7 +153,7 @@ TEST_F(LookUp, port_beyond_65535_is_no_answer)
 
 // Without privileges both sockets get a port from the same range, and here it
 // has but one.
-TEST_F(LookUp, own_port_is_refused_and_nobody_calls_himself)
+TEST_F(look_up, own_port_is_refused_and_nobody_calls_himself)
 {
     std::atomic<uint32_t> told = 0;
     map([&](const RpcCall& query) { return RpcServer::accepted(query, {told = ntohs(query.from.sin_port)}); });
@@ -166,7 +166,7 @@ TEST_F(LookUp, own_port_is_refused_and_nobody_calls_himself)
 }
 
 // With privileges the socket's own port is never the daemon's.
-TEST_F(LookUp, reserved_port_without_a_daemon_is_refused)
+TEST_F(look_up, reserved_port_without_a_daemon_is_refused)
 {
     for (uint32_t port = 600; port < 1024; port += 3) {
         map_to(port);
@@ -175,7 +175,7 @@ TEST_F(LookUp, reserved_port_without_a_daemon_is_refused)
     }
 }
 
-TEST_F(LookUp, port_of_a_tcp_service_is_refused_and_nobody_connects)
+TEST_F(look_up, port_of_a_tcp_service_is_refused_and_nobody_connects)
 {
     const int listener = socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK, 0);
     sockaddr_in address = loopback_address(0);
@@ -189,7 +189,7 @@ TEST_F(LookUp, port_of_a_tcp_service_is_refused_and_nobody_connects)
     close(listener);
 }
 
-TEST_F(LookUp, port_without_a_listener_is_refused_and_asked_for_again)
+TEST_F(look_up, port_without_a_listener_is_refused_and_asked_for_again)
 {
     const uint16_t port = daemon->port();
     daemon.reset();
@@ -200,7 +200,7 @@ TEST_F(LookUp, port_without_a_listener_is_refused_and_asked_for_again)
     expect_success();
 }
 
-TEST_F(LookUp, answer_cut_anywhere_is_none)
+TEST_F(look_up, answer_cut_anywhere_is_none)
 {
     const char reason[] = "RPC: Port mapper failure - RPC: Can't decode result";
     for (size_t size = 1; size < 7; size++) {
@@ -232,7 +232,7 @@ TEST_F(LookUp, answer_cut_anywhere_is_none)
     EXPECT_TRUE(daemon->queries().empty());
 }
 
-TEST_F(LookUp, refusals_of_the_port_mapper_are_told)
+TEST_F(look_up, refusals_of_the_port_mapper_are_told)
 {
     const struct {
         Units units; // behind the xid
@@ -255,7 +255,7 @@ TEST_F(LookUp, refusals_of_the_port_mapper_are_told)
     }
 }
 
-TEST_F(LookUp, answers_to_other_queries_are_passed_over)
+TEST_F(look_up, answers_to_other_queries_are_passed_over)
 {
     map([this](const RpcCall& query) -> std::optional<Units> {
         for (const uint32_t away : {1U, 2U, 0xFFFFFFFFU, 0x80000000U}) {
@@ -270,7 +270,7 @@ TEST_F(LookUp, answers_to_other_queries_are_passed_over)
     EXPECT_EQ(versions_asked(), Versions{2});
 }
 
-TEST_F(LookUp, late_answer_in_version_2_is_not_that_in_version_4)
+TEST_F(look_up, late_answer_in_version_2_is_not_that_in_version_4)
 {
     map([this](const RpcCall& query) -> std::optional<Units> {
         if (query.version == 2)
@@ -283,7 +283,7 @@ TEST_F(LookUp, late_answer_in_version_2_is_not_that_in_version_4)
     expect_success();
 }
 
-TEST_F(LookUp, query_is_repeated_as_it_was_when_it_or_its_answer_is_lost)
+TEST_F(look_up, query_is_repeated_as_it_was_when_it_or_its_answer_is_lost)
 {
     for (const size_t lost : {1U, 2U}) {
         forget_clients();
@@ -303,7 +303,7 @@ TEST_F(LookUp, query_is_repeated_as_it_was_when_it_or_its_answer_is_lost)
     }
 }
 
-TEST_F(LookUp, port_mapper_that_is_restarted_meanwhile_gets_the_next_query)
+TEST_F(look_up, port_mapper_that_is_restarted_meanwhile_gets_the_next_query)
 {
     map([](const RpcCall&) { return std::optional<Units>(); });
     std::thread restart([this] {
@@ -316,7 +316,7 @@ TEST_F(LookUp, port_mapper_that_is_restarted_meanwhile_gets_the_next_query)
     EXPECT_EQ(mapper->queries().size(), 1U);
 }
 
-TEST_F(LookUp, without_a_port_mapper_calls_fail_at_once_and_the_next_one_with_it_works)
+TEST_F(look_up, without_a_port_mapper_calls_fail_at_once_and_the_next_one_with_it_works)
 {
     for (int i = 0; i < 3; i++)
         expect_no_port_mapper("RPC: Unable to receive - Connection refused");
@@ -324,7 +324,7 @@ TEST_F(LookUp, without_a_port_mapper_calls_fail_at_once_and_the_next_one_with_it
     expect_success();
 }
 
-TEST_F(LookUp, every_query_has_a_port_and_a_number_of_its_own)
+TEST_F(look_up, every_query_has_a_port_and_a_number_of_its_own)
 {
     map_to(daemon->port());
     std::map<uint32_t, int> numbers;
@@ -348,7 +348,7 @@ TEST_F(LookUp, every_query_has_a_port_and_a_number_of_its_own)
 }
 
 // Otherwise whoever knows one knows the next one: of the query, or of the client before.
-TEST_F(LookUp, every_client_has_a_first_number_of_its_own)
+TEST_F(look_up, every_client_has_a_first_number_of_its_own)
 {
     map_to(daemon->port());
     std::set<uint32_t> numbers, steps, from_query;
@@ -370,7 +370,7 @@ TEST_F(LookUp, every_client_has_a_first_number_of_its_own)
     EXPECT_EQ(steps.size(), 99U);
 }
 
-TEST_F(LookUp, without_descriptors_calls_fail_and_the_next_one_works)
+TEST_F(look_up, without_descriptors_calls_fail_and_the_next_one_works)
 {
     map_to(daemon->port());
     rlimit before;

@@ -3,12 +3,12 @@
 
 namespace
 {
-class SlowLookUp : public Lone
+class slow_look_up : public Lone
 {
 };
 } // namespace
 
-TEST_F(SlowLookUp, query_is_sent_four_times)
+TEST_F(slow_look_up, query_is_sent_four_times)
 {
     map([this](const RpcCall& query) -> std::optional<RpcServer::Units> {
         if (serving.load()->queries().size() <= 3)
@@ -19,7 +19,7 @@ TEST_F(SlowLookUp, query_is_sent_four_times)
     EXPECT_EQ(mapper->queries().size(), 4U);
 }
 
-TEST_F(SlowLookUp, silent_port_mapper_is_given_up_after_five_seconds)
+TEST_F(slow_look_up, silent_port_mapper_is_given_up_after_five_seconds)
 {
     std::atomic<bool> silent = true;
     map([&](const RpcCall& query) -> std::optional<RpcServer::Units> {
@@ -37,7 +37,7 @@ TEST_F(SlowLookUp, silent_port_mapper_is_given_up_after_five_seconds)
     expect_success();
 }
 
-TEST_F(SlowLookUp, its_time_is_part_of_the_calls_25_seconds)
+TEST_F(slow_look_up, its_time_is_part_of_the_calls_25_seconds)
 {
     RpcServer silent(0, [](const RpcCall&) { return std::optional<RpcServer::Units>(); });
     map([&](const RpcCall& query) {

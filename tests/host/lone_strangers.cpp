@@ -171,7 +171,7 @@ void be_host(Shared& shared, pid_t victim)
           [&](uint16_t port, const Datagram& datagram) { wire.send(shared.from, shared.to, port, datagram); });
 }
 
-class Strangers : public Lone
+class strangers : public Lone
 {
   protected:
     void before_threads() override
@@ -256,7 +256,7 @@ class Strangers : public Lone
     pid_t child = 0;
 };
 
-class ForeignHost : public Strangers
+class foreign_host : public strangers
 {
   protected:
     // Whose frames bear those addresses.
@@ -295,13 +295,13 @@ class ForeignHost : public Strangers
 };
 } // namespace
 
-TEST_F(Strangers, unprivileged_process_of_this_machine_hijacks_and_fails_no_look_up)
+TEST_F(strangers, unprivileged_process_of_this_machine_hijacks_and_fails_no_look_up)
 {
     shared->wanted = Shared::Stranger::Process;
     look_up_under_fire();
 }
 
-TEST_F(ForeignHost, own_address_of_another_host_is_not_believed)
+TEST_F(foreign_host, own_address_of_another_host_is_not_believed)
 {
     const Open open;
     start_host(Wire::theirs, Wire::ours);
@@ -309,7 +309,7 @@ TEST_F(ForeignHost, own_address_of_another_host_is_not_believed)
     EXPECT_GT(open.received(), 0U) << "the wire carries nothing";
 }
 
-TEST_F(ForeignHost, another_host_that_poses_as_ours_is_dropped)
+TEST_F(foreign_host, another_host_that_poses_as_ours_is_dropped)
 {
     const Open open;
     start_host("127.0.0.1", "127.0.0.1");
@@ -319,7 +319,7 @@ TEST_F(ForeignHost, another_host_that_poses_as_ours_is_dropped)
 
 // A machine that lets loopback addresses in from its wires: only the numbers
 // that nobody can guess are left.
-TEST_F(ForeignHost, another_host_that_poses_as_ours_is_not_believed_where_the_kernel_lets_it_in)
+TEST_F(foreign_host, another_host_that_poses_as_ours_is_not_believed_where_the_kernel_lets_it_in)
 {
     const Open open;
     Wire::run("for key in route_localnet accept_local; do for who in all default; do "

@@ -38,7 +38,7 @@ std::vector<Expected> expected_services()
     return services;
 }
 
-class Clients : public testing::Test
+class clients : public testing::Test
 {
   protected:
     const std::vector<Expected> expected = expected_services();
@@ -73,7 +73,7 @@ class Clients : public testing::Test
 };
 } // namespace
 
-TEST(Services, StandInTheOrderOfRegistration)
+TEST(services, stand_in_the_order_of_registration)
 {
     const std::vector<Expected> expected = expected_services();
     ASSERT_EQ(std::size(all_services), expected.size());
@@ -86,7 +86,7 @@ TEST(Services, StandInTheOrderOfRegistration)
     }
 }
 
-TEST_F(Clients, EachIsCreatedOnceKeptAndCreatedAgainAfterADrop)
+TEST_F(clients, each_is_created_once_kept_and_created_again_after_a_drop)
 {
     using Programs = std::vector<uint32_t>;
     for (const Expected& service : expected) {
@@ -103,7 +103,7 @@ TEST_F(Clients, EachIsCreatedOnceKeptAndCreatedAgainAfterADrop)
     }
 }
 
-TEST_F(Clients, ServicesShareNone)
+TEST_F(clients, services_share_none)
 {
     std::map<CLIENT*, std::string> clients;
     for (const Expected& service : expected) {
@@ -124,7 +124,7 @@ TEST_F(Clients, ServicesShareNone)
         service.drop();
 }
 
-TEST_F(Clients, OneThatCannotBeCreatedSaysWhyAndIsTriedAgain)
+TEST_F(clients, one_that_cannot_be_created_says_why_and_is_tried_again)
 {
     for (const Expected& service : expected) {
         creation_fails = true;

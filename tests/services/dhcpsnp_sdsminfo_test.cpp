@@ -18,20 +18,20 @@ const Service& dhcpsnp = service_named("dhcpsnp");
 const Service& sdsminfo = service_named("sdsminfo");
 } // namespace
 
-TEST(Dhcpsnp, CarriesTwoTextsAndTwoInts)
+TEST(dhcpsnp, carries_two_texts_and_two_ints)
 {
     EXPECT_BOTH_WAYS("oltmib_dhcpsnp_get_1", "a&b&-1&2", chars(80, "a"), chars(512, "b"), -1, 2);
     EXPECT_REQUEST("oltmib_dhcpsnp_set_1", "a&b&-1&2", chars(80, "a"), chars(512, "b"), -1, 2);
     EXPECT_REPLY("oltmib_dhcpsnp_set_1", "-1", -1);
 }
 
-TEST(Dhcpsnp, SecondFieldIsCutTo511Characters)
+TEST(dhcpsnp, second_field_is_cut_to_511_characters)
 {
     EXPECT_REQUEST("oltmib_dhcpsnp_get_1", std::string(90, 'a') + "&" + std::string(600, 'b') + "&1&2",
                    chars(80, std::string(79, 'a')), chars(512, std::string(511, 'b')), 1, 2);
 }
 
-TEST(Dhcpsnp, ReplyWithBothTextsFullStillFits)
+TEST(dhcpsnp, reply_with_both_texts_full_still_fits)
 {
     const std::string a79(79, 'a');
     const std::string b511(511, 'b');
@@ -39,27 +39,27 @@ TEST(Dhcpsnp, ReplyWithBothTextsFullStillFits)
                  chars(512, b511), ints(0x80000000U, 0x80000000U));
 }
 
-TEST(Dhcpsnp, EmptyArgumentSendsTwoEmptyTextsAndTwoZeros) { EXPECT_REQUEST("oltmib_dhcpsnp_get_1", "", zeros(594)); }
+TEST(dhcpsnp, empty_argument_sends_two_empty_texts_and_two_zeros) { EXPECT_REQUEST("oltmib_dhcpsnp_get_1", "", zeros(594)); }
 
-TEST(Sdsminfo, CarriesTwoTextsAndTwoInts)
+TEST(sdsminfo, carries_two_texts_and_two_ints)
 {
     EXPECT_BOTH_WAYS("oltmib_sdsminfo_get_1", "a&b&-1&2", chars(80, "a"), chars(512, "b"), -1, 2);
     EXPECT_REQUEST("oltmib_sdsminfo_set_1", "a&b&-1&2", chars(80, "a"), chars(512, "b"), -1, 2);
     EXPECT_REPLY("oltmib_sdsminfo_set_1", "-1", -1);
 }
 
-TEST(Sdsminfo, OneFieldSendsAnEmptySecondTextAndTwoZeros)
+TEST(sdsminfo, one_field_sends_an_empty_second_text_and_two_zeros)
 {
     EXPECT_REQUEST("oltmib_sdsminfo_get_1", "only", chars(80, "only"), zeros(512 + 2));
 }
 
-TEST(Sdsminfo, SecondFieldOf600CharactersIsCutTo511)
+TEST(sdsminfo, second_field_of_600_characters_is_cut_to_511)
 {
     EXPECT_REQUEST("oltmib_sdsminfo_get_1", "a&" + std::string(600, 'b'), chars(80, "a"),
                    chars(512, std::string(511, 'b')), 0, 0);
 }
 
-TEST(DhcpsnpAndSdsminfo, ShareNeitherRecordsNorTextsNorReplies)
+TEST(dhcpsnp_and_sdsminfo, share_neither_records_nor_texts_nor_replies)
 {
     char first[] = "snooping&1";
     char second[] = "sdsm&2";

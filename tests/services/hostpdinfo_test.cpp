@@ -69,7 +69,7 @@ class DecimalComma
 
 // Management access and accounts.
 
-TEST(Hostpdinfo, ManagementTablesCarryNineFieldsInRecordOrder)
+TEST(hostpdinfo, management_tables_carry_nine_fields_in_record_order)
 {
     const std::string text = "-1&forty&2&sixtyfour&a&b&thirtytwo&3&4";
     const Units record = wire(-1, chars(40, "forty"), 2, chars(64, "sixtyfour"), chars(80, "a"), chars(80, "b"),
@@ -82,7 +82,7 @@ TEST(Hostpdinfo, ManagementTablesCarryNineFieldsInRecordOrder)
     }
 }
 
-TEST(Hostpdinfo, TelnetWebAndSshRequestsDifferOnlyInTheProcedure)
+TEST(hostpdinfo, telnet_web_and_ssh_requests_differ_only_in_the_procedure)
 {
     const std::string argument = "1&name&2&text&x&y&z&3&4";
     const auto procedure = [](const char* name) { return api_named(name).procedure; };
@@ -97,7 +97,7 @@ TEST(Hostpdinfo, TelnetWebAndSshRequestsDifferOnlyInTheProcedure)
     EXPECT_EQ(procedure("oltmib_ssh_get_1"), 32U);
 }
 
-TEST(Hostpdinfo, AccountHasOneMoreIntBeforeItsLastText)
+TEST(hostpdinfo, account_has_one_more_int_before_its_last_text)
 {
     const Units record =
         wire(1, chars(40, "user"), 2, chars(64, "c"), chars(80, "d"), chars(80, "secret"), 77, chars(32, "e"), 5, 6);
@@ -108,13 +108,13 @@ TEST(Hostpdinfo, AccountHasOneMoreIntBeforeItsLastText)
     EXPECT_REPLY("oltmib_account_set_1", "-3", -3);
 }
 
-TEST(Hostpdinfo, ElevenFieldsForTenDropTheLast)
+TEST(hostpdinfo, eleven_fields_for_ten_drop_the_last)
 {
     EXPECT_EQ(request_of("oltmib_account_get_1", "1&a&2&b&c&d&3&e&4&5&6"),
               request_of("oltmib_account_get_1", "1&a&2&b&c&d&3&e&4&5"));
 }
 
-TEST(Hostpdinfo, FewerFieldsReadAsZeroAndEmpty)
+TEST(hostpdinfo, fewer_fields_read_as_zero_and_empty)
 {
     EXPECT_REQUEST("oltmib_telnet_get_1", "9&x", 9, chars(40, "x"), zeros(1 + 64 + 80 + 80 + 32 + 2));
     EXPECT_REQUEST("oltmib_telnet_get_1", "", zeros(300));
@@ -122,7 +122,7 @@ TEST(Hostpdinfo, FewerFieldsReadAsZeroAndEmpty)
 
 // Time.
 
-TEST(Hostpdinfo, TimeCarriesFifteenFieldsAndTwoDoubles)
+TEST(hostpdinfo, time_carries_fifteen_fields_and_two_doubles)
 {
     const Units record = wire(chars(40, "a"), chars(64, "b"), chars(64, "c"), chars(65, "d"), 1, 2, 3, chars(64, "e"),
                               chars(64, "f"), 4, two_and_a_half, minus_one_and_three_quarters, chars(32, "g"), 5, 6);
@@ -131,15 +131,15 @@ TEST(Hostpdinfo, TimeCarriesFifteenFieldsAndTwoDoubles)
     EXPECT_REQUEST("oltmib_ntp_set_1", "a&b&c&d&1&2&3&e&f&4&2.5&-1.75&g&5&6", record);
 }
 
-TEST(Hostpdinfo, EmptyTimeArgumentSendsZeros) { EXPECT_REQUEST("oltmib_ntp_get_1", "", zeros(403)); }
+TEST(hostpdinfo, empty_time_argument_sends_zeros) { EXPECT_REQUEST("oltmib_ntp_get_1", "", zeros(403)); }
 
-TEST(Hostpdinfo, TimeReplyShowsTwoAndAHalfAs2Point50)
+TEST(hostpdinfo, time_reply_shows_two_and_a_half_as_2_point_50)
 {
     EXPECT_REPLY("oltmib_ntp_get_1", "&&&&0&0&0&&&0&2.50&0.00&&0&0", zeros(40 + 64 + 64 + 65 + 3 + 64 + 64 + 1),
                  two_and_a_half, zeros(2 + 32 + 2));
 }
 
-TEST(Hostpdinfo, TimeKeeps64CharactersInItsFourthFieldAnd39InItsFirst)
+TEST(hostpdinfo, time_keeps_64_characters_in_its_fourth_field_and_39_in_its_first)
 {
     const std::string seventy(70, 't');
     EXPECT_REQUEST("oltmib_ntp_get_1", seventy + "&" + seventy + "&" + seventy + "&" + seventy,
@@ -147,13 +147,13 @@ TEST(Hostpdinfo, TimeKeeps64CharactersInItsFourthFieldAnd39InItsFirst)
                    chars(65, std::string(64, 't')), zeros(3 + 64 + 64 + 1 + 4 + 32 + 2));
 }
 
-TEST(Hostpdinfo, TimeReplyMayFillAll65CharactersOfItsFourthField)
+TEST(hostpdinfo, time_reply_may_fill_all_65_characters_of_its_fourth_field)
 {
     EXPECT_REPLY("oltmib_ntp_get_1", "&&&" + std::string(65, 'q') + "&1&0&0&&&0&0.00&0.00&&0&0", zeros(40 + 64 + 64),
                  chars(65, std::string(65, 'q')), 1, zeros(2 + 64 + 64 + 1 + 4 + 32 + 2));
 }
 
-TEST(Hostpdinfo, DoublesGoOutWithTwoDecimalsWhateverCameIn)
+TEST(hostpdinfo, doubles_go_out_with_two_decimals_whatever_came_in)
 {
     const auto sent_back = [](const std::string& real) {
         const std::string text =
@@ -169,7 +169,7 @@ TEST(Hostpdinfo, DoublesGoOutWithTwoDecimalsWhateverCameIn)
     EXPECT_EQ(sent_back("1e308").size(), 309U + 3U);
 }
 
-TEST(Hostpdinfo, TimeReplyOfTheLongestDoublesIsCutAt1023Characters)
+TEST(hostpdinfo, time_reply_of_the_longest_doubles_is_cut_at_1023_characters)
 {
     const Units most = {0x7FEFFFFF, 0xFFFFFFFF}; // 309 digits before the point
     EXPECT_EQ(text_of("oltmib_ntp_get_1",
@@ -189,7 +189,7 @@ TEST(Hostpdinfo, TimeReplyOfTheLongestDoublesIsCutAt1023Characters)
     EXPECT_EQ(cut.substr(before.size() + 313), cut.substr(before.size(), 1023 - before.size() - 313));
 }
 
-TEST(Hostpdinfo, DecimalCommaOfTheProcessLocaleGoesForBothWays)
+TEST(hostpdinfo, decimal_comma_of_the_process_locale_goes_for_both_ways)
 {
     if (system("command -v localedef >/dev/null 2>&1") != 0)
         GTEST_SKIP() << "localedef is not installed, so no locale with a decimal comma can be made";
@@ -205,13 +205,13 @@ TEST(Hostpdinfo, DecimalCommaOfTheProcessLocaleGoesForBothWays)
 
 // The DHCP server.
 
-TEST(Hostpdinfo, DhcpServerCarriesTwoTextsAndTwoInts)
+TEST(hostpdinfo, dhcp_server_carries_two_texts_and_two_ints)
 {
     EXPECT_BOTH_WAYS("oltmib_dhcpdinfo_get_1", "pool&range&-7&8", chars(80, "pool"), chars(512, "range"), -7, 8);
     EXPECT_REQUEST("oltmib_dhcpdinfo_set_1", "pool&range&-7&8", chars(80, "pool"), chars(512, "range"), -7, 8);
 }
 
-TEST(Hostpdinfo, DhcpServerReplyWithBothTextsFullStillFits)
+TEST(hostpdinfo, dhcp_server_reply_with_both_texts_full_still_fits)
 {
     const std::string x79(79, 'x');
     const std::string y511(511, 'y');
@@ -221,7 +221,7 @@ TEST(Hostpdinfo, DhcpServerReplyWithBothTextsFullStillFits)
 
 // SNMP.
 
-TEST(Hostpdinfo, SnmpConfigurationRequestHasAStubAndNoRegistration)
+TEST(hostpdinfo, snmp_configuration_request_has_a_stub_and_no_registration)
 {
     register_once(hostpdinfo);
     EXPECT_EQ(lua_getapibyname("oltmib_snmp_cfg_req_1"), nullptr);
@@ -240,7 +240,7 @@ TEST(Hostpdinfo, SnmpConfigurationRequestHasAStubAndNoRegistration)
     EXPECT_EQ(oltmib_snmp_cfg_req_1(request.get(), daemon.client()), nullptr);
 }
 
-TEST(Hostpdinfo, ViewTextOf450CharactersIsKeptAsItsFirst399)
+TEST(hostpdinfo, view_text_of_450_characters_is_kept_as_its_first_399)
 {
     const std::string x399(399, 'x');
     EXPECT_REQUEST("oltmib_snmp_view_get_1", "view&" + std::string(450, 'x') + "&included&1&2", chars(80, "view"),
@@ -250,7 +250,7 @@ TEST(Hostpdinfo, ViewTextOf450CharactersIsKeptAsItsFirst399)
     EXPECT_BOTH_WAYS("oltmib_snmp_view_getn_1", "v&.1&t&-1&0", chars(80, "v"), chars(400, ".1"), chars(32, "t"), -1, 0);
 }
 
-TEST(Hostpdinfo, LongestViewStaysBelowTheBuffer)
+TEST(hostpdinfo, longest_view_stays_below_the_buffer)
 {
     const std::string text =
         std::string(79, 'a') + "&" + std::string(399, 'b') + "&" + std::string(31, 'c') + "&-2147483648&-2147483648";
@@ -258,7 +258,7 @@ TEST(Hostpdinfo, LongestViewStaysBelowTheBuffer)
                      chars(32, std::string(31, 'c')), ints(0x80000000U, 0x80000000U));
 }
 
-TEST(Hostpdinfo, GroupAndUserFillDifferentFieldsFromTheSameNineValues)
+TEST(hostpdinfo, group_and_user_fill_different_fields_from_the_same_nine_values)
 {
     const std::string nine = "1&2&3&4&5&6&7&8&9";
     const Units group =
@@ -274,7 +274,7 @@ TEST(Hostpdinfo, GroupAndUserFillDifferentFieldsFromTheSameNineValues)
     EXPECT_REQUEST("oltmib_snmp_user_set_1", nine, user);
 }
 
-TEST(Hostpdinfo, NotificationHostCarriesNineFields)
+TEST(hostpdinfo, notification_host_carries_nine_fields)
 {
     const Units host = wire(1, chars(80, "192.0.2.7"), 162, chars(80, "public"), 2, 3, chars(32, "t"), 4, 5);
     ASSERT_EQ(host.size(), 198U);
@@ -285,7 +285,7 @@ TEST(Hostpdinfo, NotificationHostCarriesNineFields)
 
 // Syslog and alerts.
 
-TEST(Hostpdinfo, SyslogsFourteenFieldsComeBack)
+TEST(hostpdinfo, syslogs_fourteen_fields_come_back)
 {
     EXPECT_BOTH_WAYS("oltmib_sysloginfo_get_1", numbers(1, 11) + "&text&12&13", counting(1, 11), chars(32, "text"), 12,
                      13);
@@ -293,12 +293,12 @@ TEST(Hostpdinfo, SyslogsFourteenFieldsComeBack)
                    13);
 }
 
-TEST(Hostpdinfo, SyslogOfThreeFieldsSendsZerosBehindThem)
+TEST(hostpdinfo, syslog_of_three_fields_sends_zeros_behind_them)
 {
     EXPECT_REQUEST("oltmib_sysloginfo_get_1", "7&8&9", 7, 8, 9, zeros(8 + 32 + 2));
 }
 
-TEST(Hostpdinfo, RemoteSyslogKeeps63CharactersOf70)
+TEST(hostpdinfo, remote_syslog_keeps_63_characters_of_70)
 {
     EXPECT_REQUEST("oltmib_syslogremote_get_1", "1&" + std::string(70, 'h') + "&514&t&2&3", 1,
                    chars(64, std::string(63, 'h')), 514, chars(32, "t"), 2, 3);
@@ -306,7 +306,7 @@ TEST(Hostpdinfo, RemoteSyslogKeeps63CharactersOf70)
     EXPECT_REQUEST("oltmib_syslogremote_set_1", "1&host&514&t&2&3", 1, chars(64, "host"), 514, chars(32, "t"), 2, 3);
 }
 
-TEST(Hostpdinfo, AlertWithAnEmptyTextHasTwoSeparatorsInARow)
+TEST(hostpdinfo, alert_with_an_empty_text_has_two_separators_in_a_row)
 {
     EXPECT_REPLY("oltmib_alert_get_1", "1&2&3&4&&5&6", 1, 2, 3, 4, zeros(32), 5, 6);
     EXPECT_BOTH_WAYS("oltmib_alert_get_1", "1&2&3&4&mail&5&6", 1, 2, 3, 4, chars(32, "mail"), 5, 6);

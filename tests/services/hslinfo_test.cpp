@@ -11,7 +11,7 @@ char* arg2str_dyinggasp(void* reply);
 
 // The management interface.
 
-TEST(Hslinfo, ManagementCarriesTenFields)
+TEST(hslinfo, management_carries_ten_fields)
 {
     const Units record = wire(1, 2, chars(20, "192.168.1.100"), chars(20, "192.168.1.1"), 3, chars(64, "a"),
                               chars(64, "b"), chars(32, "c"), 4, 5);
@@ -20,13 +20,13 @@ TEST(Hslinfo, ManagementCarriesTenFields)
     EXPECT_REQUEST("oltmib_mgmtvlan_set_1", "1&2&192.168.1.100&192.168.1.1&3&a&b&c&4&5", record);
 }
 
-TEST(Hslinfo, ManagementTraceShowsAddressGatewayAndOper)
+TEST(hslinfo, management_trace_shows_address_gateway_and_oper)
 {
     EXPECT_EQ(parser_trace("oltmib_mgmtvlan_get_1", "0&0&192.168.1.100&192.168.1.1&0&&&&1"),
               "[str2arg_hslinfo: 27]set ip 192.168.1.100, gateway 192.168.1.1, oper 1.\r\n");
 }
 
-TEST(Hslinfo, GatewayOf25CharactersIsSentAndTracedAsItsFirst19)
+TEST(hslinfo, gateway_of_25_characters_is_sent_and_traced_as_its_first_19)
 {
     const std::string gateway = "abcdefghijklmnopqrstuvwxy";
     EXPECT_REQUEST("oltmib_mgmtvlan_get_1", "&&&" + gateway, zeros(2 + 20), chars(20, "abcdefghijklmnopqrs"),
@@ -37,7 +37,7 @@ TEST(Hslinfo, GatewayOf25CharactersIsSentAndTracedAsItsFirst19)
 
 // format() copies the whole record out of the stub's storage, so
 // AddressSanitizer sees that it is all there.
-TEST(Hslinfo, ManagementSetAnswersThroughTheRecordsFormatter)
+TEST(hslinfo, management_set_answers_through_the_records_formatter)
 {
     EXPECT_EQ(api_named("oltmib_mgmtvlan_set_1").formatter->ret2str, arg2str_hslinfo);
     EXPECT_REPLY("oltmib_mgmtvlan_set_1", "-5&0&&&0&&&&0&0", -5);
@@ -46,7 +46,7 @@ TEST(Hslinfo, ManagementSetAnswersThroughTheRecordsFormatter)
 
 // Dying gasp.
 
-TEST(Hslinfo, DyingGaspSupportGetsLikeAGet)
+TEST(hslinfo, dying_gasp_support_gets_like_a_get)
 {
     for (const char* name : {"oltmib_dyinggasp_support_1", "oltmib_dyinggasp_get_1"}) {
         EXPECT_BOTH_WAYS(name, "1&2&t&3&4", 1, 2, chars(32, "t"), 3, 4);
@@ -54,7 +54,7 @@ TEST(Hslinfo, DyingGaspSupportGetsLikeAGet)
     EXPECT_REQUEST("oltmib_dyinggasp_set_1", "1&2&t&3&4", 1, 2, chars(32, "t"), 3, 4);
 }
 
-TEST(Hslinfo, DyingGaspSetAnswersWithItsResultAndFourMoreFields)
+TEST(hslinfo, dying_gasp_set_answers_with_its_result_and_four_more_fields)
 {
     EXPECT_EQ(api_named("oltmib_dyinggasp_set_1").formatter->ret2str, arg2str_dyinggasp);
     EXPECT_REPLY("oltmib_dyinggasp_set_1", "0&0&&0&0", 0);
@@ -64,7 +64,7 @@ TEST(Hslinfo, DyingGaspSetAnswersWithItsResultAndFourMoreFields)
 
 // Ports.
 
-TEST(Hslinfo, InterfaceModeCarriesEightFieldsIn39Units)
+TEST(hslinfo, interface_mode_carries_eight_fields_in_39_units)
 {
     const Units record = wire(1, 2, 3, 4, 5, chars(32, "t"), 6, 7);
     ASSERT_EQ(record.size(), 39U);
@@ -76,7 +76,7 @@ TEST(Hslinfo, InterfaceModeCarriesEightFieldsIn39Units)
               "[str2arg_hslportintfmode: 53]ifx 1, mode_flag 2, mode 3, oper 6.\r\n");
 }
 
-TEST(Hslinfo, InBandStateCarriesFiveFields)
+TEST(hslinfo, in_band_state_carries_five_fields)
 {
     EXPECT_BOTH_WAYS("oltmib_portinbandan_get_1", "1&2&t&3&4", 1, 2, chars(32, "t"), 3, 4);
     EXPECT_BOTH_WAYS("oltmib_portinbandan_getn_1", "1&2&t&3&4", 1, 2, chars(32, "t"), 3, 4);
@@ -88,7 +88,7 @@ TEST(Hslinfo, InBandStateCarriesFiveFields)
 
 // MBA.
 
-TEST(Hslinfo, MbaSerialCarriesEightFields)
+TEST(hslinfo, mba_serial_carries_eight_fields)
 {
     const Units record = wire(1, 9600, 3, chars(32, "a"), 4, chars(32, "b"), 5, 6);
     ASSERT_EQ(record.size(), 70U);
@@ -98,13 +98,13 @@ TEST(Hslinfo, MbaSerialCarriesEightFields)
     EXPECT_REPLY("oltmib_mbaserial_set_1", "0", 0);
 }
 
-TEST(Hslinfo, MbaSerialTraceOfTwoFieldsShowsOper0)
+TEST(hslinfo, mba_serial_trace_of_two_fields_shows_oper_0)
 {
     EXPECT_EQ(parser_trace("oltmib_mbaserial_get_1", "1&9600"),
               "[str2arg_mbaserial: 125]ifx 1, brate 9600, oper 0.\r\n");
 }
 
-TEST(Hslinfo, MbaInstanceCarriesElevenFields)
+TEST(hslinfo, mba_instance_carries_eleven_fields)
 {
     const Units record = wire(chars(32, "name"), 1, chars(20, "sip"), 2, chars(20, "192.0.2.1"), 3, chars(32, "a"), 4,
                               chars(32, "b"), 5, 6);
@@ -118,7 +118,7 @@ TEST(Hslinfo, MbaInstanceCarriesElevenFields)
               "[str2arg_mbainst: 162]name name, dip 192.0.2.1, oper 5.\r\n");
 }
 
-TEST(Hslinfo, MbaInstanceKeeps19CharactersOfADipOf25)
+TEST(hslinfo, mba_instance_keeps_19_characters_of_a_dip_of_25)
 {
     EXPECT_REQUEST("oltmib_mbainst_get_1", "n&&&&abcdefghijklmnopqrstuvwxy", chars(32, "n"), zeros(1 + 20 + 1),
                    chars(20, "abcdefghijklmnopqrs"), zeros(1 + 32 + 1 + 32 + 2));
@@ -126,7 +126,7 @@ TEST(Hslinfo, MbaInstanceKeeps19CharactersOfADipOf25)
               "[str2arg_mbainst: 162]name n, dip abcdefghijklmnopqrs, oper 0.\r\n");
 }
 
-TEST(Hslinfo, MbaInstanceStateCarriesElevenFields)
+TEST(hslinfo, mba_instance_state_carries_eleven_fields)
 {
     const Units record =
         wire(chars(32, "name"), 1, 2, chars(20, "sip"), 3, chars(20, "192.0.2.1"), 4, 5, chars(32, "t"), 6, 7);
@@ -140,7 +140,7 @@ TEST(Hslinfo, MbaInstanceStateCarriesElevenFields)
               "[str2arg_mbainststate: 202]name name, dip 192.0.2.1, oper 6.\r\n");
 }
 
-TEST(Hslinfo, MbaSerialCountersPrintAsInts)
+TEST(hslinfo, mba_serial_counters_print_as_ints)
 {
     const Units record = wire(1, 2147483647, ints(0x80000000U, 0xFFFFFFFFU), chars(32, "t"), 3, 4);
     ASSERT_EQ(record.size(), 38U);
@@ -152,7 +152,7 @@ TEST(Hslinfo, MbaSerialCountersPrintAsInts)
               "[str2arg_mbaserialstatis: 238]ifx 1, err -2, oper 3.\r\n");
 }
 
-TEST(Hslinfo, MbaInstanceCounterOf4294967295PrintsAsMinus1)
+TEST(hslinfo, mba_instance_counter_of_4294967295_prints_as_minus_1)
 {
     EXPECT_REPLY("oltmib_mbainststatis_get_1", "n&-1&0&0&0&0&0&0&0&&0&0", chars(32, "n"), 0xFFFFFFFFU,
                  zeros(7 + 32 + 2));
@@ -166,7 +166,7 @@ TEST(Hslinfo, MbaInstanceCounterOf4294967295PrintsAsMinus1)
               "[str2arg_mbainststatis: 275]name name, rx_bytes -3, oper 9.\r\n");
 }
 
-TEST(Hslinfo, NothingIsPrintedWithoutTheFlag)
+TEST(hslinfo, nothing_is_printed_without_the_flag)
 {
     testing::internal::CaptureStdout();
     request_of("oltmib_mgmtvlan_get_1", "1&2&a&b");

@@ -8,13 +8,13 @@ namespace
 const Service& igmpsnpinfo = service_named("igmpsnpinfo");
 }
 
-TEST(Igmpsnpinfo, GlobalCarriesSixFields)
+TEST(igmpsnpinfo, global_carries_six_fields)
 {
     EXPECT_BOTH_WAYS("oltmib_igmpsnp_get_1", "1&2&3&t&4&5", 1, 2, 3, chars(32, "t"), 4, 5);
     EXPECT_REQUEST("oltmib_igmpsnp_set_1", "1&2&3&t&4&5", 1, 2, 3, chars(32, "t"), 4, 5);
 }
 
-TEST(Igmpsnpinfo, RouterPortCarriesFiveFields)
+TEST(igmpsnpinfo, router_port_carries_five_fields)
 {
     const Units record = wire(1, chars(40, "eth0/1"), chars(32, "t"), 2, 3);
     ASSERT_EQ(record.size(), 75U);
@@ -23,7 +23,7 @@ TEST(Igmpsnpinfo, RouterPortCarriesFiveFields)
     EXPECT_REQUEST("oltmib_igmpsnp_mrouter_set_1", "1&eth0/1&t&2&3", record);
 }
 
-TEST(Igmpsnpinfo, LearnedAndStaticGroupsSendTheSameRecordToProcedures10And7)
+TEST(igmpsnpinfo, learned_and_static_groups_send_the_same_record_to_procedures_10_and_7)
 {
     const std::string text = "1&eth0/1&239.1.2.3&192.0.2.1&2&t&3&4";
     const Units record =
@@ -38,20 +38,20 @@ TEST(Igmpsnpinfo, LearnedAndStaticGroupsSendTheSameRecordToProcedures10And7)
     EXPECT_EQ(api_named("oltmib_igmpsnp_static_grp_get_1").procedure, 7U);
 }
 
-TEST(Igmpsnpinfo, GroupKeeps39CharactersOf45InItsSecondField)
+TEST(igmpsnpinfo, group_keeps_39_characters_of_45_in_its_second_field)
 {
     EXPECT_REQUEST("oltmib_igmpsnp_grp_get_1", "1&" + std::string(45, 'g'), 1, chars(40, std::string(39, 'g')),
                    zeros(32 + 32 + 1 + 32 + 2));
 }
 
-TEST(Igmpsnpinfo, NoApiSetsALearnedGroup)
+TEST(igmpsnpinfo, no_api_sets_a_learned_group)
 {
     register_once(igmpsnpinfo);
     EXPECT_EQ(lua_getapibyname("oltmib_igmpsnp_grp_set_1"), nullptr);
     EXPECT_NE(lua_getapibyname("oltmib_igmpsnp_static_grp_set_1"), nullptr);
 }
 
-TEST(Igmpsnpinfo, FastLeaveCarriesFiveFields)
+TEST(igmpsnpinfo, fast_leave_carries_five_fields)
 {
     EXPECT_BOTH_WAYS("oltmib_igmpsnp_fastleave_get_1", "1&2&t&3&4", 1, 2, chars(32, "t"), 3, 4);
     EXPECT_REQUEST("oltmib_igmpsnp_fastleave_set_1", "1&2&t&3&4", 1, 2, chars(32, "t"), 3, 4);

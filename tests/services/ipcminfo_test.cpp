@@ -3,7 +3,7 @@
 
 using namespace support;
 
-TEST(Ipcminfo, EightFieldsComeBackWithTheirTextsCutTo31Characters)
+TEST(ipcminfo, eight_fields_come_back_with_their_texts_cut_to_31_characters)
 {
     const Units record = wire(1, 2, 3, 4, chars(32, "a"), chars(32, "b"), 5, 6);
     ASSERT_EQ(record.size(), 70U);
@@ -17,7 +17,7 @@ TEST(Ipcminfo, EightFieldsComeBackWithTheirTextsCutTo31Characters)
               "1&2&3&4&" + a31 + "&" + b31 + "&5&6");
 }
 
-TEST(Ipcminfo, IntsThatAreNoNumbersAreSentAsZeros)
+TEST(ipcminfo, ints_that_are_no_numbers_are_sent_as_zeros)
 {
     EXPECT_REQUEST("oltmib_ioctlinfo_get_1", "one&&0x7&- 3&a&b&five&-6x", zeros(4), chars(32, "a"), chars(32, "b"), 0,
                    -6);

@@ -9,7 +9,7 @@ namespace
 const Service& lpdet = service_named("lpdet");
 }
 
-TEST(Lpdet, GlobalReturnsSixFieldsTheFourthAText)
+TEST(lpdet, global_returns_six_fields_the_fourth_a_text)
 {
     EXPECT_REQUEST("oltmib_lpdet_global_get_1", "", zeros(37));
     EXPECT_REPLY("oltmib_lpdet_global_get_1", "0&0&0&&0&0", zeros(37));
@@ -17,7 +17,7 @@ TEST(Lpdet, GlobalReturnsSixFieldsTheFourthAText)
     EXPECT_REQUEST("oltmib_lpdet_global_set_1", "1&2&3&t&4&5", 1, 2, 3, chars(32, "t"), 4, 5);
 }
 
-TEST(Lpdet, PortInformationCarriesElevenFields)
+TEST(lpdet, port_information_carries_eleven_fields)
 {
     const Units record = wire(1, chars(32, "eth1"), 2, chars(64, "b"), chars(16, "c"), chars(16, "d"), chars(32, "e"),
                               3, chars(32, "f"), 4, 5);
@@ -27,7 +27,7 @@ TEST(Lpdet, PortInformationCarriesElevenFields)
     EXPECT_REQUEST("oltmib_lpdet_portinfo_set_1", "1&eth1&2&b&c&d&e&3&f&4&5", record);
 }
 
-TEST(Lpdet, PortInformationKeeps15CharactersOfItsThirdText)
+TEST(lpdet, port_information_keeps_15_characters_of_its_third_text)
 {
     const std::string x70(70, 'x');
     EXPECT_REQUEST("oltmib_lpdet_portinfo_get_1", "1&&2&&" + std::string(20, 'x'), 1, zeros(32), 2, zeros(64),

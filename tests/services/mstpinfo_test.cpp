@@ -11,7 +11,7 @@ const Service& mstpinfo = service_named("mstpinfo");
 const std::string bridge("\x80\x00\x00\x11\x22\x33\x44\x55", 8);
 } // namespace
 
-TEST(Mstpinfo, EmptyGlobalArgumentSendsZerosAndReturnsFourteenFields)
+TEST(mstpinfo, empty_global_argument_sends_zeros_and_returns_fourteen_fields)
 {
     EXPECT_REQUEST("oltmib_mstp_global_get_1", "", zeros(45));
     EXPECT_REPLY("oltmib_mstp_global_get_1", "0&0&0&0&0&0&0&0&0&0&0&&0&0", zeros(45));
@@ -21,7 +21,7 @@ TEST(Mstpinfo, EmptyGlobalArgumentSendsZerosAndReturnsFourteenFields)
                    12, 13);
 }
 
-TEST(Mstpinfo, MstCarriesFiveFields)
+TEST(mstpinfo, mst_carries_five_fields)
 {
     const Units record = wire(chars(40, "region"), 1, chars(32, "t"), 2, 3);
     ASSERT_EQ(record.size(), 75U);
@@ -30,7 +30,7 @@ TEST(Mstpinfo, MstCarriesFiveFields)
     EXPECT_REQUEST("oltmib_mstp_mst_get_1", std::string(50, 'r'), chars(40, std::string(39, 'r')), zeros(35));
 }
 
-TEST(Mstpinfo, InstanceCarriesSixFields)
+TEST(mstpinfo, instance_carries_six_fields)
 {
     const Units record = wire(1, chars(64, "1-100"), 2, chars(32, "t"), 3, 4);
     ASSERT_EQ(record.size(), 100U);
@@ -39,7 +39,7 @@ TEST(Mstpinfo, InstanceCarriesSixFields)
     EXPECT_REQUEST("oltmib_mstp_inst_set_1", "1&1-100&2&t&3&4", record);
 }
 
-TEST(Mstpinfo, PortSettingsCarrySeventeenFields)
+TEST(mstpinfo, port_settings_carry_seventeen_fields)
 {
     const Units record = wire(1, 2, chars(32, "eth1"), counting(3, 11), chars(32, "t"), 14, 15);
     ASSERT_EQ(record.size(), 79U);
@@ -49,13 +49,13 @@ TEST(Mstpinfo, PortSettingsCarrySeventeenFields)
     EXPECT_REQUEST("oltmib_mstp_if_set_1", text, record);
 }
 
-TEST(Mstpinfo, MoreThanTwentyFieldsChangeNothing)
+TEST(mstpinfo, more_than_twenty_fields_change_nothing)
 {
     EXPECT_REQUEST("oltmib_mstp_if_get_1", "1&2&eth1&3&4&5&6&7&8&9&10&11&12&13&t&14&15&16&17&18&19&20&21&22", 1, 2,
                    chars(32, "eth1"), counting(3, 11), chars(32, "t"), 14, 15);
 }
 
-TEST(Mstpinfo, PortStateCarriesThreeIdentifiersAsSixteenHexDigits)
+TEST(mstpinfo, port_state_carries_three_identifiers_as_sixteen_hex_digits)
 {
     const Units record =
         wire(1, 2, chars(32, "eth1"), 3, 4, 5, chars(8, bridge), chars(8, "\xFF\xEE\xDD\xCC\xBB\xAA\x99\x88"),
@@ -66,7 +66,7 @@ TEST(Mstpinfo, PortStateCarriesThreeIdentifiersAsSixteenHexDigits)
     EXPECT_BOTH_WAYS("oltmib_mstp_ifstate_getn_1", text, record);
 }
 
-TEST(Mstpinfo, IdentifiersTakeWholePairsEightAtMostAndEitherCase)
+TEST(mstpinfo, identifiers_take_whole_pairs_eight_at_most_and_either_case)
 {
     const auto sent = [](const std::string& hex) {
         const Units units = request_of("oltmib_mstp_ifstate_get_1", "&&&&&&" + hex);
@@ -81,7 +81,7 @@ TEST(Mstpinfo, IdentifiersTakeWholePairsEightAtMostAndEitherCase)
     EXPECT_EQ(sent("zz12"), wire(chars(8, std::string("\x00\x12", 2)), zeros(8)));
 }
 
-TEST(Mstpinfo, ResetTakesAPortStateAndAnswersWithAnInt)
+TEST(mstpinfo, reset_takes_a_port_state_and_answers_with_an_int)
 {
     EXPECT_REQUEST("oltmib_mstp_reset_if_detect_1",
                    "1&2&eth1&3&4&5&8000001122334455&8000001122334455&8000001122334455&t&6&7", 1, 2, chars(32, "eth1"),
@@ -91,7 +91,7 @@ TEST(Mstpinfo, ResetTakesAPortStateAndAnswersWithAnInt)
 }
 
 // No record has a version, but the routine stands for those who add one.
-TEST(Mstpinfo, VersionTravelsAsOneUnit)
+TEST(mstpinfo, version_travels_as_one_unit)
 {
     static_assert(sizeof(oltmib_mstpver_e) == sizeof(int), "the enum is an int");
     auto version = static_cast<oltmib_mstpver_e>(3);

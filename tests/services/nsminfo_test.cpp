@@ -72,7 +72,7 @@ template <class Block> int64_t value_of(const Block& block, size_t place)
 // --- the service ---
 
 // Four procedures have a stub that Lua cannot reach.
-TEST(Nsminfo, FourStubsAreNeverRegistered)
+TEST(nsminfo, four_stubs_are_never_registered)
 {
     register_once(service_named("nsminfo"));
     for (const char* name :
@@ -82,7 +82,7 @@ TEST(Nsminfo, FourStubsAreNeverRegistered)
     }
 }
 
-TEST(Nsminfo, UnregisteredStubsStillCall)
+TEST(nsminfo, unregistered_stubs_still_call)
 {
     FakeDaemon daemon;
     const Units units = wire(chars(32, "one"), counting(2, 4), chars(32, "text"), 6, 7);
@@ -111,7 +111,7 @@ TEST(Nsminfo, UnregisteredStubsStillCall)
     EXPECT_EQ(daemon.request, wire(1, zeros(651)));
 }
 
-TEST(Nsminfo, SetsReplyWithTheirStatus)
+TEST(nsminfo, sets_reply_with_their_status)
 {
     int sets = 0;
     for (const Api& api : service_named("nsminfo"))
@@ -126,7 +126,7 @@ TEST(Nsminfo, SetsReplyWithTheirStatus)
     EXPECT_EQ(sets, expected);
 }
 
-TEST(Nsminfo, FailedCallsGiveNoReply)
+TEST(nsminfo, failed_calls_give_no_reply)
 {
     const Api& api = api_named("oltmib_portinfo_get_1");
     const auto request = record_of_units(*api.request, zeros(357));
@@ -139,7 +139,7 @@ TEST(Nsminfo, FailedCallsGiveNoReply)
     EXPECT_EQ(api.func(request.get(), daemon.client()), nullptr);
 }
 
-TEST(Nsminfo, NothingIsPrintedUnlessTracing)
+TEST(nsminfo, nothing_is_printed_unless_tracing)
 {
     testing::internal::CaptureStdout();
     for (const Api& api : service_named("nsminfo"))
@@ -151,7 +151,7 @@ TEST(Nsminfo, NothingIsPrintedUnlessTracing)
 }
 
 // The tables without a trace line, of which neither converter may print.
-TEST(Nsminfo, TablesWithoutATrace)
+TEST(nsminfo, tables_without_a_trace)
 {
     for (const char* name :
          {"portinfo", "vlaninfo",  "sptmode",     "vlanvpn",    "vlanvpnif",      "svi",      "queueweight",
@@ -168,7 +168,7 @@ TEST(Nsminfo, TablesWithoutATrace)
 
 // --- 64-bit values, blocks and enums ---
 
-TEST(NsminfoWords, LowWordTravelsFirst)
+TEST(nsminfo_words, low_word_travels_first)
 {
     for (const bool with_inline : {true, false}) {
         EXPECT_EQ(encoded(xdr_oltmib_int64_t, oltmib_int64_t{(1LL << 32) + 2}, with_inline), ints(2, 1));
@@ -179,7 +179,7 @@ TEST(NsminfoWords, LowWordTravelsFirst)
     }
 }
 
-TEST(NsminfoWords, LowWordArrivesFirst)
+TEST(nsminfo_words, low_word_arrives_first)
 {
     for (const bool with_inline : {true, false}) {
         EXPECT_EQ(decoded<oltmib_int64_t>(xdr_oltmib_int64_t, ints(2, 1), with_inline), (1LL << 32) + 2);
@@ -189,7 +189,7 @@ TEST(NsminfoWords, LowWordArrivesFirst)
     }
 }
 
-TEST(NsminfoWords, BlocksAreTheirValuesInOrder)
+TEST(nsminfo_words, blocks_are_their_values_in_order)
 {
     std::vector<int64_t> values(54);
     values[0] = (1LL << 32) + 2, values[9] = -1, values[53] = 53;
@@ -207,7 +207,7 @@ TEST(NsminfoWords, BlocksAreTheirValuesInOrder)
 }
 
 // No record carries them, but their routines are there: one unit, any value.
-TEST(NsminfoWords, EnumsAreOneUnit)
+TEST(nsminfo_words, enums_are_one_unit)
 {
     const auto check = [](auto routine, auto) {
         EXPECT_EQ(encoded(routine, 0x12345678, true), ints(0x12345678));
@@ -222,17 +222,17 @@ TEST(NsminfoWords, EnumsAreOneUnit)
 
 // --- ports ---
 
-TEST(NsminfoPorts, PortinfoOfTwoFieldsIsZeroBehindThem)
+TEST(nsminfo_ports, portinfo_of_two_fields_is_zero_behind_them)
 {
     EXPECT_REQUEST("oltmib_portinfo_get_1", "1&ge1", 1, chars(32, "ge1"), zeros(80 + 2 + 64 + 3 + 128 + 13 + 32 + 2));
 }
 
-TEST(NsminfoPorts, PortinfoSixthFieldFillsField8AndField9)
+TEST(nsminfo_ports, portinfo_sixth_field_fills_field_8_and_field_9)
 {
     EXPECT_REQUEST("oltmib_portinfo_set_1", "&&&&&5", zeros(1 + 32 + 80 + 2 + 64), 5, 5, 0, zeros(128 + 13 + 32 + 2));
 }
 
-TEST(NsminfoPorts, PortinfoReadsTwentyFourFields)
+TEST(nsminfo_ports, portinfo_reads_twenty_four_fields)
 {
     EXPECT_REQUEST("oltmib_portinfo_getn_1",
                    "1&ge1&desc&4&5&8&10&eleven&twelve&13&14&15&16&17&18&19&20&21&23&24&25&last&27&28&29", 1,
@@ -241,7 +241,7 @@ TEST(NsminfoPorts, PortinfoReadsTwentyFourFields)
 }
 
 // field6, field7, field9 and field22 are in the reply, but not in its text.
-TEST(NsminfoPorts, PortinfoShowsTwentyFourFields)
+TEST(nsminfo_ports, portinfo_shows_twenty_four_fields)
 {
     EXPECT_REPLY("oltmib_portinfo_get_1",
                  "1&ge1&desc&4&5&8&10&eleven&twelve&13&14&15&16&17&18&19&20&21&23&24&25&last&27&28", 1,
@@ -249,18 +249,18 @@ TEST(NsminfoPorts, PortinfoShowsTwentyFourFields)
                  chars(64, "eleven"), chars(64, "twelve"), counting(13, 13), chars(32, "last"), 27, 28);
 }
 
-TEST(NsminfoPorts, PortstatReadsNothingFromTheCounterPositions)
+TEST(nsminfo_ports, portstat_reads_nothing_from_the_counter_positions)
 {
     EXPECT_REQUEST("oltmib_portstat_set_1", "1&2&ge1&91&92&93&94&95&96&97&98&99&90&text&3&4", 1, 2, chars(32, "ge1"),
                    zeros(108), chars(32, "text"), 3, 4);
 }
 
-TEST(NsminfoPorts, PortstatOfThreeFieldsIsZeroBehindThem)
+TEST(nsminfo_ports, portstat_of_three_fields_is_zero_behind_them)
 {
     EXPECT_REQUEST("oltmib_portstat_get_1", "1&2&ge1", 1, 2, chars(32, "ge1"), zeros(108 + 32 + 2));
 }
 
-TEST(NsminfoPorts, PortstatShowsTenCountersInTheirOddOrder)
+TEST(nsminfo_ports, portstat_shows_ten_counters_in_their_odd_order)
 {
     Units counters;
     for (int i = 0; i < 54; i++)
@@ -269,13 +269,13 @@ TEST(NsminfoPorts, PortstatShowsTenCountersInTheirOddOrder)
                  chars(32, "ge1"), counters, chars(32, "text"), 3, 4);
 }
 
-TEST(NsminfoPorts, PortstatCountersPrintUnsigned)
+TEST(nsminfo_ports, portstat_counters_print_unsigned)
 {
     EXPECT_REPLY("oltmib_portstat_getn_1", "0&0&&18446744073709551615&9223372036854775808&0&0&0&0&0&0&0&0&&0&0",
                  zeros(34 + 12), words(1ULL << 63), zeros(4), words(~0ULL), zeros(88 + 34));
 }
 
-TEST(NsminfoPorts, PortstatTracesTheWholeArgument)
+TEST(nsminfo_ports, portstat_traces_the_whole_argument)
 {
     EXPECT_EQ(parser_trace("oltmib_portstat_get_1", "1&2&ge1&&&&&&&&&&&text&3&4&more&"),
               "[str2arg_portstat: 136]str 1&2&ge1&&&&&&&&&&&text&3&4&more&, ifx 1, oper 3.\r\n");
@@ -285,19 +285,19 @@ TEST(NsminfoPorts, PortstatTracesTheWholeArgument)
         "[arg2str_portstat: 173]ifx 1, name ge1, res 4, str 1&2&ge1&0&0&0&0&0&0&0&0&0&0&text&3&4.\r\n");
 }
 
-TEST(NsminfoPorts, PortrateReadsNothingFromTheRatePositions)
+TEST(nsminfo_ports, portrate_reads_nothing_from_the_rate_positions)
 {
     EXPECT_REQUEST("oltmib_portrate_getn_1", "1&2&ge1&91&92&93&94&95&96&text&3&4", 1, 2, chars(32, "ge1"), zeros(12),
                    chars(32, "text"), 3, 4);
 }
 
-TEST(NsminfoPorts, PortrateShowsSixSignedRates)
+TEST(nsminfo_ports, portrate_shows_six_signed_rates)
 {
     EXPECT_REPLY("oltmib_portrate_get_1", "1&2&ge1&-1&4294967298&3&4&-9223372036854775808&6&text&3&4", 1, 2,
                  chars(32, "ge1"), -1, -1, 2, 1, 3, 0, 4, 0, words(1ULL << 63), 6, 0, chars(32, "text"), 3, 4);
 }
 
-TEST(NsminfoPorts, PortrateTracesTheWholeArgument)
+TEST(nsminfo_ports, portrate_traces_the_whole_argument)
 {
     EXPECT_EQ(parser_trace("oltmib_portrate_get_1", "1&2&ge1&&&&&&&text&3&4"),
               "[str2arg_portrate: 214]str 1&2&ge1&&&&&&&text&3&4, ifx 1, oper 3.\r\n");
@@ -307,13 +307,13 @@ TEST(NsminfoPorts, PortrateTracesTheWholeArgument)
 }
 
 // The text has `to` before `src`, the wire `src` before `to`.
-TEST(NsminfoPorts, PminfoTextOrderIsNotTheWires)
+TEST(nsminfo_ports, pminfo_text_order_is_not_the_wires)
 {
     EXPECT_BOTH_WAYS("oltmib_pminfo_getn_1", "1&2&desc&to&3&4&src&vlans&5&6&text&7&8", 1, 2, chars(36, "desc"),
                      chars(32, "src"), chars(512, "vlans"), chars(32, "to"), 5, 3, 4, 6, chars(32, "text"), 7, 8);
 }
 
-TEST(NsminfoPorts, PminfoTracesInTextOrder)
+TEST(nsminfo_ports, pminfo_traces_in_text_order)
 {
     const std::string values = "sid 1, mode 2, desc desc, to to, to switch 3, rspan_vlan 4, src src, src_vlan vlans, "
                                "dir 5, state 6, oper 7.\r\n";
@@ -326,7 +326,7 @@ TEST(NsminfoPorts, PminfoTracesInTextOrder)
 }
 
 // A full desc and text arrays without a NUL are shown and traced to their ends.
-TEST(NsminfoPorts, PminfoTextsOfAReplyNeedNoNul)
+TEST(nsminfo_ports, pminfo_texts_of_a_reply_need_no_nul)
 {
     const std::string desc(36, 'd'), src(32, 's'), vlans(512, 'v'), to(32, 't'), text(32, 'x');
     const Units reply = wire(1, 2, chars(36, desc), chars(32, src), chars(512, vlans), chars(32, to), 5, 3, 4, 6,
@@ -338,7 +338,7 @@ TEST(NsminfoPorts, PminfoTextsOfAReplyNeedNoNul)
                   src + ", src_vlan " + vlans + ", dir 5, state 6, oper 7.\r\n");
 }
 
-TEST(NsminfoPorts, TextsAreCutToTheirArrays)
+TEST(nsminfo_ports, texts_are_cut_to_their_arrays)
 {
     EXPECT_REQUEST("oltmib_pminfo_set_1",
                    "1&2&" + repeated("d", 40) + "&" + repeated("t", 40) + "&3&4&" + repeated("s", 40) + "&" +
@@ -349,45 +349,45 @@ TEST(NsminfoPorts, TextsAreCutToTheirArrays)
 
 // --- VLANs ---
 
-TEST(NsminfoVlans, VlaninfoIsTheWholeRecord)
+TEST(nsminfo_vlans, vlaninfo_is_the_whole_record)
 {
     EXPECT_BOTH_WAYS("oltmib_vlaninfo_get_1", "1&2&three&4&five&six&text&5&6", 1, 2, chars(33, "three"), 4,
                      chars(512, "five"), chars(512, "six"), chars(32, "text"), 5, 6);
 }
 
-TEST(NsminfoVlans, VlaninfoField3KeepsThirtyTwoCharacters)
+TEST(nsminfo_vlans, vlaninfo_field_3_keeps_thirty_two_characters)
 {
     EXPECT_REQUEST("oltmib_vlaninfo_set_1", "1&2&" + repeated("n", 40) + "&4", 1, 2, chars(33, repeated("n", 32)), 4,
                    zeros(1024 + 34));
 }
 
-TEST(NsminfoVlans, VlaninfoTextIsCutAt1023)
+TEST(nsminfo_vlans, vlaninfo_text_is_cut_at_1023)
 {
     const std::string tagged(511, 'a'), untagged(511, 'b');
     EXPECT_REPLY("oltmib_vlaninfo_getn_1", "1&2&v&3&" + tagged + "&" + repeated("b", 503), 1, 2, chars(33, "v"), 3,
                  chars(512, tagged), chars(512, untagged), chars(32, "text"), 5, 6);
 }
 
-TEST(NsminfoVlans, VlanvpnTextIsCutAt1023)
+TEST(nsminfo_vlans, vlanvpn_text_is_cut_at_1023)
 {
     const std::string first(511, 'a'), second(511, 'b');
     EXPECT_REPLY("oltmib_vlanvpn_get_1", "v&3&" + first + "&" + repeated("b", 507), chars(40, "v"), 3,
                  chars(512, first), chars(512, second), chars(32, "text"), 5, 6);
 }
 
-TEST(NsminfoVlans, VlanbitmapinfoSendsItsBitmap)
+TEST(nsminfo_vlans, vlanbitmapinfo_sends_its_bitmap)
 {
     EXPECT_REQUEST("oltmib_vlanbitmapinfo_set_1", "1&0101&three&four&text&2&3", 1, chars(684, "0101"),
                    chars(512, "three"), chars(512, "four"), chars(32, "text"), 2, 3);
 }
 
-TEST(NsminfoVlans, BitmapKeeps683Characters)
+TEST(nsminfo_vlans, bitmap_keeps_683_characters)
 {
     EXPECT_REQUEST("oltmib_vlanbitmapinfo_set_1", "1&" + repeated("b", 684) + "&three", 1,
                    chars(684, repeated("b", 683)), chars(512, "three"), zeros(512 + 34));
 }
 
-TEST(NsminfoVlans, BitmapOfAReplyMayHave684Characters)
+TEST(nsminfo_vlans, bitmap_of_a_reply_may_have_684_characters)
 {
     const std::string bitmap(684, 'b');
     for (const char* name : {"oltmib_cvlan_table_get_1", "oltmib_p2p_svlan_table_get_1"})
@@ -396,14 +396,14 @@ TEST(NsminfoVlans, BitmapOfAReplyMayHave684Characters)
               "[arg2str_vlanbitmap: 196]bit " + bitmap + ", oper 1.\r\n");
 }
 
-TEST(NsminfoVlans, TableGetsSendNothing)
+TEST(nsminfo_vlans, table_gets_send_nothing)
 {
     EXPECT_EQ(request_of("oltmib_cvlan_table_get_1", ""), Units{});
     EXPECT_EQ(request_of("oltmib_p2p_svlan_table_get_1", "0101&text&1&2"), Units{});
     EXPECT_REPLY("oltmib_cvlan_table_get_1", "0110&text&1&2", chars(684, "0110"), chars(32, "text"), 1, 2);
 }
 
-TEST(NsminfoVlans, TableGetsParseTheirArgumentAllTheSame)
+TEST(nsminfo_vlans, table_gets_parse_their_argument_all_the_same)
 {
     char text[] = "0101&text&1&2";
     const Api& api = api_named("oltmib_p2p_svlan_table_get_1");
@@ -415,7 +415,7 @@ TEST(NsminfoVlans, TableGetsParseTheirArgumentAllTheSame)
 }
 
 // A stub clears its reply before each call.
-TEST(NsminfoVlans, TableGetsForgetTheLastReply)
+TEST(nsminfo_vlans, table_gets_forget_the_last_reply)
 {
     const Api& api = api_named("oltmib_cvlan_table_get_1");
     FakeDaemon daemon;
@@ -427,24 +427,24 @@ TEST(NsminfoVlans, TableGetsForgetTheLastReply)
     EXPECT_EQ(units_of_record(*api.reply, reply), zeros(718));
 }
 
-TEST(NsminfoVlans, SptmodeIsTheWholeRecord)
+TEST(nsminfo_vlans, sptmode_is_the_whole_record)
 {
     EXPECT_BOTH_WAYS("oltmib_sptmode_get_1", "1&2&text&3&4", 1, 2, chars(32, "text"), 3, 4);
 }
 
-TEST(NsminfoVlans, VlanvpnIsTheWholeRecord)
+TEST(nsminfo_vlans, vlanvpn_is_the_whole_record)
 {
     EXPECT_BOTH_WAYS("oltmib_vlanvpn_get_1", "one&2&three&four&text&5&6", chars(40, "one"), 2, chars(512, "three"),
                      chars(512, "four"), chars(32, "text"), 5, 6);
 }
 
-TEST(NsminfoVlans, VlanvpnifIsTheWholeRecord)
+TEST(nsminfo_vlans, vlanvpnif_is_the_whole_record)
 {
     EXPECT_BOTH_WAYS("oltmib_vlanvpnif_getn_1", "1&ge1&3&4&five&six&text&7&8", 1, chars(32, "ge1"), 3, 4,
                      chars(32, "five"), chars(32, "six"), chars(32, "text"), 7, 8);
 }
 
-TEST(NsminfoVlans, SviIsTheWholeRecord)
+TEST(nsminfo_vlans, svi_is_the_whole_record)
 {
     EXPECT_BOTH_WAYS("oltmib_svi_get_1", "1&vlan1&10.0.0.1/24&text&2&3", 1, chars(32, "vlan1"),
                      chars(20, "10.0.0.1/24"), chars(32, "text"), 2, 3);
@@ -454,7 +454,7 @@ TEST(NsminfoVlans, SviIsTheWholeRecord)
 
 // --- traffic ---
 
-TEST(NsminfoTraffic, RatelimitIsTheWholeRecord)
+TEST(nsminfo_traffic, ratelimit_is_the_whole_record)
 {
     const Units row = wire(1, chars(32, "ge1"), 3, 4, 5, 6, chars(32, "text"), 7, 8);
     EXPECT_BOTH_WAYS("oltmib_ratelimitinfo_get_1", "1&ge1&3&4&5&6&text&7&8", row);
@@ -464,7 +464,7 @@ TEST(NsminfoTraffic, RatelimitIsTheWholeRecord)
     EXPECT_EQ(formatter_trace("oltmib_ratelimitinfo_get_1", row), "[arg2str_ratelimitinfo: 295]" + values);
 }
 
-TEST(NsminfoTraffic, StormcontrolIsTheWholeRecord)
+TEST(nsminfo_traffic, stormcontrol_is_the_whole_record)
 {
     const Units row = wire(1, chars(32, "ge1"), 3, 4, 5, chars(32, "text"), 6, 7);
     EXPECT_BOTH_WAYS("oltmib_stormcontrolinfo_getn_1", "1&ge1&3&4&5&text&6&7", row);
@@ -484,20 +484,20 @@ const Units acl_tail = wire(chars(32, "text"), 21, 22);
 const std::string acl_text = "list&2&3&4&5&6&seven&8&9&ten&from&twelve&thirteen&fourteen&fifteen&sixteen&17&18";
 } // namespace
 
-TEST(NsminfoTraffic, AclReadsTwentyOnePositionsAndSendsNoCount)
+TEST(nsminfo_traffic, acl_reads_twenty_one_positions_and_sends_no_count)
 {
     EXPECT_REQUEST("oltmib_acl_set_1", acl_text + "&text&21&22", acl_head, 0, 0, acl_tail);
     // more than 21, and more than a parser of 20 would take
     EXPECT_REQUEST("oltmib_acl_set_1", acl_text + "&text&21&22&23" + repeated("&x", 20), acl_head, 0, 0, acl_tail);
 }
 
-TEST(NsminfoTraffic, AclShowsTwentyTwoPositionsWithTheCountAsNineteenth)
+TEST(nsminfo_traffic, acl_shows_twenty_two_positions_with_the_count_as_nineteenth)
 {
     EXPECT_REPLY("oltmib_acl_get_1", acl_text + "&18446744073709551615&text&21&22", acl_head, words(~0ULL), acl_tail);
     EXPECT_REPLY("oltmib_acl_getn_1", acl_text + "&4294967298&text&21&22", acl_head, 2, 1, acl_tail);
 }
 
-TEST(NsminfoTraffic, AclTextsAreCutToTheirArrays)
+TEST(nsminfo_traffic, acl_texts_are_cut_to_their_arrays)
 {
     EXPECT_REQUEST("oltmib_acl_set_1",
                    repeated("n", 80) + "&2&3&4&5&6&" + repeated("s", 80) + "&8&9&" + repeated("t", 30) + "&" +
@@ -507,7 +507,7 @@ TEST(NsminfoTraffic, AclTextsAreCutToTheirArrays)
                    zeros(40 + 20 + 40 + 40 + 20 + 2 + 2 + 34));
 }
 
-TEST(NsminfoTraffic, AclTraces)
+TEST(nsminfo_traffic, acl_traces)
 {
     EXPECT_EQ(parser_trace("oltmib_acl_get_1", acl_text + "&text&21&22"),
               "[str2arg_aclinfo: 355]name list, src from, oper 21.\r\n");
@@ -515,7 +515,7 @@ TEST(NsminfoTraffic, AclTraces)
               "[arg2str_aclinfo: 367]name list, src from, oper 21.\r\n");
 }
 
-TEST(NsminfoTraffic, AclifIsTheWholeRecord)
+TEST(nsminfo_traffic, aclif_is_the_whole_record)
 {
     const Units row = wire(1, chars(32, "ge1"), chars(70, "inbound"), chars(70, "outbound"), chars(32, "text"), 2, 3);
     EXPECT_BOTH_WAYS("oltmib_aclif_get_1", "1&ge1&inbound&outbound&text&2&3", row);
@@ -524,7 +524,7 @@ TEST(NsminfoTraffic, AclifIsTheWholeRecord)
     EXPECT_EQ(formatter_trace("oltmib_aclif_get_1", row), "[arg2str_aclifinfo: 393]name ge1, in inbound, oper 2.\r\n");
 }
 
-TEST(NsminfoTraffic, QoscfgIsTheWholeRecord)
+TEST(nsminfo_traffic, qoscfg_is_the_whole_record)
 {
     const Units row = wire(1, 2, chars(32, "text"), 3, 4);
     EXPECT_BOTH_WAYS("oltmib_qoscfg_get_1", "1&2&text&3&4", row);
@@ -533,7 +533,7 @@ TEST(NsminfoTraffic, QoscfgIsTheWholeRecord)
     EXPECT_EQ(formatter_trace("oltmib_qoscfg_get_1", row), "[arg2str_qoscfginfo: 417]status 1, alg 2, oper 3.\r\n");
 }
 
-TEST(NsminfoTraffic, ClassIsTheWholeRecord)
+TEST(nsminfo_traffic, class_is_the_whole_record)
 {
     const Units row = wire(chars(70, "voice"), 2, chars(120, "three"), chars(32, "text"), 4, 5);
     EXPECT_BOTH_WAYS("oltmib_class_getn_1", "voice&2&three&text&4&5", row);
@@ -543,7 +543,7 @@ TEST(NsminfoTraffic, ClassIsTheWholeRecord)
               "[arg2str_classinfo: 642]name voice, matchtype 2, oper 4.\r\n");
 }
 
-TEST(NsminfoTraffic, PolicyIsTheWholeRecord)
+TEST(nsminfo_traffic, policy_is_the_whole_record)
 {
     const Units row =
         wire(chars(70, "gold"), chars(70, "voice"), 3, chars(120, "four"), counting(5, 5), chars(32, "text"), 10, 11);
@@ -555,7 +555,7 @@ TEST(NsminfoTraffic, PolicyIsTheWholeRecord)
 }
 
 // Both tables take one text; only the procedure differs.
-TEST(NsminfoTraffic, TrustAndPolicyOfAnInterfaceShareOneText)
+TEST(nsminfo_traffic, trust_and_policy_of_an_interface_share_one_text)
 {
     const Units row = wire(1, chars(32, "ge1"), 3, 4, chars(70, "gold"), chars(70, "six"), chars(32, "text"), 5, 6);
     for (const char* name : {"oltmib_qostrustif_get_1", "oltmib_qospolicyif_get_1"}) {
@@ -583,7 +583,7 @@ std::string numbers(int last)
 }
 } // namespace
 
-TEST(NsminfoLists, MapsAreABytePerElement)
+TEST(nsminfo_lists, maps_are_a_byte_per_element)
 {
     for (const char* name : maps_of_8)
         EXPECT_BOTH_WAYS(name, "1,2,3,4,5,6,7,8&text&9&10", counting(1, 8), chars(32, "text"), 9, 10);
@@ -591,7 +591,7 @@ TEST(NsminfoLists, MapsAreABytePerElement)
         EXPECT_BOTH_WAYS(name, numbers(64) + "&text&9&10", counting(1, 64), chars(32, "text"), 9, 10);
 }
 
-TEST(NsminfoLists, FewerItemsLeaveTheRestZero)
+TEST(nsminfo_lists, fewer_items_leave_the_rest_zero)
 {
     for (const char* name : maps_of_8) {
         EXPECT_REQUEST(name, "1,2,3&text", 1, 2, 3, zeros(5), chars(32, "text"), 0, 0);
@@ -601,13 +601,13 @@ TEST(NsminfoLists, FewerItemsLeaveTheRestZero)
 }
 
 // The first field is the list 1,2,3, the others are empty: 61 zeros follow, and the reply lists 64 values.
-TEST(NsminfoLists, Dscp2queueOfThreeItems)
+TEST(nsminfo_lists, dscp2queue_of_three_items)
 {
     EXPECT_REQUEST("oltmib_dscp2queue_get_1", "1,2,3&&&", 1, 2, 3, zeros(61 + 34));
     EXPECT_REPLY("oltmib_dscp2queue_get_1", "1,2,3" + repeated(",0", 61) + "&&0&0", 1, 2, 3, zeros(61 + 34));
 }
 
-TEST(NsminfoLists, MoreItemsThanElements)
+TEST(nsminfo_lists, more_items_than_elements)
 {
     for (const char* name : maps_of_8)
         for (const int items : {9, 16, 17, 40})
@@ -620,21 +620,21 @@ TEST(NsminfoLists, MoreItemsThanElements)
                    chars(32, "text"), 0, 0);
 }
 
-TEST(NsminfoLists, ValuesAbove255KeepTheirLowByte)
+TEST(nsminfo_lists, values_above_255_keep_their_low_byte)
 {
     for (const char* name : maps_of_8)
         EXPECT_REQUEST(name, "256,257,300,511,-1,200", chars(8, std::string("\x00\x01\x2C\xFF\xFF\xC8", 6)), zeros(34));
 }
 
 // An element is the host's char, also in the text.
-TEST(NsminfoLists, BytesAbove127PrintAsTheHostsChar)
+TEST(nsminfo_lists, bytes_above_127_print_as_the_hosts_char)
 {
     EXPECT_REPLY("oltmib_queueweight_get_1", text_of_char('\xC8') + "," + text_of_char('\xFF') + ",0,0,0,0,0,0&&0&0",
                  200, 255, zeros(6 + 34));
 }
 
 // A reply lists every element, however long the list gets, and no comma behind the last.
-TEST(NsminfoLists, RepliesListEveryElement)
+TEST(nsminfo_lists, replies_list_every_element)
 {
     for (const char* name : maps_of_8)
         EXPECT_REPLY(name, "0,0,0,0,0,0,0,0&&0&0", zeros(42));
@@ -645,7 +645,7 @@ TEST(NsminfoLists, RepliesListEveryElement)
 }
 
 // 255 characters are split: 42 items of six, and "001" of the 43rd.
-TEST(NsminfoLists, TextsOfMoreThan255CharactersAreCutBeforeTheyAreSplit)
+TEST(nsminfo_lists, texts_of_more_than_255_characters_are_cut_before_they_are_split)
 {
     const std::string text = repeated("00123,", 64);
     for (const char* name : maps_of_64)
@@ -657,13 +657,13 @@ TEST(NsminfoLists, TextsOfMoreThan255CharactersAreCutBeforeTheyAreSplit)
     EXPECT_REQUEST("oltmib_queueweight_get_1", blanks + "1234,5&text", 123, zeros(7), chars(32, "text"), 0, 0);
 }
 
-TEST(NsminfoLists, QosifcfgHasTwoListsOfInts)
+TEST(nsminfo_lists, qosifcfg_has_two_lists_of_ints)
 {
     EXPECT_BOTH_WAYS("oltmib_qosifcfg_get_1", "1&ge1&1,2,3,4,5,6,7,8&-1,300,70000,0,0,0,0,-2147483648&text&2&3", 1,
                      chars(32, "ge1"), counting(1, 8), -1, 300, 70000, zeros(4), 0x80000000, chars(32, "text"), 2, 3);
 }
 
-TEST(NsminfoLists, QosifcfgListsOfOtherLengths)
+TEST(nsminfo_lists, qosifcfg_lists_of_other_lengths)
 {
     EXPECT_REQUEST("oltmib_qosifcfg_set_1", "1&ge1&&" + numbers(20) + "&text", 1, chars(32, "ge1"), zeros(8),
                    counting(1, 8), chars(32, "text"), 0, 0);
@@ -674,7 +674,7 @@ TEST(NsminfoLists, QosifcfgListsOfOtherLengths)
 }
 
 // The parser traces once an item of the list text.
-TEST(NsminfoLists, Dscp2queueParserTracesEachItem)
+TEST(nsminfo_lists, dscp2queue_parser_traces_each_item)
 {
     const auto line = [](int dscp, const std::string& queue, const std::string& item) {
         return "[str2arg_dscp2queueinfo: 602]dscp " + std::to_string(dscp) + ", queue " + queue + "(" + item + ").\r\n";
@@ -697,7 +697,7 @@ TEST(NsminfoLists, Dscp2queueParserTracesEachItem)
 }
 
 // The formatter traces once an element, with the list as far as it has come.
-TEST(NsminfoLists, Dscp2queueFormatterTracesEachElement)
+TEST(nsminfo_lists, dscp2queue_formatter_traces_each_element)
 {
     std::string lines, list;
     Units map;
@@ -713,53 +713,53 @@ TEST(NsminfoLists, Dscp2queueFormatterTracesEachElement)
 
 // --- forwarding ---
 
-TEST(NsminfoForwarding, FdbparamIsTheWholeRecord)
+TEST(nsminfo_forwarding, fdbparam_is_the_whole_record)
 {
     EXPECT_BOTH_WAYS("oltmib_fdbparam_get_1", "300&text&1&2", 300, chars(32, "text"), 1, 2);
 }
 
-TEST(NsminfoForwarding, FdbIsTheWholeRecord)
+TEST(nsminfo_forwarding, fdb_is_the_whole_record)
 {
     for (const char* name : {"oltmib_fdb_get_1", "oltmib_fdb_getn_1", "oltmib_fdb_dynamic_getn_1"})
         EXPECT_BOTH_WAYS(name, "00-11-22-33-44-55&2&ge1&4&text&5&6", ints(0, 0x11, 0x22, 0x33, 0x44, 0x55), 2,
                          chars(32, "ge1"), 4, chars(32, "text"), 5, 6);
 }
 
-TEST(NsminfoForwarding, FdbReadsAnyMacNotation)
+TEST(nsminfo_forwarding, fdb_reads_any_mac_notation)
 {
     for (const char* mac : {"00:11:22:33:44:55", "0011.2233.4455", "00-11-22-33-44-55", "001122334455"})
         EXPECT_REQUEST("oltmib_fdb_set_1", std::string(mac) + "&2", ints(0, 0x11, 0x22, 0x33, 0x44, 0x55), 2,
                        zeros(32 + 1 + 34));
 }
 
-TEST(NsminfoForwarding, FdbOfAnUnreadableMacIsSentAllTheSame)
+TEST(nsminfo_forwarding, fdb_of_an_unreadable_mac_is_sent_all_the_same)
 {
     EXPECT_REQUEST("oltmib_fdb_set_1", "wrong&2", zeros(6), 2, zeros(32 + 1 + 34));
     EXPECT_REQUEST("oltmib_fdb_set_1", "1122.3344.55&2", ints(0x11, 0x22, 0x33, 0x44, 0x55, 0), 2, zeros(32 + 1 + 34));
     EXPECT_REQUEST("oltmib_fdb_set_1", "&2", zeros(6), 2, zeros(32 + 1 + 34));
 }
 
-TEST(NsminfoForwarding, AgIsTheWholeRecord)
+TEST(nsminfo_forwarding, ag_is_the_whole_record)
 {
     EXPECT_BOTH_WAYS("oltmib_ag_get_1", "1&po1&3&4&text&5&6", 1, chars(32, "po1"), 3, 4, chars(32, "text"), 5, 6);
 }
 
-TEST(NsminfoForwarding, AgsysIsTheWholeRecord)
+TEST(nsminfo_forwarding, agsys_is_the_whole_record)
 {
     EXPECT_BOTH_WAYS("oltmib_agsys_get_1", "32768&text&1&2", 32768, chars(32, "text"), 1, 2);
 }
 
-TEST(NsminfoForwarding, StpifstatusIsTheWholeRecord)
+TEST(nsminfo_forwarding, stpifstatus_is_the_whole_record)
 {
     EXPECT_BOTH_WAYS("oltmib_stpifstatus_getn_1", "1&ge1&3&text&4&5", 1, chars(32, "ge1"), 3, chars(32, "text"), 4, 5);
 }
 
-TEST(NsminfoForwarding, ErrdisableIsTheWholeRecord)
+TEST(nsminfo_forwarding, errdisable_is_the_whole_record)
 {
     EXPECT_BOTH_WAYS("oltmib_errdisable_get_1", "1&2&3&text&4&5", 1, 2, 3, chars(32, "text"), 4, 5);
 }
 
-TEST(NsminfoForwarding, ErrdisportinfoOfAnEmptyNameHasSixPositions)
+TEST(nsminfo_forwarding, errdisportinfo_of_an_empty_name_has_six_positions)
 {
     EXPECT_BOTH_WAYS("oltmib_errdisportinfo_get_1", "1&ge1&3&text&4&5", 1, chars(32, "ge1"), 3, chars(32, "text"), 4,
                      5);
@@ -767,7 +767,7 @@ TEST(NsminfoForwarding, ErrdisportinfoOfAnEmptyNameHasSixPositions)
 }
 
 // Both tables take one text; only the procedure differs.
-TEST(NsminfoForwarding, ArpAndStaticArpShareOneText)
+TEST(nsminfo_forwarding, arp_and_static_arp_share_one_text)
 {
     for (const char* name : {"oltmib_arp_getn_1", "oltmib_sarp_getn_1", "oltmib_arp_get_1", "oltmib_sarp_get_1"})
         EXPECT_BOTH_WAYS(name, "10.0.0.1&0011.2233.4455&vlan1&4&text&5&6", chars(64, "10.0.0.1"),
@@ -776,7 +776,7 @@ TEST(NsminfoForwarding, ArpAndStaticArpShareOneText)
 
 // --- modules ---
 
-TEST(NsminfoModules, OpticalHasSeventeenPositions)
+TEST(nsminfo_modules, optical_has_seventeen_positions)
 {
     EXPECT_BOTH_WAYS("oltmib_optical_get_1", "1&ge1&3&4&5&6&7&8&9&10&11&12&13&14&text&15&16", 1, chars(32, "ge1"),
                      counting(3, 12), chars(32, "text"), 15, 16);
@@ -808,19 +808,19 @@ std::string alarm_of(int length)
 const std::string alarm_bytes = "0102030405060708090a0b0c0d0e0f101112131415161718191a1b1c1d1e1f20";
 } // namespace
 
-TEST(NsminfoModules, OpticaldetailSeventeenthFieldIsItsAlarm)
+TEST(nsminfo_modules, opticaldetail_seventeenth_field_is_its_alarm)
 {
     EXPECT_BOTH_WAYS(detail_get, detail_head + "0a0b0c" + detail_tail, detail_before, 3, 0x0A, 0x0B, 0x0C, zeros(29),
                      detail_after);
 }
 
-TEST(NsminfoModules, OpticaldetailReadsTwentySixPositionsAndNoMore)
+TEST(nsminfo_modules, opticaldetail_reads_twenty_six_positions_and_no_more)
 {
     EXPECT_REQUEST("oltmib_opticaldetail_set_1", detail_head + "0a" + detail_tail + repeated("&x", 30), detail_before,
                    1, 0x0A, zeros(31), detail_after);
 }
 
-TEST(NsminfoModules, AlarmDigitsOfEitherCase)
+TEST(nsminfo_modules, alarm_digits_of_either_case)
 {
     EXPECT_REQUEST(detail_get, detail_head + "aBFfa9" + detail_tail, detail_before, 3, chars(32, "\xAB\xFF\xA9"),
                    detail_after);
@@ -828,40 +828,40 @@ TEST(NsminfoModules, AlarmDigitsOfEitherCase)
                  detail_after);
 }
 
-TEST(NsminfoModules, AlarmWithoutDigitsIsEmpty)
+TEST(nsminfo_modules, alarm_without_digits_is_empty)
 {
     EXPECT_BOTH_WAYS(detail_get, detail_head + detail_tail, detail_before, 0, zeros(32), detail_after);
 }
 
-TEST(NsminfoModules, AlarmIgnoresAnOddDigit)
+TEST(nsminfo_modules, alarm_ignores_an_odd_digit)
 {
     EXPECT_REQUEST(detail_get, detail_head + "0a0b0" + detail_tail, detail_before, 2, 0x0A, 0x0B, zeros(30),
                    detail_after);
     EXPECT_REQUEST(detail_get, detail_head + "7" + detail_tail, detail_before, 0, zeros(32), detail_after);
 }
 
-TEST(NsminfoModules, AlarmKeeps32Bytes)
+TEST(nsminfo_modules, alarm_keeps_32_bytes)
 {
     for (const char* more : {"", "2", "21", "2122", "21222324252627"})
         EXPECT_REQUEST(detail_get, detail_head + alarm_bytes + more + detail_tail, detail_before, 32, counting(1, 32),
                        detail_after);
 }
 
-TEST(NsminfoModules, AlarmPairThatDoesNotScanRepeatsTheByteBefore)
+TEST(nsminfo_modules, alarm_pair_that_does_not_scan_repeats_the_byte_before)
 {
     EXPECT_REQUEST(detail_get, detail_head + "0azz0b" + detail_tail, detail_before, 3, 0x0A, 0x0A, 0x0B, zeros(29),
                    detail_after);
     EXPECT_REQUEST(detail_get, detail_head + "zz0b" + detail_tail, detail_before, 2, 0, 0x0B, zeros(30), detail_after);
 }
 
-TEST(NsminfoModules, AlarmLenOfAReplySaysHowManyBytesAreShown)
+TEST(nsminfo_modules, alarm_len_of_a_reply_says_how_many_bytes_are_shown)
 {
     EXPECT_EQ(alarm_of(0), "");
     EXPECT_EQ(alarm_of(1), "01");
     EXPECT_EQ(alarm_of(32), alarm_bytes);
 }
 
-TEST(NsminfoModules, NegativeAlarmLenShowsNothing)
+TEST(nsminfo_modules, negative_alarm_len_shows_nothing)
 {
     EXPECT_EQ(alarm_of(-1), "");
     EXPECT_EQ(alarm_of(INT32_MIN), "");
@@ -869,7 +869,7 @@ TEST(NsminfoModules, NegativeAlarmLenShowsNothing)
 
 // Above 32 the bytes that follow in the record are shown, as far as the text's
 // 100 characters reach: 49 whole bytes and a digit, never a byte further.
-TEST(NsminfoModules, AlarmLenAbove32ShowsTheBytesThatFollow)
+TEST(nsminfo_modules, alarm_len_above_32_shows_the_bytes_that_follow)
 {
     EXPECT_EQ(alarm_of(33), alarm_bytes + "61");
     EXPECT_EQ(alarm_of(48), alarm_bytes + "6162636465666768696a6b6c6d6e6f70");
@@ -878,7 +878,7 @@ TEST(NsminfoModules, AlarmLenAbove32ShowsTheBytesThatFollow)
         EXPECT_EQ(alarm_of(length), alarm_bytes + "6162636465666768696a6b6c6d6e6f70717") << length;
 }
 
-TEST(NsminfoModules, OpticaldetailFormatterTracesAlarmAndText)
+TEST(nsminfo_modules, opticaldetail_formatter_traces_alarm_and_text)
 {
     EXPECT_EQ(formatter_trace(detail_get, wire(detail_before, 3, 0x0A, 0x0B, 0x0C, zeros(29), detail_after)),
               "[arg2str_opticaldetail: 1109]alarmstr: 0a0b0c, len 3.\r\n"
@@ -894,13 +894,13 @@ TEST(NsminfoModules, OpticaldetailFormatterTracesAlarmAndText)
                   repeated("0", 99) + "&&&&&&&&0&0.\r\n");
 }
 
-TEST(NsminfoModules, CabledetectHasThirteenPositions)
+TEST(nsminfo_modules, cabledetect_has_thirteen_positions)
 {
     EXPECT_BOTH_WAYS("oltmib_cabledetect_get_1", "1&ge1&3&4&5&6&a&b&c&d&text&7&8", 1, chars(32, "ge1"), 3, 4, 5, 6,
                      chars(16, "a"), chars(16, "b"), chars(16, "c"), chars(16, "d"), chars(32, "text"), 7, 8);
 }
 
-TEST(NsminfoModules, DosHasElevenPositionsAndSendsNoCounters)
+TEST(nsminfo_modules, dos_has_eleven_positions_and_sends_no_counters)
 {
     for (const char* name : {"oltmib_dosglobal_get_1", "oltmib_dosglobal_set_1", "oltmib_dosif_get_1",
                              "oltmib_dosif_getn_1", "oltmib_dosif_set_1"})
@@ -908,7 +908,7 @@ TEST(NsminfoModules, DosHasElevenPositionsAndSendsNoCounters)
                        chars(32, "text"), 9, 10);
 }
 
-TEST(NsminfoModules, DosCountersAreUnsignedInSeventhAndEighthPosition)
+TEST(nsminfo_modules, dos_counters_are_unsigned_in_seventh_and_eighth_position)
 {
     EXPECT_REPLY("oltmib_dosglobal_get_1", "1&ge1&3&4&5&6&4294967296&18446744073709551615&text&9&10", 1,
                  chars(32, "ge1"), 3, 4, 5, 6, 0, 1, words(~0ULL), chars(32, "text"), 9, 10);
@@ -917,7 +917,7 @@ TEST(NsminfoModules, DosCountersAreUnsignedInSeventhAndEighthPosition)
 }
 
 // Servers, domains and hosts take one text; only the procedures differ.
-TEST(NsminfoModules, DnsTablesShareOneText)
+TEST(nsminfo_modules, dns_tables_share_one_text)
 {
     for (const char* name : {"oltmib_dnserver_get_1", "oltmib_dnsdomain_get_1", "oltmib_dnshost_get_1"}) {
         EXPECT_BOTH_WAYS(name, "one&two&three&4&text&5&6", chars(65, "one"), chars(64, "two"), chars(64, "three"), 4,
@@ -927,7 +927,7 @@ TEST(NsminfoModules, DnsTablesShareOneText)
     }
 }
 
-TEST(NsminfoModules, NsmIsTheWholeRecord)
+TEST(nsminfo_modules, nsm_is_the_whole_record)
 {
     EXPECT_BOTH_WAYS("oltmib_nsm_get_1", "one&two&3&4", chars(80, "one"), chars(800, "two"), 3, 4);
     EXPECT_REQUEST("oltmib_nsm_set_1", repeated("a", 90) + "&" + repeated("b", 900) + "&3&4",
@@ -935,7 +935,7 @@ TEST(NsminfoModules, NsmIsTheWholeRecord)
 }
 
 // The longest text that terminated fields can give has 903 characters.
-TEST(NsminfoModules, NsmTextOfFullFields)
+TEST(nsminfo_modules, nsm_text_of_full_fields)
 {
     EXPECT_REPLY("oltmib_nsm_get_1", repeated("a", 79) + "&" + repeated("b", 799) + "&-2147483648&-2147483648",
                  chars(80, repeated("a", 79)), chars(800, repeated("b", 799)), 0x80000000, 0x80000000);

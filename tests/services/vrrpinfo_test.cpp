@@ -3,7 +3,7 @@
 
 using namespace support;
 
-TEST(Vrrpinfo, ConfigurationCarriesThirteenFields)
+TEST(vrrpinfo, configuration_carries_thirteen_fields)
 {
     const Units record =
         wire(7, chars(40, "vlan10"), chars(32, "192.0.2.1"), 1, 2, 3, 4, chars(40, "b"), 5, 6, chars(32, "c"), 8, 9);
@@ -14,7 +14,7 @@ TEST(Vrrpinfo, ConfigurationCarriesThirteenFields)
     EXPECT_REQUEST("oltmib_vrrp_ssconf_set_1", text, record);
 }
 
-TEST(Vrrpinfo, StateCarriesNineFields)
+TEST(vrrpinfo, state_carries_nine_fields)
 {
     const Units record = wire(7, 1, 2, 3, 4, 5, chars(32, "t"), 6, 8);
     ASSERT_EQ(record.size(), 40U);
@@ -23,7 +23,7 @@ TEST(Vrrpinfo, StateCarriesNineFields)
     EXPECT_REQUEST("oltmib_vrrp_ssstate_set_1", "7&1&2&3&4&5&t&6&8", record);
 }
 
-TEST(Vrrpinfo, ConfigurationKeeps39CharactersOfItsLongTextsAnd31OfTheOthers)
+TEST(vrrpinfo, configuration_keeps_39_characters_of_its_long_texts_and_31_of_the_others)
 {
     const std::string x50(50, 'x');
     EXPECT_REQUEST("oltmib_vrrp_ssconf_get_1", "1&" + x50 + "&" + x50 + "&&&&&" + x50 + "&&&" + x50, 1,
@@ -31,19 +31,19 @@ TEST(Vrrpinfo, ConfigurationKeeps39CharactersOfItsLongTextsAnd31OfTheOthers)
                    chars(40, std::string(39, 'x')), zeros(2), chars(32, std::string(31, 'x')), zeros(2));
 }
 
-TEST(Vrrpinfo, ConfigurationTraceShowsTheInterfaceAsItsAddressToo)
+TEST(vrrpinfo, configuration_trace_shows_the_interface_as_its_address_too)
 {
     EXPECT_EQ(parser_trace("oltmib_vrrp_ssconf_set_1", "7&vlan10&192.0.2.1&&&&&&&&&1"),
               "[str2arg_vrrp_ssconf: 30]vrid 7, ifname vlan10, ip vlan10, oper 1.\r\n");
 }
 
-TEST(Vrrpinfo, StateTraceShowsItsFourthIntAsRole)
+TEST(vrrpinfo, state_trace_shows_its_fourth_int_as_role)
 {
     EXPECT_EQ(parser_trace("oltmib_vrrp_ssstate_get_1", "7&1&2&3&4&5&t&6&8"),
               "[str2arg_vrrp_ssstate: 58]vrid 7, role 3, oper 6.\r\n");
 }
 
-TEST(Vrrpinfo, NothingIsPrintedWithoutTheFlag)
+TEST(vrrpinfo, nothing_is_printed_without_the_flag)
 {
     testing::internal::CaptureStdout();
     request_of("oltmib_vrrp_ssconf_set_1", "7&vlan10&192.0.2.1&&&&&&&&&1");

@@ -10,7 +10,7 @@ int open_null() { return open("/dev/null", O_RDWR | O_CLOEXEC); }
 bool is_open(int fd) { return fcntl(fd, F_GETFD) >= 0; }
 
 // The host has the very same file, so that nothing but the number tells whose it is.
-struct Closed : testing::Test {
+struct closed : testing::Test {
     Descriptor descriptor;
     int number = -1, hosts = -1;
 
@@ -19,7 +19,7 @@ struct Closed : testing::Test {
         ASSERT_TRUE(descriptor.take(open_null()));
         number = descriptor.fd;
     }
-    ~Closed() override { close(hosts); }
+    ~closed() override { close(hosts); }
 
     void let_the_host_have_the_number()
     {
@@ -29,7 +29,7 @@ struct Closed : testing::Test {
 };
 } // namespace
 
-TEST_F(Closed, twice_leaves_the_hosts_file_open)
+TEST_F(closed, twice_leaves_the_hosts_file_open)
 {
     EXPECT_TRUE(descriptor.is_open());
     descriptor.close();
@@ -41,7 +41,7 @@ TEST_F(Closed, twice_leaves_the_hosts_file_open)
     EXPECT_TRUE(is_open(hosts));
 }
 
-TEST_F(Closed, blindly_is_no_number_any_more)
+TEST_F(closed, blindly_is_no_number_any_more)
 {
     descriptor.close_blindly();
     EXPECT_FALSE(descriptor.is_open());
@@ -51,7 +51,7 @@ TEST_F(Closed, blindly_is_no_number_any_more)
     EXPECT_TRUE(is_open(hosts));
 }
 
-TEST_F(Closed, keeps_errno)
+TEST_F(closed, keeps_errno)
 {
     errno = EDOM;
     descriptor.close();
@@ -67,7 +67,7 @@ TEST_F(Closed, keeps_errno)
     EXPECT_EQ(errno, EDOM);
 }
 
-TEST(Descriptor, that_cannot_be_had_is_none_and_says_why)
+TEST(descriptor, that_cannot_be_had_is_none_and_says_why)
 {
     Descriptor descriptor;
     errno = EMFILE;

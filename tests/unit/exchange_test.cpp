@@ -115,7 +115,7 @@ int open_descriptors()
     return count;
 }
 
-struct ExchangeTest : testing::Test {
+struct exchange : testing::Test {
     Socket daemon;
     ClientPool pool = {};
     const ServiceClient service = {program, &pool};
@@ -124,8 +124,8 @@ struct ExchangeTest : testing::Test {
     rpc_err failure = {};
     int reply = 0;
 
-    ExchangeTest() { make(); }
-    ~ExchangeTest() override { client.socket.close(); }
+    exchange() { make(); }
+    ~exchange() override { client.socket.close(); }
 
     void make()
     {
@@ -162,7 +162,7 @@ struct ExchangeTest : testing::Test {
 };
 } // namespace
 
-TEST_F(ExchangeTest, call_is_one_datagram_with_an_rfc_5531_header_and_no_credentials)
+TEST_F(exchange, call_is_one_datagram_with_an_rfc_5531_header_and_no_credentials)
 {
     daemon_sends(answer(next_xid(), 42));
     EXPECT_EQ(call(-2), RPC_SUCCESS);
@@ -172,14 +172,14 @@ TEST_F(ExchangeTest, call_is_one_datagram_with_an_rfc_5531_header_and_no_credent
     EXPECT_EQ(sent[0], units({client.xid, 0, 2, program, 1, 7, 0, 0, 0, 0, 0xFFFFFFFE}));
 }
 
-TEST_F(ExchangeTest, call_without_a_body_is_the_header_alone)
+TEST_F(exchange, call_without_a_body_is_the_header_alone)
 {
     daemon_sends(accepted(next_xid(), 0));
     EXPECT_EQ(make_call({0, as_xdrproc(xdr_void), nullptr, as_xdrproc(xdr_void), nullptr}, long_wait), RPC_SUCCESS);
     EXPECT_EQ(daemon.received(), std::vector<Bytes>{units({client.xid, 0, 2, program, 1, 0, 0, 0, 0, 0})});
 }
 
-TEST_F(ExchangeTest, each_call_has_another_xid)
+TEST_F(exchange, each_call_has_another_xid)
 {
     daemon_sends(answer(next_xid(), 1));
     call();
@@ -192,14 +192,14 @@ TEST_F(ExchangeTest, each_call_has_another_xid)
     EXPECT_NE(Bytes(sent[0].begin(), sent[0].begin() + 4), Bytes(sent[1].begin(), sent[1].begin() + 4));
 }
 
-TEST_F(ExchangeTest, xids_wrap)
+TEST_F(exchange, xids_wrap)
 {
     client.xid = 0xFFFFFFFF;
     EXPECT_EQ(call_answered_by(answer(0, 3)), RPC_SUCCESS);
     EXPECT_EQ(reply, 3);
 }
 
-TEST_F(ExchangeTest, replies_of_other_calls_are_passed_over)
+TEST_F(exchange, replies_of_other_calls_are_passed_over)
 {
     for (const uint32_t away : {1U, 2U, 0x80000000U})
         daemon_sends(answer(next_xid() - away, 99));
@@ -208,7 +208,7 @@ TEST_F(ExchangeTest, replies_of_other_calls_are_passed_over)
     EXPECT_EQ(daemon.received().size(), 1U);
 }
 
-TEST_F(ExchangeTest, doubled_reply_disturbs_no_later_call)
+TEST_F(exchange, doubled_reply_disturbs_no_later_call)
 {
     daemon_sends(answer(next_xid(), 1));
     daemon_sends(answer(next_xid(), 1));
@@ -220,7 +220,7 @@ TEST_F(ExchangeTest, doubled_reply_disturbs_no_later_call)
     EXPECT_EQ(daemon.received().size(), 4U);
 }
 
-TEST_F(ExchangeTest, datagrams_too_short_for_an_xid_are_passed_over)
+TEST_F(exchange, datagrams_too_short_for_an_xid_are_passed_over)
 {
     for (size_t size = 0; size < 4; size++)
         daemon_sends(Bytes(size, 0));
@@ -229,7 +229,7 @@ TEST_F(ExchangeTest, datagrams_too_short_for_an_xid_are_passed_over)
 }
 
 // The rest of the number would be what the call itself left in the buffer.
-TEST_F(ExchangeTest, datagrams_that_are_the_beginning_of_the_xid_are_passed_over)
+TEST_F(exchange, datagrams_that_are_the_beginning_of_the_xid_are_passed_over)
 {
     for (size_t size = 1; size < 4; size++) {
         const Bytes whole = units({next_xid()});
@@ -239,7 +239,7 @@ TEST_F(ExchangeTest, datagrams_that_are_the_beginning_of_the_xid_are_passed_over
     }
 }
 
-TEST_F(ExchangeTest, reply_cut_at_any_length_cannot_be_decoded)
+TEST_F(exchange, reply_cut_at_any_length_cannot_be_decoded)
 {
     const Bytes whole = answer(0, 1);
     for (size_t size = 4; size < whole.size(); size++) {
@@ -251,7 +251,7 @@ TEST_F(ExchangeTest, reply_cut_at_any_length_cannot_be_decoded)
     EXPECT_EQ(call_answered_by(answer(next_xid(), 1)), RPC_SUCCESS);
 }
 
-TEST_F(ExchangeTest, call_in_place_of_a_reply_cannot_be_decoded)
+TEST_F(exchange, call_in_place_of_a_reply_cannot_be_decoded)
 {
     EXPECT_EQ(call_answered_by(units({next_xid(), 0, 2, program, 1, 7, 0, 0, 0, 0, 5})), RPC_CANTDECODERES);
     // nothing but the direction is not a reply's
@@ -260,12 +260,12 @@ TEST_F(ExchangeTest, call_in_place_of_a_reply_cannot_be_decoded)
     EXPECT_EQ(call_answered_by(units({next_xid(), 1, 0, 0, 0, 0, 5})), RPC_SUCCESS);
 }
 
-TEST_F(ExchangeTest, unknown_reply_status_cannot_be_decoded)
+TEST_F(exchange, unknown_reply_status_cannot_be_decoded)
 {
     EXPECT_EQ(call_answered_by(units({next_xid(), 1, 2, 0, 0, 0, 5})), RPC_CANTDECODERES);
 }
 
-TEST_F(ExchangeTest, every_accept_status_has_its_client_status)
+TEST_F(exchange, every_accept_status_has_its_client_status)
 {
     const std::pair<uint32_t, enum clnt_stat> statuses[] = {
         {0, RPC_SUCCESS},        {1, RPC_PROGUNAVAIL}, {2, RPC_PROGVERSMISMATCH}, {3, RPC_PROCUNAVAIL},
@@ -280,7 +280,7 @@ TEST_F(ExchangeTest, every_accept_status_has_its_client_status)
     }
 }
 
-TEST_F(ExchangeTest, every_denial_has_its_client_status)
+TEST_F(exchange, every_denial_has_its_client_status)
 {
     EXPECT_EQ(call_answered_by(units({next_xid(), 1, 1, 0, 2, 2})), RPC_VERSMISMATCH);
     EXPECT_EQ(call_answered_by(units({next_xid(), 1, 1, 1, 5})), RPC_AUTHERROR);
@@ -288,7 +288,7 @@ TEST_F(ExchangeTest, every_denial_has_its_client_status)
     EXPECT_EQ(call_answered_by(units({next_xid(), 1, 1})), RPC_CANTDECODERES);
 }
 
-TEST_F(ExchangeTest, verifiers_up_to_400_bytes_are_skipped)
+TEST_F(exchange, verifiers_up_to_400_bytes_are_skipped)
 {
     const std::pair<uint32_t, size_t> sizes[] = {{0, 0}, {1, 4}, {4, 4}, {5, 8}, {400, 400}};
     for (const auto& [size, padded] : sizes) {
@@ -297,7 +297,7 @@ TEST_F(ExchangeTest, verifiers_up_to_400_bytes_are_skipped)
     }
 }
 
-TEST_F(ExchangeTest, longer_verifiers_and_missing_ones_cannot_be_decoded)
+TEST_F(exchange, longer_verifiers_and_missing_ones_cannot_be_decoded)
 {
     const std::pair<uint32_t, size_t> sizes[] = {{401, 404},      {401, 8000}, {0xFFFFFFFF, 400}, {0xFFFFFFFC, 0},
                                                  {0x80000000, 0}, {400, 0},    {400, 388},        {12, 0}};
@@ -305,13 +305,13 @@ TEST_F(ExchangeTest, longer_verifiers_and_missing_ones_cannot_be_decoded)
         EXPECT_EQ(call_answered_by(verified(next_xid(), size, there, 77)), RPC_CANTDECODERES) << size << ' ' << there;
 }
 
-TEST_F(ExchangeTest, bytes_behind_the_reply_are_ignored)
+TEST_F(exchange, bytes_behind_the_reply_are_ignored)
 {
     EXPECT_EQ(call_answered_by(answer(next_xid(), 4) + Bytes(3, 0xEE)), RPC_SUCCESS);
     EXPECT_EQ(reply, 4);
 }
 
-TEST_F(ExchangeTest, reply_longer_than_8800_bytes_is_read_as_far_as_it_goes)
+TEST_F(exchange, reply_longer_than_8800_bytes_is_read_as_far_as_it_goes)
 {
     EXPECT_EQ(call_answered_by(answer(next_xid(), 4) + Bytes(30000, 0xEE)), RPC_SUCCESS);
     EXPECT_EQ(reply, 4);
@@ -319,14 +319,14 @@ TEST_F(ExchangeTest, reply_longer_than_8800_bytes_is_read_as_far_as_it_goes)
     EXPECT_EQ(reply, 5);
 }
 
-TEST_F(ExchangeTest, argument_that_does_not_fit_a_datagram_is_not_sent)
+TEST_F(exchange, argument_that_does_not_fit_a_datagram_is_not_sent)
 {
     EXPECT_EQ(make_call({1, as_xdrproc(encode_too_much), nullptr, as_xdrproc(xdr_int), &reply}, long_wait),
               RPC_CANTENCODEARGS);
     EXPECT_TRUE(daemon.received().empty());
 }
 
-TEST_F(ExchangeTest, foreign_sender_is_not_heard)
+TEST_F(exchange, foreign_sender_is_not_heard)
 {
     Socket foreign;
     foreign.send_to(client_port(), answer(next_xid(), 99));
@@ -334,7 +334,7 @@ TEST_F(ExchangeTest, foreign_sender_is_not_heard)
     EXPECT_EQ(reply, 6);
 }
 
-TEST_F(ExchangeTest, deadline_passes_after_one_datagram_whatever_else_arrives)
+TEST_F(exchange, deadline_passes_after_one_datagram_whatever_else_arrives)
 {
     daemon_sends(answer(next_xid() - 1, 99));
     daemon_sends(Bytes(2));
@@ -344,7 +344,7 @@ TEST_F(ExchangeTest, deadline_passes_after_one_datagram_whatever_else_arrives)
     EXPECT_EQ(daemon.received().size(), 1U);
 }
 
-TEST_F(ExchangeTest, late_reply_is_not_the_next_calls)
+TEST_F(exchange, late_reply_is_not_the_next_calls)
 {
     const uint32_t late = next_xid();
     EXPECT_EQ(call(5, short_wait), RPC_TIMEDOUT);
@@ -353,14 +353,14 @@ TEST_F(ExchangeTest, late_reply_is_not_the_next_calls)
     EXPECT_EQ(reply, 6);
 }
 
-TEST_F(ExchangeTest, call_without_any_wait_takes_what_is_there)
+TEST_F(exchange, call_without_any_wait_takes_what_is_there)
 {
     EXPECT_EQ(call(5, timeval{0, 0}), RPC_TIMEDOUT);
     daemon_sends(answer(next_xid(), 3));
     EXPECT_EQ(call(5, timeval{0, 0}), RPC_SUCCESS);
 }
 
-TEST_F(ExchangeTest, daemon_that_is_gone_ends_the_call_before_the_deadline)
+TEST_F(exchange, daemon_that_is_gone_ends_the_call_before_the_deadline)
 {
     daemon.close_now();
     EXPECT_EQ(call(), RPC_CANTRECV);
@@ -393,7 +393,7 @@ struct Alarms {
 };
 } // namespace
 
-TEST_F(ExchangeTest, signals_reach_their_handler_and_the_call_goes_on)
+TEST_F(exchange, signals_reach_their_handler_and_the_call_goes_on)
 {
     caller.gives_up = [](void*) { return questions++ < 0; };
     const Alarms ring;
@@ -403,14 +403,14 @@ TEST_F(ExchangeTest, signals_reach_their_handler_and_the_call_goes_on)
     EXPECT_EQ(daemon.received().size(), 1U);
 }
 
-TEST_F(ExchangeTest, signals_without_anybody_to_ask_leave_the_call_alone)
+TEST_F(exchange, signals_without_anybody_to_ask_leave_the_call_alone)
 {
     const Alarms ring;
     EXPECT_EQ(call(5, short_wait), RPC_TIMEDOUT);
     EXPECT_GT(alarms, 0);
 }
 
-TEST_F(ExchangeTest, unwanted_call_ends_at_the_signal)
+TEST_F(exchange, unwanted_call_ends_at_the_signal)
 {
     caller.gives_up = [](void*) { return ++questions == 2; };
     const Alarms ring;
@@ -419,13 +419,13 @@ TEST_F(ExchangeTest, unwanted_call_ends_at_the_signal)
     EXPECT_EQ(questions, 2);
 }
 
-TEST_F(ExchangeTest, socket_is_closed_on_exec_and_blocks)
+TEST_F(exchange, socket_is_closed_on_exec_and_blocks)
 {
     EXPECT_EQ(fcntl(client.socket.fd, F_GETFD) & FD_CLOEXEC, FD_CLOEXEC);
     EXPECT_EQ(fcntl(client.socket.fd, F_GETFL) & O_NONBLOCK, 0);
 }
 
-TEST_F(ExchangeTest, socket_gets_a_number_beyond_the_standard_ones)
+TEST_F(exchange, socket_gets_a_number_beyond_the_standard_ones)
 {
     client.socket.close();
     const int in = dup(0), out = dup(1), err = dup(2);
@@ -438,7 +438,7 @@ TEST_F(ExchangeTest, socket_gets_a_number_beyond_the_standard_ones)
     EXPECT_EQ(call_answered_by(answer(next_xid(), 6)), RPC_SUCCESS);
 }
 
-TEST_F(ExchangeTest, no_descriptor_stays_behind)
+TEST_F(exchange, no_descriptor_stays_behind)
 {
     client.socket.close();
     const int before = open_descriptors();
@@ -500,7 +500,7 @@ struct Impostor {
 
 // No port mapper knows the program, so the call fails; what counts is the host's
 // own descriptor.
-TEST_F(ExchangeTest, nothing_is_sent_to_or_closed_of_a_stream_that_took_the_sockets_number)
+TEST_F(exchange, nothing_is_sent_to_or_closed_of_a_stream_that_took_the_sockets_number)
 {
     for (int kind = 0; kind < 3; kind++) {
         const int number = client.socket.fd;
@@ -519,7 +519,7 @@ TEST_F(ExchangeTest, nothing_is_sent_to_or_closed_of_a_stream_that_took_the_sock
     EXPECT_TRUE(daemon.received().empty());
 }
 
-TEST_F(ExchangeTest, file_that_took_the_sockets_number_is_neither_written_nor_closed)
+TEST_F(exchange, file_that_took_the_sockets_number_is_neither_written_nor_closed)
 {
     const int number = client.socket.fd;
     close(number);
@@ -536,7 +536,7 @@ TEST_F(ExchangeTest, file_that_took_the_sockets_number_is_neither_written_nor_cl
     close(number);
 }
 
-TEST(UdpSocketTest, reserved_ports_are_found_however_many_are_taken)
+TEST(udp_socket, reserved_ports_are_found_however_many_are_taken)
 {
     if (geteuid() != 0)
         GTEST_SKIP() << "reserved ports are for root";

@@ -49,7 +49,7 @@ extern "C" const char* __lsan_default_suppressions() { return "leak:lua_addapi\n
 
 namespace
 {
-struct Exports : testing::Test {
+struct exports : testing::Test {
     void* library = dlopen(LIBRPC_SO, RTLD_NOW | RTLD_LOCAL);
     lua_State* L = luaL_newstate();
 
@@ -59,7 +59,7 @@ struct Exports : testing::Test {
         luaL_openlibs(L);
         open();
     }
-    ~Exports() override
+    ~exports() override
     {
         lua_close(L);
         EXPECT_EQ(own_calls, 0);
@@ -94,7 +94,7 @@ struct Exports : testing::Test {
 };
 } // namespace
 
-TEST_F(Exports, every_named_function_is_found)
+TEST_F(exports, every_named_function_is_found)
 {
     for (const auto& line : golden::list("exports.txt")) {
         EXPECT_NE(find(line[0]), nullptr) << line[0];
@@ -102,7 +102,7 @@ TEST_F(Exports, every_named_function_is_found)
     }
 }
 
-TEST_F(Exports, names_that_the_program_exports_too_are_never_called)
+TEST_F(exports, names_that_the_program_exports_too_are_never_called)
 {
     for (const ApiNode* node : nodes()) {
         char text[] = "1&00:11:22:33:44:55&3,4&0102";
@@ -115,7 +115,7 @@ TEST_F(Exports, names_that_the_program_exports_too_are_never_called)
     EXPECT_EQ(own_calls, 0);
 }
 
-TEST_F(Exports, opening_registers_every_api_in_order_with_its_own_functions)
+TEST_F(exports, opening_registers_every_api_in_order_with_its_own_functions)
 {
     const auto rows = golden::list("apis.txt");
     for (int round = 0; round < 2; round++, open()) {
@@ -131,7 +131,7 @@ TEST_F(Exports, opening_registers_every_api_in_order_with_its_own_functions)
     }
 }
 
-TEST_F(Exports, every_service_has_its_client_pair)
+TEST_F(exports, every_service_has_its_client_pair)
 {
     std::map<std::string, std::vector<std::string>> services;
     for (const auto& service : golden::list("services.txt"))
@@ -146,12 +146,12 @@ TEST_F(Exports, every_service_has_its_client_pair)
     }
 }
 
-TEST_F(Exports, unregistered_name_returns_no_value)
+TEST_F(exports, unregistered_name_returns_no_value)
 {
     EXPECT_EQ(run("print(select('#', librpc.callapi('oltmib_erpsstate_get_1', '')))"), "0\n");
 }
 
-TEST_F(Exports, showapi_lists_every_api_in_order_whatever_debugging_says)
+TEST_F(exports, showapi_lists_every_api_in_order_whatever_debugging_says)
 {
     std::istringstream lines(run("librpc.showapi()"));
     for (const auto& row : golden::list("apis.txt")) {
@@ -162,7 +162,7 @@ TEST_F(Exports, showapi_lists_every_api_in_order_whatever_debugging_says)
     }
 }
 
-TEST_F(Exports, showapi_after_a_second_registration_lists_every_api_once)
+TEST_F(exports, showapi_after_a_second_registration_lists_every_api_once)
 {
     const std::string first = run("librpc.showapi()");
     EXPECT_EQ(std::count(first.begin(), first.end(), '\n'), static_cast<long>(golden::list("apis.txt").size()));
@@ -170,7 +170,7 @@ TEST_F(Exports, showapi_after_a_second_registration_lists_every_api_once)
     EXPECT_EQ(run("librpc.showapi()"), first);
 }
 
-TEST_F(Exports, switches_set_the_flag_to_1_and_to_0)
+TEST_F(exports, switches_set_the_flag_to_1_and_to_0)
 {
     const int* flag = static_cast<int*>(find("rpclib_dbg"));
     EXPECT_EQ(*flag, 0);
@@ -182,7 +182,7 @@ TEST_F(Exports, switches_set_the_flag_to_1_and_to_0)
     EXPECT_EQ(*flag, 0);
 }
 
-TEST_F(Exports, flag_of_any_number_but_0_switches_the_trace_lines_on)
+TEST_F(exports, flag_of_any_number_but_0_switches_the_trace_lines_on)
 {
     int* flag = static_cast<int*>(find("rpclib_dbg"));
     for (const int value : {1, 2, -1, 256, INT_MIN, INT_MAX}) {
@@ -196,7 +196,7 @@ TEST_F(Exports, flag_of_any_number_but_0_switches_the_trace_lines_on)
 }
 
 // Not even the line that no such API is registered: nobody has looked.
-TEST_F(Exports, call_whose_argument_cannot_be_copied_prints_the_call_and_nothing_else)
+TEST_F(exports, call_whose_argument_cannot_be_copied_prints_the_call_and_nothing_else)
 {
 #ifdef __SANITIZE_ADDRESS__
     GTEST_SKIP() << "the sanitizer needs the address space";

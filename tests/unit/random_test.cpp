@@ -38,8 +38,8 @@ extern "C" int __wrap_clock_gettime(clockid_t clock, timespec* now)
 
 namespace
 {
-struct RandomBitsTest : testing::Test {
-    ~RandomBitsTest() override { most_random = standing_still = -1; }
+struct chance : testing::Test {
+    ~chance() override { most_random = standing_still = -1; }
 
     static constexpr size_t rounds = 500;
 
@@ -62,26 +62,26 @@ struct RandomBitsTest : testing::Test {
 };
 } // namespace
 
-TEST_F(RandomBitsTest, are_the_kernels_which_is_not_waited_for)
+TEST_F(chance, are_the_kernels_which_is_not_waited_for)
 {
     expect_different();
     EXPECT_EQ(asked_with, static_cast<unsigned>(GRND_NONBLOCK));
 }
 
 // On a device that has just started.
-TEST_F(RandomBitsTest, differ_with_the_time_where_the_kernel_has_none)
+TEST_F(chance, differ_with_the_time_where_the_kernel_has_none)
 {
     most_random = 0;
     expect_different();
 }
 
-TEST_F(RandomBitsTest, are_not_left_unset_where_the_kernel_has_too_few)
+TEST_F(chance, are_not_left_unset_where_the_kernel_has_too_few)
 {
     most_random = 4;
     expect_different();
 }
 
-TEST_F(RandomBitsTest, differ_between_processes_of_one_moment_where_the_kernel_has_none)
+TEST_F(chance, differ_between_processes_of_one_moment_where_the_kernel_has_none)
 {
     most_random = 0;
     standing_still = microseconds_now();

@@ -22,7 +22,7 @@ extern "C" const char* __lsan_default_suppressions() { return "leak:lua_addapi\n
 namespace
 {
 // A list of its own and some entries to put into it.
-struct ListPrimitives : testing::Test {
+struct list_primitives : testing::Test {
     ListLinks head = {&head, &head};
     ListLinks a = {}, b = {}, c = {};
 
@@ -46,9 +46,9 @@ CLIENT* no_client() { return nullptr; }
 void destroy_nothing() {}
 
 // An empty registry before each test and after it.
-struct Registry : testing::Test {
-    Registry() { clear(); }
-    ~Registry() override { clear(); }
+struct registry : testing::Test {
+    registry() { clear(); }
+    ~registry() override { clear(); }
 
     static void clear()
     {
@@ -88,7 +88,7 @@ struct Registry : testing::Test {
 using Names = std::vector<std::string>;
 } // namespace
 
-TEST_F(ListPrimitives, list_add_sets_both_neighbours_links)
+TEST_F(list_primitives, list_add_sets_both_neighbours_links)
 {
     __list_add(&a, &head, &head);
     expect_order({&a});
@@ -98,7 +98,7 @@ TEST_F(ListPrimitives, list_add_sets_both_neighbours_links)
     expect_order({&b, &c, &a});
 }
 
-TEST_F(ListPrimitives, list_add_tail_appends_before_the_head)
+TEST_F(list_primitives, list_add_tail_appends_before_the_head)
 {
     list_add_tail(&a, &head);
     list_add_tail(&b, &head);
@@ -106,7 +106,7 @@ TEST_F(ListPrimitives, list_add_tail_appends_before_the_head)
     expect_order({&a, &b, &c});
 }
 
-TEST_F(ListPrimitives, inner_list_del_joins_the_neighbours_and_leaves_the_entry)
+TEST_F(list_primitives, inner_list_del_joins_the_neighbours_and_leaves_the_entry)
 {
     list_add_tail(&a, &head);
     list_add_tail(&b, &head);
@@ -116,7 +116,7 @@ TEST_F(ListPrimitives, inner_list_del_joins_the_neighbours_and_leaves_the_entry)
     EXPECT_EQ(a.prev, &head);
 }
 
-TEST_F(ListPrimitives, list_del_poisons_the_entry)
+TEST_F(list_primitives, list_del_poisons_the_entry)
 {
     list_add_tail(&a, &head);
     list_add_tail(&b, &head);
@@ -127,7 +127,7 @@ TEST_F(ListPrimitives, list_del_poisons_the_entry)
     EXPECT_EQ(reinterpret_cast<uintptr_t>(b.prev), 0x200200U);
 }
 
-TEST_F(Registry, empty_head_points_to_itself)
+TEST_F(registry, empty_head_points_to_itself)
 {
     EXPECT_EQ(apinode_head.next, &apinode_head);
     EXPECT_EQ(apinode_head.prev, &apinode_head);
@@ -135,7 +135,7 @@ TEST_F(Registry, empty_head_points_to_itself)
     EXPECT_EQ(lua_delapi("any"), 0);
 }
 
-TEST_F(Registry, node_begins_with_its_links_and_name_takes_40_characters)
+TEST_F(registry, node_begins_with_its_links_and_name_takes_40_characters)
 {
     EXPECT_EQ(offsetof(ListLinks, next), 0U);
     EXPECT_EQ(offsetof(ListLinks, prev), sizeof(void*));
@@ -152,7 +152,7 @@ TEST_F(Registry, node_begins_with_its_links_and_name_takes_40_characters)
     EXPECT_EQ(reinterpret_cast<const char*>(&node.clntdestroy) - start, static_cast<ptrdiff_t>(first + 4 * pointer));
 }
 
-TEST_F(Registry, addapi_copies_the_template_and_ignores_its_links)
+TEST_F(registry, addapi_copies_the_template_and_ignores_its_links)
 {
     ApiNode api = make("oltmib_example_get_1");
     ListLinks elsewhere = {&elsewhere, &elsewhere};
@@ -171,14 +171,14 @@ TEST_F(Registry, addapi_copies_the_template_and_ignores_its_links)
     EXPECT_EQ(elsewhere.next, &elsewhere);
 }
 
-TEST_F(Registry, nodes_stand_in_the_order_of_registration)
+TEST_F(registry, nodes_stand_in_the_order_of_registration)
 {
     for (const char* name : {"c", "a", "b"})
         EXPECT_EQ(add(name), 1);
     EXPECT_EQ(names(), (Names{"c", "a", "b"}));
 }
 
-TEST_F(Registry, same_name_twice_leaves_one_node_at_the_tail_with_the_second_functions)
+TEST_F(registry, same_name_twice_leaves_one_node_at_the_tail_with_the_second_functions)
 {
     add("twice", func_one);
     ApiNode* first = lua_getapibyname("twice");
@@ -191,7 +191,7 @@ TEST_F(Registry, same_name_twice_leaves_one_node_at_the_tail_with_the_second_fun
     EXPECT_EQ(reinterpret_cast<uintptr_t>(first->next), 0x100100U);
 }
 
-TEST_F(Registry, addapi_without_memory_returns_0_and_changes_nothing)
+TEST_F(registry, addapi_without_memory_returns_0_and_changes_nothing)
 {
     add("first", func_one);
     add("last");
@@ -207,7 +207,7 @@ TEST_F(Registry, addapi_without_memory_returns_0_and_changes_nothing)
     EXPECT_EQ(lua_getapibyname("new"), nullptr);
 }
 
-TEST_F(Registry, getapibyname_wants_the_exact_name)
+TEST_F(registry, getapibyname_wants_the_exact_name)
 {
     add("oltmib_example_get_1");
     for (const char* name :
@@ -216,7 +216,7 @@ TEST_F(Registry, getapibyname_wants_the_exact_name)
     EXPECT_NE(lua_getapibyname("oltmib_example_get_1"), nullptr);
 }
 
-TEST_F(Registry, names_of_39_characters_and_of_none_are_names)
+TEST_F(registry, names_of_39_characters_and_of_none_are_names)
 {
     const std::string longest(39, 'n');
     add(longest);
@@ -226,7 +226,7 @@ TEST_F(Registry, names_of_39_characters_and_of_none_are_names)
     EXPECT_EQ(lua_getapibyname((longest + "n").c_str()), nullptr);
 }
 
-TEST_F(Registry, delapi_unlinks_once)
+TEST_F(registry, delapi_unlinks_once)
 {
     for (const char* name : {"a", "b", "c"})
         add(name);
@@ -240,7 +240,7 @@ TEST_F(Registry, delapi_unlinks_once)
     EXPECT_EQ(apinode_head.prev, &apinode_head);
 }
 
-TEST_F(Registry, name_can_come_back_after_delapi)
+TEST_F(registry, name_can_come_back_after_delapi)
 {
     add("a", func_one);
     add("b");
@@ -250,7 +250,7 @@ TEST_F(Registry, name_can_come_back_after_delapi)
     EXPECT_EQ(lua_getapibyname("a")->func, func_two);
 }
 
-TEST_F(Registry, lookup_finds_nodes_that_were_linked_by_the_primitives)
+TEST_F(registry, lookup_finds_nodes_that_were_linked_by_the_primitives)
 {
     add("a");
     ApiNode own = make("own", func_two);
@@ -264,7 +264,7 @@ TEST_F(Registry, lookup_finds_nodes_that_were_linked_by_the_primitives)
     EXPECT_NE(lua_getapibyname("b"), nullptr);
 }
 
-TEST_F(Registry, of_two_nodes_of_one_name_the_first_is_found)
+TEST_F(registry, of_two_nodes_of_one_name_the_first_is_found)
 {
     ApiNode first = make("same", func_one), second = make("same", func_two);
     list_add_tail(&first, &apinode_head);
@@ -276,7 +276,7 @@ TEST_F(Registry, of_two_nodes_of_one_name_the_first_is_found)
     EXPECT_EQ(lua_getapibyname("same"), nullptr);
 }
 
-TEST_F(Registry, lookup_misses_nodes_that_were_unlinked_by_the_primitives)
+TEST_F(registry, lookup_misses_nodes_that_were_unlinked_by_the_primitives)
 {
     for (const char* name : {"a", "b", "c"})
         add(name);
@@ -290,7 +290,7 @@ TEST_F(Registry, lookup_misses_nodes_that_were_unlinked_by_the_primitives)
     EXPECT_EQ(lua_getapibyname("c")->func, func_two);
 }
 
-TEST_F(Registry, node_renamed_in_place_is_found_by_its_new_name_alone)
+TEST_F(registry, node_renamed_in_place_is_found_by_its_new_name_alone)
 {
     add("a", func_one);
     add("b", func_two);
@@ -304,7 +304,7 @@ TEST_F(Registry, node_renamed_in_place_is_found_by_its_new_name_alone)
     EXPECT_EQ(names(), (Names{"b", "a"}));
 }
 
-TEST_F(Registry, registration_replaces_a_node_that_was_renamed_to_its_name)
+TEST_F(registry, registration_replaces_a_node_that_was_renamed_to_its_name)
 {
     add("a", func_one);
     add("b", func_one);
@@ -314,7 +314,7 @@ TEST_F(Registry, registration_replaces_a_node_that_was_renamed_to_its_name)
     EXPECT_EQ(lua_getapibyname("c")->func, func_two);
 }
 
-TEST_F(Registry, nodes_linked_and_unlinked_in_the_middle_are_seen)
+TEST_F(registry, nodes_linked_and_unlinked_in_the_middle_are_seen)
 {
     for (const char* name : {"a", "b", "c"})
         add(name, func_one);
@@ -334,7 +334,7 @@ TEST_F(Registry, nodes_linked_and_unlinked_in_the_middle_are_seen)
     EXPECT_EQ(names(), (Names{"a", "c"}));
 }
 
-TEST_F(Registry, registration_replaces_only_the_first_of_two_nodes_of_its_name)
+TEST_F(registry, registration_replaces_only_the_first_of_two_nodes_of_its_name)
 {
     ApiNode first = make("same", func_one), second = make("same", func_one);
     list_add_tail(&first, &apinode_head);
@@ -346,7 +346,7 @@ TEST_F(Registry, registration_replaces_only_the_first_of_two_nodes_of_its_name)
     EXPECT_EQ(lua_getapibyname("same")->func, func_two);
 }
 
-TEST_F(Registry, node_moved_to_a_list_of_the_hosts_own_is_not_registered)
+TEST_F(registry, node_moved_to_a_list_of_the_hosts_own_is_not_registered)
 {
     ListLinks own = {&own, &own};
     add("a");
@@ -356,7 +356,7 @@ TEST_F(Registry, node_moved_to_a_list_of_the_hosts_own_is_not_registered)
     EXPECT_EQ(lua_getapibyname("a"), nullptr);
 }
 
-TEST_F(Registry, thousands_of_names_are_found_and_so_are_those_that_got_no_hint)
+TEST_F(registry, thousands_of_names_are_found_and_so_are_those_that_got_no_hint)
 {
     for (int i = 0; i < 3000; i++)
         add("early" + std::to_string(i), func_one);
@@ -372,7 +372,7 @@ TEST_F(Registry, thousands_of_names_are_found_and_so_are_those_that_got_no_hint)
 }
 
 // Against a plain list of names, with every way of changing the registry.
-TEST_F(Registry, equals_a_plain_list_after_any_sequence)
+TEST_F(registry, equals_a_plain_list_after_any_sequence)
 {
     Random random(9);
     std::vector<std::pair<std::string, ApiFunc>> model;
@@ -425,7 +425,7 @@ TEST_F(Registry, equals_a_plain_list_after_any_sequence)
     }
 }
 
-TEST_F(Registry, service_registers_its_apis_in_order_and_not_its_bare_stubs)
+TEST_F(registry, service_registers_its_apis_in_order_and_not_its_bare_stubs)
 {
     Names expected;
     for (const Service* service : all_services) {
@@ -452,7 +452,7 @@ TEST_F(Registry, service_registers_its_apis_in_order_and_not_its_bare_stubs)
 }
 
 // As the device's own libraries have it: whoever asks wants to know of the last.
-TEST_F(Registry, registration_of_a_service_tells_of_its_last_node)
+TEST_F(registry, registration_of_a_service_tells_of_its_last_node)
 {
     for (const Service* service : all_services) {
         Names all;
@@ -474,7 +474,7 @@ TEST_F(Registry, registration_of_a_service_tells_of_its_last_node)
     }
 }
 
-TEST_F(Registry, second_registration_of_everything_keeps_the_names_and_their_order)
+TEST_F(registry, second_registration_of_everything_keeps_the_names_and_their_order)
 {
     for (int round = 0; round < 2; round++)
         for (const Service* service : all_services)
@@ -482,7 +482,7 @@ TEST_F(Registry, second_registration_of_everything_keeps_the_names_and_their_ord
     EXPECT_EQ(names(), golden::column("apis.txt", 1));
 }
 
-TEST_F(Registry, print_api_shows_the_name_and_five_addresses)
+TEST_F(registry, print_api_shows_the_name_and_five_addresses)
 {
     add("oltmib_example_get_1");
     CapturedOutput output;

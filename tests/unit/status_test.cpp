@@ -48,7 +48,7 @@ rpc_err failed(enum clnt_stat status, int number)
 }
 } // namespace
 
-TEST(Status, of_a_client_that_cannot_be_made)
+TEST(status, of_a_client_that_cannot_be_made)
 {
     const struct {
         CreationFailure failure;
@@ -84,7 +84,7 @@ TEST(Status, of_a_client_that_cannot_be_made)
     }
 }
 
-TEST(Status, of_a_call_that_failed)
+TEST(status, of_a_call_that_failed)
 {
     const struct {
         rpc_err error;
@@ -118,7 +118,7 @@ TEST(Status, of_a_call_that_failed)
     }
 }
 
-TEST(Status, sentence_names_the_api_its_service_and_the_reason)
+TEST(status, sentence_names_the_api_its_service_and_the_reason)
 {
     const std::string of_service = std::string(" (service ") + service.name + ", program " +
                                    std::to_string(static_cast<unsigned long>(service.program)) + ")";
@@ -129,7 +129,7 @@ TEST(Status, sentence_names_the_api_its_service_and_the_reason)
               std::string(api) + ": the daemon has not registered with the port mapper [RPC: Program not registered]");
 }
 
-TEST(Status, without_the_rpc_librarys_own_has_no_reason)
+TEST(status, without_the_rpc_librarys_own_has_no_reason)
 {
     for (const CallStatus& status :
          {unknown_api(api), no_memory(api), not_sent(api, &service), host_api(api), group_closed(api)}) {
@@ -139,7 +139,7 @@ TEST(Status, without_the_rpc_librarys_own_has_no_reason)
     }
 }
 
-TEST(Status, of_the_longest_name_and_reason_fits)
+TEST(status, of_the_longest_name_and_reason_fits)
 {
     const std::string name(200, 'n');
     const CallStatus status = no_client(name.c_str(), &service, creation(RPC_PMAPFAILURE, RPC_PROGVERSMISMATCH, 0));
@@ -148,7 +148,7 @@ TEST(Status, of_the_longest_name_and_reason_fits)
     EXPECT_EQ(sentence_of(status).back(), ']');
 }
 
-TEST(Status, service_of_a_node_is_that_of_its_client)
+TEST(status, service_of_a_node_is_that_of_its_client)
 {
     ApiNode node = {};
     for (const Service* each : all_services) {

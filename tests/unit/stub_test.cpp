@@ -8,7 +8,7 @@
 namespace
 {
 // One stub with a request of zeroes and a client of its own.
-struct EveryStub : testing::TestWithParam<const Api*> {
+struct every_stub : testing::TestWithParam<const Api*> {
     const Api& api = *GetParam();
     const Record nothing = {"", "", nullptr, nullptr, nullptr, 0, 1, 0};
     Object request{api.request ? *api.request : nothing};
@@ -33,7 +33,7 @@ std::vector<const Api*> all_apis()
 }
 } // namespace
 
-INSTANTIATE_TEST_SUITE_P(stubs, EveryStub, testing::ValuesIn(all_apis()),
+INSTANTIATE_TEST_SUITE_P(stubs, every_stub, testing::ValuesIn(all_apis()),
                          [](const auto& info) { return std::string(info.param->name); });
 
 TEST(stubs, are_those_that_other_programs_find)
@@ -47,7 +47,7 @@ TEST(stubs, are_those_that_other_programs_find)
     EXPECT_EQ(stubs, exported);
 }
 
-TEST_P(EveryStub, calls_its_procedure_once_for_25_seconds_with_its_whole_request)
+TEST_P(every_stub, calls_its_procedure_once_for_25_seconds_with_its_whole_request)
 {
     client.reply = Bytes(reply_size);
     EXPECT_NE(call(), nullptr);
@@ -58,7 +58,7 @@ TEST_P(EveryStub, calls_its_procedure_once_for_25_seconds_with_its_whole_request
     EXPECT_EQ(client.timeout.tv_usec, 0);
 }
 
-TEST_P(EveryStub, clears_its_static_reply_before_each_call_and_gives_null_after_a_failure)
+TEST_P(every_stub, clears_its_static_reply_before_each_call_and_gives_null_after_a_failure)
 {
     client.reply = Bytes(reply_size, 0x41);
     auto* reply = static_cast<char*>(call());
@@ -72,13 +72,13 @@ TEST_P(EveryStub, clears_its_static_reply_before_each_call_and_gives_null_after_
     EXPECT_EQ(client.calls, 6);
 }
 
-TEST_P(EveryStub, gives_null_for_a_reply_that_is_a_byte_short)
+TEST_P(every_stub, gives_null_for_a_reply_that_is_a_byte_short)
 {
     client.reply = Bytes(reply_size - 1);
     EXPECT_EQ(call(), nullptr);
 }
 
-TEST_P(EveryStub, gives_the_same_storage_each_time)
+TEST_P(every_stub, gives_the_same_storage_each_time)
 {
     client.reply = Bytes(reply_size);
     void* first = call();

@@ -126,14 +126,14 @@ constexpr IntText big_int_texts[] = {
     {"-99999999999999999999", wide_long ? 0 : INT_MIN},
 };
 
-struct IntTexts : testing::TestWithParam<IntText> {
+struct int_text : testing::TestWithParam<IntText> {
 };
 } // namespace
 
-INSTANTIATE_TEST_SUITE_P(text_form, IntTexts, testing::ValuesIn(int_texts));
-INSTANTIATE_TEST_SUITE_P(text_form_beyond_int, IntTexts, testing::ValuesIn(big_int_texts));
+INSTANTIATE_TEST_SUITE_P(text_form, int_text, testing::ValuesIn(int_texts));
+INSTANTIATE_TEST_SUITE_P(text_form_beyond_int, int_text, testing::ValuesIn(big_int_texts));
 
-TEST_P(IntTexts, read_as_atoi_reads_them)
+TEST_P(int_text, read_as_atoi_reads_them)
 {
     const auto [text, value] = GetParam();
     const std::string field = text;

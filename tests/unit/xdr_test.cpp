@@ -66,13 +66,13 @@ template <class Code> bool decoded(const Bytes& bytes, size_t size, Stream strea
     return code(from.get()) && from.position() <= size;
 }
 
-struct EveryRecord : testing::TestWithParam<const Record*> {
+struct every_record : testing::TestWithParam<const Record*> {
     const Record& record = *GetParam();
     const size_t size = 4U * record.units;
     Random random{record.units};
     Object object{record};
 
-    EveryRecord() { fill_randomly(random, record, object.data()); }
+    every_record() { fill_randomly(random, record, object.data()); }
 
     bool code(XDR* xdrs, Object& of) const { return record.xdr(xdrs, of.data()); }
 };
@@ -83,13 +83,13 @@ struct NamedRoutine {
     const char* name;
     XdrRoutine routine;
 };
-struct EveryEnum : testing::TestWithParam<NamedRoutine> {
+struct every_enum : testing::TestWithParam<NamedRoutine> {
 };
 } // namespace
 
-INSTANTIATE_TEST_SUITE_P(xdr, EveryRecord, testing::ValuesIn(all_records()), name_of);
+INSTANTIATE_TEST_SUITE_P(xdr, every_record, testing::ValuesIn(all_records()), name_of);
 
-TEST_P(EveryRecord, encodes_alike_by_blocks_and_plainly)
+TEST_P(every_record, encodes_alike_by_blocks_and_plainly)
 {
     const auto code_it = [&](XDR* xdrs) { return code(xdrs, object); };
     const Bytes expected = by_hand(record, object.data());
@@ -98,7 +98,7 @@ TEST_P(EveryRecord, encodes_alike_by_blocks_and_plainly)
     EXPECT_EQ(encoded(size, Stream::Plain, code_it), expected);
 }
 
-TEST_P(EveryRecord, decodes_alike_by_blocks_and_plainly)
+TEST_P(every_record, decodes_alike_by_blocks_and_plainly)
 {
     const Bytes bytes = by_hand(record, object.data());
     for (const Stream stream : {Stream::Blocks, Stream::Plain}) {
@@ -108,7 +108,7 @@ TEST_P(EveryRecord, decodes_alike_by_blocks_and_plainly)
     }
 }
 
-TEST_P(EveryRecord, decodes_characters_by_their_low_byte_alone)
+TEST_P(every_record, decodes_characters_by_their_low_byte_alone)
 {
     Bytes bytes = by_hand(record, object.data());
     size_t unit = 0;
@@ -124,7 +124,7 @@ TEST_P(EveryRecord, decodes_characters_by_their_low_byte_alone)
     }
 }
 
-TEST_P(EveryRecord, fails_on_a_buffer_of_any_smaller_length)
+TEST_P(every_record, fails_on_a_buffer_of_any_smaller_length)
 {
     const Bytes bytes = by_hand(record, object.data());
     for (size_t length = 0; length < size; length += length < 64 || length + 64 > size ? 1 : 4) {
@@ -134,7 +134,7 @@ TEST_P(EveryRecord, fails_on_a_buffer_of_any_smaller_length)
     }
 }
 
-TEST_P(EveryRecord, frees_nothing_and_stays_as_it_is)
+TEST_P(every_record, frees_nothing_and_stays_as_it_is)
 {
     // a stream with room, and with another record's bytes, from which nothing is read
     const Bytes before = object.bytes(), bytes = Bytes(size, 0x5A);
@@ -186,7 +186,7 @@ TEST(xdr, double_travels_high_word_first)
               units({0x3FF00000, 0}));
 }
 
-TEST(xdr, int64_travels_low_word_first)
+TEST(xdr, int_64_travels_low_word_first)
 {
     const Bytes expected = units({0xFFFFFFFB, 0xFFFFFFFF});
     for (const Stream stream : {Stream::Blocks, Stream::Plain}) {
@@ -197,7 +197,7 @@ TEST(xdr, int64_travels_low_word_first)
     }
 }
 
-TEST(xdr, uint64_travels_low_word_first)
+TEST(xdr, uint_64_travels_low_word_first)
 {
     const Bytes expected = units({0x05060708, 0x81020304});
     for (const Stream stream : {Stream::Blocks, Stream::Plain}) {
@@ -208,7 +208,7 @@ TEST(xdr, uint64_travels_low_word_first)
     }
 }
 
-TEST(xdr, int64_of_a_short_buffer_fails)
+TEST(xdr, int_64_of_a_short_buffer_fails)
 {
     const Bytes bytes = units({1, 2});
     for (size_t length = 0; length < 8; length++)
@@ -219,7 +219,7 @@ TEST(xdr, int64_of_a_short_buffer_fails)
         }
 }
 
-TEST(xdr, int64_is_freed_without_a_change)
+TEST(xdr, int_64_is_freed_without_a_change)
 {
     oltmib_int64_t value = 5;
     Bytes bytes(8, 0x5A);
@@ -229,7 +229,7 @@ TEST(xdr, int64_is_freed_without_a_change)
     EXPECT_EQ(stream.position(), 0U);
 }
 
-INSTANTIATE_TEST_SUITE_P(xdr, EveryEnum,
+INSTANTIATE_TEST_SUITE_P(xdr, every_enum,
                          testing::Values(NamedRoutine{"oltmib_iftype_e", xdr_oltmib_iftype_e},
                                          NamedRoutine{"oltmib_ratelimit_type", xdr_oltmib_ratelimit_type},
                                          NamedRoutine{"oltmib_class_matchtype", xdr_oltmib_class_matchtype},
@@ -238,7 +238,7 @@ INSTANTIATE_TEST_SUITE_P(xdr, EveryEnum,
                                          NamedRoutine{"oltmib_mstpver_e", xdr_oltmib_mstpver_e}),
                          [](const auto& info) { return std::string(info.param.name); });
 
-TEST_P(EveryEnum, travels_as_one_signed_unit)
+TEST_P(every_enum, travels_as_one_signed_unit)
 {
     int value = -2, back = 0;
     const Bytes expected = units({0xFFFFFFFE});

@@ -1,36 +1,29 @@
 #!/bin/sh
-# Compiles one case twice: without its defect it must compile, with it the
-# compiler must refuse it with the message that the case's first line states.
+# Compiles one case twice: without its defect it must compile, with it the compiler must
+# refuse it with the message that stands before the case's section.
 #
-#     check.sh CASE COMPILER [OPTION...]
+#     check.sh CASE FILE COMPILER [OPTION...] SOURCE
 #
-# CASE is a .cpp file, or the rows of a service (.def), which service.cpp
-# includes. The defect is what stands under #ifdef DEFECT.
+# FILE has the section, SOURCE is it or includes it. The defect is what stands under
+# #ifdef DEFECT.
 set -eu
 
-case_file=$1
-shift
-folder=$(dirname "$0")
-name=$(basename "$case_file")
+case=$1
+file=$2
+shift 2
 
 fail() {
-    printf 'compile_fail: %s: expected %s, found:\n%s\n' "$name" "$1" "$2" >&2
+    printf 'compile_fail: %s: expected %s, found:\n%s\n' "$case" "$1" "$2" >&2
     exit 1
 }
 
-expected=$(sed -n '1s|^// error: ||p' "$case_file")
-[ -n "$expected" ] || fail "'// error: MESSAGE' in its first line" "$(head -n 1 "$case_file")"
+before=$(grep -x -B 1 "#ifdef CASE_$case" "$file" | head -n 1)
+expected=${before#// error: }
+[ "$expected" != "$before" ] || fail "'// error: MESSAGE' before its section" "$before"
 
-compile() {
-    case $case_file in
-    *.def) "$@" "-DSERVICE_APIS=\"$case_file\"" "$folder/service.cpp" ;;
-    *) "$@" "$case_file" ;;
-    esac 2>&1
-}
+output=$("$@" "-DCASE_$case" 2>&1) || fail "it to compile without its defect" "$output"
 
-output=$(compile "$@") || fail "it to compile without its defect" "$output"
-
-if output=$(compile "$@" -DDEFECT); then
+if output=$("$@" "-DCASE_$case" -DDEFECT 2>&1); then
     fail "the compiler to refuse its defect" "nothing wrong"
 fi
 case $output in

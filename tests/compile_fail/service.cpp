@@ -1,4 +1,4 @@
-// A service whose rows are a case (SERVICE_APIS names its file).
+// A service whose rows are a case of rows.def.
 #define LIBRPC_DEFINES_XDR
 #include "common/text_form.h"
 
@@ -29,4 +29,5 @@ TABLE(three, test_twoEntry) // its converters are nowhere
 #define SERVICE_INIT test_init
 #define SERVICE_CLNT_INIT test_clnt_init
 #define SERVICE_CLNT_DESTROY test_clnt_destroy
+#define SERVICE_APIS "tests/compile_fail/rows.def"
 #include "services/define_service.h"

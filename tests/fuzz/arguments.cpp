@@ -6,7 +6,7 @@
 
 #include "common/schema.h"
 #include "tests/fuzz/fuzz.h"
-#include "tests/fuzz/naive.h"
+#include "tests/support/reference.h"
 
 namespace
 {
@@ -14,9 +14,9 @@ void check_encoding(const Record& record, void* request)
 {
     const size_t size = BYTES_PER_XDR_UNIT * record.units;
     for (size_t room : {size, size - BYTES_PER_XDR_UNIT}) {
-        std::unique_ptr<uint32_t[]> units(new uint32_t[room / BYTES_PER_XDR_UNIT]);
+        const ExactMemory units(room);
         XDR xdrs;
-        xdrmem_create(&xdrs, reinterpret_cast<char*>(units.get()), static_cast<u_int>(room), XDR_ENCODE);
+        xdrmem_create(&xdrs, units.data(), static_cast<u_int>(room), XDR_ENCODE);
         const bool done = xdr_record(&xdrs, record, request);
         EXPECT(done == (room == size), "a record to fit its own units only", "%d of %zu units", done,
                room / BYTES_PER_XDR_UNIT);
@@ -40,13 +40,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     const Api& api = choose_api(input);
     set_debug(input.byte() & 1);
     const std::string given = input.rest();
-    const auto text = exact(given);
-    void* request = api.parser->str2arg(text.get());
+    void* request = api.parser->str2arg(exact_text(given).data());
     EXPECT(request, "a request record", "null from %s", api.name);
     if (!api.request)
         return 0;
     const std::string record(static_cast<char*>(request), api.request->size);
-    std::string expected = naive::parse(*api.input(), given.c_str());
+    std::string expected = reference::parse(*api.input(), given.c_str());
     if (strcmp(api.request->name, "oltmib_PortInfoEntry") == 0) // one value read fills two fields
         memcpy(&expected[offset_of(*api.request, "field9")], &expected[offset_of(*api.request, "field8")], sizeof(int));
     EXPECT(record == expected, "the record of the plain reading", "another one of %s", api.name);

@@ -11,11 +11,11 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <memory>
 #include <string>
 #include <vector>
 
-#include "common/service.h"
+#include "tests/support/apis.h"
+#include "tests/support/exact_memory.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size);
 
@@ -62,26 +62,15 @@ class Input
     const uint8_t* end;
 };
 
-// A copy that AddressSanitizer watches to the byte.
-inline std::unique_ptr<char[]> exact(const void* from, size_t size)
-{
-    std::unique_ptr<char[]> copy(new char[size]);
-    memcpy(copy.get(), from, size);
-    return copy;
-}
-
-// The text as Lua's C string has it: up to its first NUL.
-inline std::unique_ptr<char[]> exact(const std::string& text) { return exact(text.c_str(), strlen(text.c_str()) + 1); }
-
 // Every API that Lua can call, in the order of registration.
 inline const std::vector<const Api*>& callable_apis()
 {
     static const std::vector<const Api*> apis = [] {
         std::vector<const Api*> all;
-        for (const Service* service : all_services)
-            for (const Api& api : *service)
-                if (api.registered())
-                    all.push_back(&api);
+        for_each_api([&](const Service&, const Api& api) {
+            if (api.registered())
+                all.push_back(&api);
+        });
         return all;
     }();
     return apis;

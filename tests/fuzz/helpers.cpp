@@ -6,7 +6,7 @@
 
 #include "common/text.h"
 #include "tests/fuzz/fuzz.h"
-#include "tests/fuzz/naive.h"
+#include "tests/support/reference.h"
 
 namespace
 {
@@ -27,10 +27,10 @@ void split(Input& input)
     const size_t max = 1 + input.byte() % 90;
     const char delimiter = static_cast<char>(input.byte() | 1);
     const std::string given = c_text(input.rest());
-    const auto text = exact(given);
+    const ExactMemory text = exact_text(given);
     std::vector<char*> field(max);
-    const int count = strsplit(text.get(), delimiter, field.data(), static_cast<int>(max));
-    check_split(given, max, naive::split(given, delimiter, max), count, field);
+    const int count = strsplit(text.data(), delimiter, field.data(), static_cast<int>(max));
+    check_split(given, max, reference::strsplit(given, delimiter, max), count, field);
 }
 
 void split_runs(Input& input)
@@ -38,10 +38,10 @@ void split_runs(Input& input)
     const size_t max = 1 + input.byte() % 90;
     const std::string delimiters = c_text(input.bytes(1 + input.byte() % 3));
     const std::string given = c_text(input.rest());
-    const auto text = exact(given);
+    const ExactMemory text = exact_text(given);
     std::vector<char*> field(max);
-    const int count = strsplit2(text.get(), delimiters.c_str(), field.data(), static_cast<int>(max));
-    check_split(given, max, naive::split_runs(given, delimiters.c_str(), max), count, field);
+    const int count = strsplit2(text.data(), delimiters.c_str(), field.data(), static_cast<int>(max));
+    check_split(given, max, reference::strsplit2(given, delimiters.c_str(), max), count, field);
 }
 
 void mac_text(Input& input)
@@ -51,45 +51,43 @@ void mac_text(Input& input)
         byte = static_cast<unsigned char>(input.byte());
     char text[18];
     const char* result = mac2str(mac, input.byte() & 1 ? text : nullptr);
-    EXPECT(naive::mac_text(mac) == result, "the address in capitals", "\"%s\"", result);
+    EXPECT(reference::mac2str(mac) == result, "the address in capitals", "\"%s\"", result);
 }
 
 void read_mac(Input& input)
 {
     const bool own = input.byte() & 1;
-    const auto text = exact(input.rest());
-    unsigned char expected[6], mac[6];
-    naive::read_mac(text.get(), expected);
-    const void* result = str2mac(text.get(), own ? nullptr : mac);
-    EXPECT(memcmp(result, expected, 6) == 0, "the address of the scan", "another one from \"%s\"", text.get());
+    const ExactMemory text = exact_text(input.rest());
+    const auto expected = reference::str2mac(text.data());
+    unsigned char mac[6];
+    const void* result = str2mac(text.data(), own ? nullptr : mac);
+    EXPECT(memcmp(result, expected.data(), 6) == 0, "the address of the scan", "another one from \"%s\"", text.data());
 }
 
 void hex_text(Input& input)
 {
     const int capacity = 1 + static_cast<int>(input.byte());
     const std::string bytes = input.rest();
-    const auto from = exact(bytes.data(), bytes.size());
-    const std::unique_ptr<char[]> text(new char[static_cast<size_t>(capacity)]());
-    int expected_advance;
-    const std::string expected = naive::hex_text(reinterpret_cast<const unsigned char*>(from.get()),
-                                                 static_cast<int>(bytes.size()), capacity, &expected_advance);
-    const int advanced = hex2str(from.get(), static_cast<int>(bytes.size()), text.get(), capacity);
-    EXPECT(expected == text.get() && advanced == expected_advance, expected.c_str(), "\"%s\", advanced by %d",
-           text.get(), advanced);
+    const ExactMemory from(bytes.data(), bytes.size()), text(static_cast<size_t>(capacity));
+    const int count = static_cast<int>(bytes.size());
+    const auto expected = reference::hex2str(reinterpret_cast<const unsigned char*>(from.data()), count, capacity);
+    const int advanced = hex2str(from.data(), count, text.data(), capacity);
+    EXPECT(expected.text == text.data() && advanced == expected.result, expected.text.c_str(), "\"%s\", advanced by %d",
+           text.data(), advanced);
 }
 
 void read_hex(Input& input)
 {
     const int max = static_cast<int>(input.byte());
     const std::string given = c_text(input.rest());
-    const auto text = exact(given);
+    const ExactMemory text = exact_text(given);
     const int length = static_cast<int>(given.size());
-    const auto expected = naive::read_hex(given, length, max);
-    const std::unique_ptr<unsigned char[]> bytes(new unsigned char[static_cast<size_t>(max)]);
-    const int count = str2hex(text.get(), length, bytes.get(), max);
+    const auto expected = reference::str2hex(given, length, max);
+    const ExactMemory bytes(static_cast<size_t>(max));
+    const int count = str2hex(text.data(), length, reinterpret_cast<unsigned char*>(bytes.data()), max);
     EXPECT(count == static_cast<int>(expected.size()), "as many bytes", "%d from \"%s\"", count, given.c_str());
-    EXPECT(std::equal(expected.begin(), expected.end(), bytes.get()), "the bytes of the scan", "others from \"%s\"",
-           given.c_str());
+    EXPECT(std::equal(expected.begin(), expected.end(), reinterpret_cast<unsigned char*>(bytes.data())),
+           "the bytes of the scan", "others from \"%s\"", given.c_str());
 }
 
 void append(Input& input)
@@ -98,20 +96,18 @@ void append(Input& input)
     const std::string before = c_text(input.bytes(input.byte())).substr(0, capacity - 1);
     const int number = input.number();
     const std::string more = c_text(input.rest());
-    const std::unique_ptr<char[]> text(new char[capacity]);
-    memcpy(text.get(), before.c_str(), before.size() + 1);
-    const int result = strappend(text.get(), static_cast<int>(capacity), "&%d%s", number, more.c_str());
-    const std::string whole = before + "&" + std::to_string(number) + more;
-    const bool full = before.size() + 1 >= capacity;
-    const std::string expected = full ? before : whole.substr(0, capacity - 1);
-    EXPECT(expected == text.get(), expected.c_str(), "\"%s\"", text.get());
-    EXPECT(result == (full ? 0 : static_cast<int>(expected.size())), "the new length, or 0", "%d", result);
+    const ExactMemory text(capacity);
+    memcpy(text.data(), before.c_str(), before.size() + 1);
+    const int result = strappend(text.data(), static_cast<int>(capacity), "&%d%s", number, more.c_str());
+    const auto expected = reference::strappend(before, static_cast<int>(capacity), "&" + std::to_string(number) + more);
+    EXPECT(expected.text == text.data(), expected.text.c_str(), "\"%s\"", text.data());
+    EXPECT(result == expected.result, "the new length, or 0", "%d", result);
 }
 
 void int_text(Input& input)
 {
     int value = input.number();
-    EXPECT(std::to_string(value) == int2str(&value), "the number in decimal", "\"%s\"", int2str(&value));
+    EXPECT(reference::int2str(value) == int2str(&value), "the number in decimal", "\"%s\"", int2str(&value));
 }
 } // namespace
 

@@ -18,8 +18,8 @@ std::ifstream open(const std::string& path)
 
 int replay(const std::string& bytes)
 {
-    const auto input = exact(bytes.data(), bytes.size());
-    LLVMFuzzerTestOneInput(reinterpret_cast<const uint8_t*>(input.get()), bytes.size());
+    const ExactMemory input(bytes.data(), bytes.size());
+    LLVMFuzzerTestOneInput(reinterpret_cast<const uint8_t*>(input.data()), input.size());
     return 1;
 }
 

@@ -7,7 +7,7 @@
 #include "rpc/client.h"
 #include "tests/fuzz/datagrams.h"
 #include "tests/fuzz/fuzz.h"
-#include "tests/fuzz/naive.h"
+#include "tests/support/reference.h"
 
 extern "C" int luaopen_librpc_calls(lua_State* L);
 
@@ -56,7 +56,7 @@ void check_reply(lua_State* L, const Api& api, const std::string& datagram, uint
         EXPECT(lua_type(L, -2) == LUA_TSTRING && lua_isnil(L, -1), "a text", "%s", luaL_typename(L, -2));
         const std::string text = lua_tostring(L, -2);
         if (api.reply) {
-            EXPECT(text == naive::format(*api.output(), outcome.reply.data()), "the text of the plain writing",
+            EXPECT(text == reference::format(*api.output(), outcome.reply.data()), "the text of the plain writing",
                    "\"%s\" of %s", text.c_str(), api.name);
         } else if (!api.output()) {
             int status;

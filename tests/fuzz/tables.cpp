@@ -22,8 +22,7 @@ std::string through_the_wire(const Record& record, const void* object)
 
 std::string pass(const Api& api, const std::string& text)
 {
-    const auto argument = exact(text);
-    std::string record = through_the_wire(*api.request, api.parser->str2arg(argument.get()));
+    std::string record = through_the_wire(*api.request, api.parser->str2arg(exact_text(text).data()));
     return api.formatter->ret2str(&record[0]);
 }
 
@@ -59,8 +58,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     rpclib_dbg = 0;
     if (!api.request || api.reply != api.request || !api.output() || api.output()->record != api.request)
         return 0;
-    const auto argument = exact(input.rest());
-    const std::string record = through_the_wire(*api.request, api.parser->str2arg(argument.get()));
+    const std::string record = through_the_wire(*api.request, api.parser->str2arg(exact_text(input.rest()).data()));
     std::string copy = record;
     const std::string text = api.formatter->ret2str(&copy[0]);
     if (!gives_itself(*api.output(), record, text))

@@ -39,7 +39,10 @@ TEST(dhcpsnp, reply_with_both_texts_full_still_fits)
                  chars(512, b511), ints(0x80000000U, 0x80000000U));
 }
 
-TEST(dhcpsnp, empty_argument_sends_two_empty_texts_and_two_zeros) { EXPECT_REQUEST("oltmib_dhcpsnp_get_1", "", zeros(594)); }
+TEST(dhcpsnp, empty_argument_sends_two_empty_texts_and_two_zeros)
+{
+    EXPECT_REQUEST("oltmib_dhcpsnp_get_1", "", zeros(594));
+}
 
 TEST(sdsminfo, carries_two_texts_and_two_ints)
 {
@@ -76,10 +79,10 @@ TEST(dhcpsnp_and_sdsminfo, share_neither_records_nor_texts_nor_replies)
     EXPECT_STREQ(sdsm_text, "sdsm&2&0&0");
 
     for (const char* verb : {"get", "set"}) {
-        FakeDaemon daemon;
-        daemon.reply = zeros(594);
-        const void* reply = api_named("oltmib_dhcpsnp_" + std::string(verb) + "_1").func(snooping, daemon.client());
-        const void* other = api_named("oltmib_sdsminfo_" + std::string(verb) + "_1").func(sdsm, daemon.client());
+        ScriptedClient daemon;
+        daemon.reply = units(zeros(594));
+        const void* reply = api_named("oltmib_dhcpsnp_" + std::string(verb) + "_1").func(snooping, daemon.get());
+        const void* other = api_named("oltmib_sdsminfo_" + std::string(verb) + "_1").func(sdsm, daemon.get());
         ASSERT_NE(reply, nullptr);
         ASSERT_NE(other, nullptr);
         EXPECT_NE(reply, other);

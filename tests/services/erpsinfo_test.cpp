@@ -95,10 +95,9 @@ TEST(erpsinfo, state_set_answers_through_the_records_formatter)
 TEST(erpsinfo, state_set_that_fails_gives_nothing)
 {
     const Api& api = api_named("oltmib_erpsstate_set_1");
-    FakeDaemon daemon;
+    ScriptedClient daemon;
     daemon.status = RPC_TIMEDOUT;
-    const auto argument = exact_copy("ring");
-    EXPECT_EQ(api.func(api.parser->str2arg(argument.get()), daemon.client()), nullptr);
+    EXPECT_EQ(api.func(api.parser->str2arg(exact_text("ring").data()), daemon.get()), nullptr);
 }
 
 // LLDP.

@@ -229,15 +229,15 @@ TEST(hostpdinfo, snmp_configuration_request_has_a_stub_and_no_registration)
 
     const Units sent = wire(12, zeros(40 + 1 + 64 + 80 + 80), chars(32, "save"), 0, 13);
     const auto request = record_of_units(*api_named("oltmib_snmp_cfg_req_1").request, sent);
-    FakeDaemon daemon;
-    daemon.reply = ints(-4);
-    const void* reply = oltmib_snmp_cfg_req_1(request.get(), daemon.client());
+    ScriptedClient daemon;
+    daemon.reply = units(ints(-4));
+    const void* reply = oltmib_snmp_cfg_req_1(request.data(), daemon.get());
     ASSERT_NE(reply, nullptr);
     EXPECT_EQ(*static_cast<const int*>(reply), -4);
     EXPECT_EQ(daemon.procedure, 14U);
-    EXPECT_EQ(daemon.request, sent);
+    EXPECT_EQ(units_of(daemon.request), sent);
     daemon.status = RPC_TIMEDOUT;
-    EXPECT_EQ(oltmib_snmp_cfg_req_1(request.get(), daemon.client()), nullptr);
+    EXPECT_EQ(oltmib_snmp_cfg_req_1(request.data(), daemon.get()), nullptr);
 }
 
 TEST(hostpdinfo, view_text_of_450_characters_is_kept_as_its_first_399)

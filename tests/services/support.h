@@ -6,25 +6,19 @@
 //     EXPECT_REPLY("oltmib_svi_get_1", "7&eth0&&&0&0", 7, chars(32, "eth0"), zeros(20 + 32 + 2));
 //
 // Arguments and replies lie in memory of exactly their size, so that
-// AddressSanitizer sees a byte read outside them.
+// a byte read behind them ends the test.
 #pragma once
 
 #include <cstdint>
-#include <cstring>
 #include <gtest/gtest.h>
-#include <memory>
-#include <sstream>
 #include <string>
 #include <vector>
 
-#include "common/service.h"
-#include "common/trace.h"
+#include "tests/support/apis.h"
+#include "tests/support/scripted_client.h"
 
 namespace support
 {
-// What travels, in units of four bytes as numbers.
-using Units = std::vector<uint32_t>;
-
 // The units of a char[size] that holds `text` and zeros behind it. A character
 // widens as the host's char does; `text` may fill the array, without a NUL.
 inline Units chars(size_t size, const std::string& text)
@@ -40,6 +34,9 @@ inline Units zeros(size_t count) { return Units(count); }
 
 // Some ints.
 template <class... Ints> Units ints(Ints... values) { return {static_cast<uint32_t>(values)...}; }
+
+// The units of a 64-bit value: the low word, then the high word.
+inline Units words(uint64_t value) { return ints(static_cast<uint32_t>(value), static_cast<uint32_t>(value >> 32)); }
 
 // `count` ints, one more each.
 inline Units counting(int first, size_t count)
@@ -106,157 +103,73 @@ inline const Api& api_named(const std::string& name)
 
 // A record as it lies in memory, of the units that travel, and back. A test that
 // names no member compiles whatever becomes of the description.
-inline std::unique_ptr<char[]> record_of_units(const Record& record, Units units)
+inline ExactMemory record_of_units(const Record& record, const Units& units)
 {
-    for (uint32_t& unit : units)
-        unit = htonl(unit);
-    auto object = std::make_unique<char[]>(record.size);
-    XDR xdrs;
-    xdrmem_create(&xdrs, reinterpret_cast<char*>(units.data()), static_cast<u_int>(units.size() * BYTES_PER_XDR_UNIT),
-                  XDR_DECODE);
-    EXPECT_TRUE(record.xdr(&xdrs, object.get())) << record.name;
-    EXPECT_EQ(XDR_GETPOS(&xdrs), units.size() * BYTES_PER_XDR_UNIT) << record.name;
+    const Bytes bytes = ::units(units);
+    const ExactMemory body = exact_stream(bytes, bytes.size());
+    MemoryStream from(XDR_DECODE, body.data(), body.size());
+    ExactMemory object(record.size);
+    EXPECT_TRUE(record.xdr(from.get(), object.data())) << record.name;
+    EXPECT_EQ(from.position(), body.size()) << record.name;
     return object;
 }
 
 inline Units units_of_record(const Record& record, const void* object)
 {
-    Units units(record.units);
-    XDR xdrs;
-    xdrmem_create(&xdrs, reinterpret_cast<char*>(units.data()), static_cast<u_int>(units.size() * BYTES_PER_XDR_UNIT),
-                  XDR_ENCODE);
-    EXPECT_TRUE(record.xdr(&xdrs, const_cast<void*>(object))) << record.name;
-    for (uint32_t& unit : units)
-        unit = ntohl(unit);
-    return units;
+    Bytes bytes(record.units * BYTES_PER_XDR_UNIT);
+    MemoryStream to(XDR_ENCODE, bytes.data(), bytes.size());
+    EXPECT_TRUE(record.xdr(to.get(), const_cast<void*>(object))) << record.name;
+    return units_of(bytes);
 }
-
-// The daemon: `client` is what a stub takes.
-class FakeDaemon
-{
-  public:
-    rpcproc_t procedure = 0;        // of the latest call
-    Units request;                  // its body
-    Units reply;                    // of the next calls
-    clnt_stat status = RPC_SUCCESS; // of the next calls
-    int calls = 0;
-
-    CLIENT* client() { return &handle; }
-
-    FakeDaemon()
-    {
-        ops.cl_call = answer;
-        handle.cl_ops = &ops;
-        handle.cl_private = this;
-    }
-    FakeDaemon(const FakeDaemon&) = delete;
-    FakeDaemon& operator=(const FakeDaemon&) = delete;
-
-  private:
-    CLIENT handle = {};
-    CLIENT::clnt_ops ops = {};
-
-    static clnt_stat answer(CLIENT* clnt, rpcproc_t procedure, xdrproc_t encode, void* request, xdrproc_t decode,
-                            void* reply, timeval)
-    {
-        auto& daemon = *static_cast<FakeDaemon*>(clnt->cl_private);
-        daemon.calls++;
-        daemon.procedure = procedure;
-        Units body(UDPMSGSIZE / BYTES_PER_XDR_UNIT);
-        XDR xdrs;
-        xdrmem_create(&xdrs, reinterpret_cast<char*>(body.data()), UDPMSGSIZE, XDR_ENCODE);
-        if (!encode(&xdrs, request))
-            return RPC_CANTENCODEARGS;
-        body.resize(XDR_GETPOS(&xdrs) / BYTES_PER_XDR_UNIT);
-        for (uint32_t& unit : body)
-            unit = ntohl(unit);
-        daemon.request = body;
-        if (daemon.status != RPC_SUCCESS)
-            return daemon.status;
-        Units answer = daemon.reply;
-        for (uint32_t& unit : answer)
-            unit = htonl(unit);
-        xdrmem_create(&xdrs, reinterpret_cast<char*>(answer.data()),
-                      static_cast<u_int>(answer.size() * BYTES_PER_XDR_UNIT), XDR_DECODE);
-        return decode(&xdrs, reply) ? RPC_SUCCESS : RPC_CANTDECODERES;
-    }
-};
-
-// A copy of `size` bytes in memory of that size.
-inline std::unique_ptr<char[]> exact_copy(const void* from, size_t size)
-{
-    auto copy = std::make_unique<char[]>(size);
-    memcpy(copy.get(), from, size);
-    return copy;
-}
-
-inline std::unique_ptr<char[]> exact_copy(const std::string& text) { return exact_copy(text.c_str(), text.size() + 1); }
 
 // The text that the API's formatter makes of a reply record.
 inline std::string format(const Api& api, const void* reply)
 {
-    const auto copy = exact_copy(reply, api.output() ? api.output()->record->size : sizeof(int));
-    return api.formatter->ret2str(copy.get());
+    const ExactMemory copy(reply, api.output() ? api.output()->record->size : sizeof(int));
+    return api.formatter->ret2str(copy.data());
 }
 
 // What the API sends for an argument.
 inline Units request_of(const char* name, const std::string& argument)
 {
     const Api& api = api_named(name);
-    FakeDaemon daemon;
+    ScriptedClient daemon;
     daemon.status = RPC_TIMEDOUT;
-    const auto copy = exact_copy(argument);
-    EXPECT_EQ(api.func(api.parser->str2arg(copy.get()), daemon.client()), nullptr);
+    EXPECT_EQ(api.func(api.parser->str2arg(exact_text(argument).data()), daemon.get()), nullptr);
     EXPECT_EQ(daemon.calls, 1);
     EXPECT_EQ(daemon.procedure, api.procedure);
-    return daemon.request;
+    return units_of(daemon.request);
+}
+
+// The record that the API makes of a reply; null fails the test.
+inline void* record_of(const Api& api, const Units& reply)
+{
+    ScriptedClient daemon;
+    daemon.reply = units(reply);
+    void* record = api.func(api.parser->str2arg(exact_text("").data()), daemon.get());
+    if (!record)
+        ADD_FAILURE() << api.name << ": the reply of " << reply.size() << " units does not decode";
+    return record;
 }
 
 // What the API makes of a reply.
 inline std::string text_of(const char* name, const Units& reply)
 {
-    const Api& api = api_named(name);
-    FakeDaemon daemon;
-    daemon.reply = reply;
-    const auto copy = exact_copy("");
-    void* record = api.func(api.parser->str2arg(copy.get()), daemon.client());
-    if (!record) {
-        ADD_FAILURE() << name << ": the reply of " << reply.size() << " units does not decode";
-        return "";
-    }
-    return format(api, record);
-}
-
-// What `body` prints on standard output while tracing is on.
-template <class Body> std::string printed_by(Body body)
-{
-    testing::internal::CaptureStdout();
-    rpclib_dbg = 1;
-    body();
-    rpclib_dbg = 0;
-    fflush(stdout);
-    return testing::internal::GetCapturedStdout();
+    const void* record = record_of(api_named(name), reply);
+    return record ? format(api_named(name), record) : "";
 }
 
 // The lines of the API's parser alone, and of its formatter alone.
 inline std::string parser_trace(const char* name, const std::string& argument)
 {
-    const auto copy = exact_copy(argument);
-    return printed_by([&] { api_named(name).parser->str2arg(copy.get()); });
+    const ExactMemory copy = exact_text(argument);
+    return traced([&] { api_named(name).parser->str2arg(copy.data()); });
 }
 
 inline std::string formatter_trace(const char* name, const Units& reply)
 {
-    const Api& api = api_named(name);
-    FakeDaemon daemon;
-    daemon.reply = reply;
-    const auto copy = exact_copy("");
-    void* record = api.func(api.parser->str2arg(copy.get()), daemon.client());
-    if (!record) {
-        ADD_FAILURE() << name << ": the reply of " << reply.size() << " units does not decode";
-        return "";
-    }
-    return printed_by([&] { format(api, record); });
+    const void* record = record_of(api_named(name), reply);
+    return record ? traced([&] { format(api_named(name), record); }) : "";
 }
 
 // Fills the registry with the service's rows, once a process: a replaced node is

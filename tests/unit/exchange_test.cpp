@@ -1,88 +1,14 @@
 // One call over a kept socket, against a daemon whose datagrams the test has
 // laid ready: the call's bytes, which datagrams count as its reply, what each
-// reply means, the deadline, and the socket's own state.
-#include <arpa/inet.h>
+// reply means, and the deadline.
 #include <cerrno>
 #include <csignal>
-#include <dirent.h>
-#include <fcntl.h>
-#include <gtest/gtest.h>
-#include <set>
-#include <sys/socket.h>
 #include <sys/time.h>
 
-#include "rpc/client.h"
-#include "rpc/xdr_routine.h"
-#include "tests/unit/support.h"
+#include "tests/unit/exchange.h"
 
 namespace
 {
-constexpr rpcprog_t program = 50099;
-constexpr timeval long_wait = {20, 0};
-constexpr timeval short_wait = {0, 300000};
-
-// A UDP socket of the test's own on the loopback address.
-class Socket
-{
-  public:
-    Socket() : fd(socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0))
-    {
-        sockaddr_in any = loopback(0);
-        EXPECT_EQ(bind(fd, reinterpret_cast<sockaddr*>(&any), sizeof any), 0);
-    }
-    ~Socket() { close_now(); }
-    Socket(const Socket&) = delete;
-    Socket& operator=(const Socket&) = delete;
-
-    static sockaddr_in loopback(in_port_t port)
-    {
-        sockaddr_in address = {};
-        address.sin_family = AF_INET;
-        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        address.sin_port = port;
-        return address;
-    }
-
-    static in_port_t port_of(int socket)
-    {
-        sockaddr_in address = {};
-        socklen_t size = sizeof address;
-        EXPECT_EQ(getsockname(socket, reinterpret_cast<sockaddr*>(&address), &size), 0);
-        return address.sin_port;
-    }
-
-    in_port_t port() const { return port_of(fd); }
-
-    void send_to(in_port_t to, const Bytes& datagram)
-    {
-        const sockaddr_in address = loopback(to);
-        EXPECT_EQ(sendto(fd, datagram.data(), datagram.size(), 0, reinterpret_cast<const sockaddr*>(&address),
-                         sizeof address),
-                  static_cast<ssize_t>(datagram.size()));
-    }
-
-    // The datagrams that have come so far.
-    std::vector<Bytes> received()
-    {
-        std::vector<Bytes> all;
-        Bytes buffer(65536);
-        ssize_t got;
-        while ((got = recv(fd, buffer.data(), buffer.size(), MSG_DONTWAIT)) >= 0)
-            all.emplace_back(buffer.begin(), buffer.begin() + got);
-        return all;
-    }
-
-    void close_now()
-    {
-        if (fd >= 0)
-            close(fd);
-        fd = -1;
-    }
-
-  private:
-    int fd;
-};
-
 // One unit more than a call has room for.
 bool_t encode_too_much(XDR* xdrs, void*)
 {
@@ -93,73 +19,10 @@ bool_t encode_too_much(XDR* xdrs, void*)
     return TRUE;
 }
 
-// The datagrams of a daemon (RFC 5531, section 9).
-Bytes accepted(uint32_t xid, uint32_t accept_stat, const Bytes& body = {})
-{
-    return units({xid, 1, 0, 0, 0, accept_stat}) + body;
-}
-Bytes answer(uint32_t xid, uint32_t value) { return accepted(xid, 0, units({value})); }
 Bytes verified(uint32_t xid, uint32_t verifier_size, size_t bytes_there, uint32_t value)
 {
     return units({xid, 1, 0, 1, verifier_size}) + Bytes(bytes_there, 0xEE) + units({0, value});
 }
-
-int open_descriptors()
-{
-    int count = 0;
-    if (DIR* folder = opendir("/proc/self/fd")) {
-        while (readdir(folder))
-            count++;
-        closedir(folder);
-    }
-    return count;
-}
-
-struct exchange : testing::Test {
-    Socket daemon;
-    ClientPool pool = {};
-    const ServiceClient service = {program, &pool};
-    Client& client = pool.clients[0];
-    Caller caller;
-    rpc_err failure = {};
-    int reply = 0;
-
-    exchange() { make(); }
-    ~exchange() override { client.socket.close(); }
-
-    void make()
-    {
-        ASSERT_TRUE(open_udp_socket(client.socket, ntohs(daemon.port()), LocalPort::Reserved, random_bits().port,
-                                    socket_wait_ms(long_wait)));
-        client.xid = random_bits().call_xid;
-    }
-
-    uint32_t next_xid() const { return client.xid + 1; }
-    in_port_t client_port() const { return Socket::port_of(client.socket.fd); }
-    void daemon_sends(const Bytes& datagram) { daemon.send_to(client_port(), datagram); }
-
-    enum clnt_stat make_call(const Call& call, timeval wait)
-    {
-        uint32_t units[datagram_units];
-        client.time = wait.tv_sec == long_wait.tv_sec ? TimeLeft::All : TimeLeft::Some;
-        return call_client(service, client, call, Deadline::after(wait), caller, units, failure);
-    }
-
-    enum clnt_stat call(int argument = 5, timeval wait = long_wait, uint32_t procedure = 7)
-    {
-        reply = 0;
-        return make_call({procedure, as_xdrproc(xdr_int), &argument, as_xdrproc(xdr_int), &reply}, wait);
-    }
-
-    // The call's outcome when the daemon's datagram is this.
-    enum clnt_stat call_answered_by(const Bytes& datagram)
-    {
-        daemon_sends(datagram);
-        return call();
-    }
-
-    rpc_err error() const { return failure; }
-};
 } // namespace
 
 TEST_F(exchange, call_is_one_datagram_with_an_rfc_5531_header_and_no_credentials)
@@ -417,141 +280,4 @@ TEST_F(exchange, unwanted_call_ends_at_the_signal)
     EXPECT_EQ(call(), RPC_INTR);
     EXPECT_EQ(error().re_status, RPC_INTR);
     EXPECT_EQ(questions, 2);
-}
-
-TEST_F(exchange, socket_is_closed_on_exec_and_blocks)
-{
-    EXPECT_EQ(fcntl(client.socket.fd, F_GETFD) & FD_CLOEXEC, FD_CLOEXEC);
-    EXPECT_EQ(fcntl(client.socket.fd, F_GETFL) & O_NONBLOCK, 0);
-}
-
-TEST_F(exchange, socket_gets_a_number_beyond_the_standard_ones)
-{
-    client.socket.close();
-    const int in = dup(0), out = dup(1), err = dup(2);
-    close(0), close(1), close(2);
-    make();
-    const int made = client.socket.fd;
-    dup2(in, 0), dup2(out, 1), dup2(err, 2);
-    close(in), close(out), close(err);
-    EXPECT_GT(made, 2);
-    EXPECT_EQ(call_answered_by(answer(next_xid(), 6)), RPC_SUCCESS);
-}
-
-TEST_F(exchange, no_descriptor_stays_behind)
-{
-    client.socket.close();
-    const int before = open_descriptors();
-    for (int i = 0; i < 3; i++) {
-        make();
-        client.socket.close();
-    }
-    EXPECT_EQ(open_descriptors(), before);
-}
-
-namespace
-{
-// What a host may have opened under the socket's number.
-struct Impostor {
-    int pair[2] = {-1, -1};
-
-    Impostor(int number, int domain, int type)
-    {
-        EXPECT_EQ(socketpair(domain, type, 0, pair), 0);
-        take(number);
-    }
-    explicit Impostor(int number) // a TCP connection
-    {
-        const int listener = socket(AF_INET, SOCK_STREAM, 0);
-        sockaddr_in address = Socket::loopback(0);
-        EXPECT_EQ(bind(listener, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
-        EXPECT_EQ(listen(listener, 1), 0);
-        address.sin_port = Socket::port_of(listener);
-        pair[0] = socket(AF_INET, SOCK_STREAM, 0);
-        EXPECT_EQ(connect(pair[0], reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
-        pair[1] = accept(listener, nullptr, nullptr);
-        close(listener);
-        take(number);
-    }
-    ~Impostor() { close(pair[0]), close(pair[1]); }
-    Impostor(const Impostor&) = delete;
-    Impostor& operator=(const Impostor&) = delete;
-
-    void take(int number)
-    {
-        for (int& end : pair) { // neither shall have the number by chance
-            const int moved = fcntl(end, F_DUPFD, number + 1);
-            close(end);
-            end = moved;
-        }
-        EXPECT_EQ(dup2(pair[0], number), number);
-        close(pair[0]);
-        pair[0] = number;
-    }
-    bool is_open() const { return fcntl(pair[0], F_GETFD) >= 0; }
-    // Bytes that reached the other end.
-    ssize_t received() const
-    {
-        char bytes[10000];
-        return recv(pair[1], bytes, sizeof bytes, MSG_DONTWAIT);
-    }
-};
-} // namespace
-
-// No port mapper knows the program, so the call fails; what counts is the host's
-// own descriptor.
-TEST_F(exchange, nothing_is_sent_to_or_closed_of_a_stream_that_took_the_sockets_number)
-{
-    for (int kind = 0; kind < 3; kind++) {
-        const int number = client.socket.fd;
-        close(number);
-        const Impostor host = kind == 0   ? Impostor(number)
-                              : kind == 1 ? Impostor(number, AF_UNIX, SOCK_STREAM)
-                                          : Impostor(number, AF_UNIX, SOCK_DGRAM);
-        EXPECT_EQ(call(), RPC_CANTSEND) << kind;
-        EXPECT_EQ(host.received(), -1) << kind;
-        EXPECT_TRUE(host.is_open()) << kind;
-        client.socket.close();
-        EXPECT_TRUE(host.is_open()) << kind;
-        client.socket.fd = 0;
-        make();
-    }
-    EXPECT_TRUE(daemon.received().empty());
-}
-
-TEST_F(exchange, file_that_took_the_sockets_number_is_neither_written_nor_closed)
-{
-    const int number = client.socket.fd;
-    close(number);
-    char path[] = "/tmp/exchange_test.XXXXXX";
-    const int file = mkstemp(path);
-    unlink(path);
-    ASSERT_EQ(dup2(file, number), number);
-    EXPECT_EQ(call(), RPC_CANTSEND);
-    client.socket.close();
-    EXPECT_EQ(lseek(number, 0, SEEK_END), 0);
-    EXPECT_GE(fcntl(number, F_GETFD), 0);
-    if (file != number)
-        close(file);
-    close(number);
-}
-
-TEST(udp_socket, reserved_ports_are_found_however_many_are_taken)
-{
-    if (geteuid() != 0)
-        GTEST_SKIP() << "reserved ports are for root";
-    Socket daemon;
-    std::vector<UdpSocket> all(500);
-    std::set<in_port_t> ports;
-    int reserved = 0;
-    for (UdpSocket& one : all) {
-        ASSERT_TRUE(open_udp_socket(one, ntohs(daemon.port()), LocalPort::Reserved, random_bits().port, 0));
-        const in_port_t port = ntohs(Socket::port_of(one.fd));
-        reserved += port < 1024;
-        ports.insert(port);
-    }
-    EXPECT_EQ(ports.size(), all.size());
-    EXPECT_GT(reserved, 300);
-    for (UdpSocket& one : all)
-        one.close();
 }

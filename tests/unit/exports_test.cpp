@@ -12,7 +12,7 @@
 
 #include "common/registry.h"
 #include "tests/golden/golden_file.h"
-#include "tests/unit/captured_output.h"
+#include "tests/support/captured_output.h"
 
 // Functions of the program's own that happen to have the library's names.
 static int own_calls;

@@ -3,11 +3,6 @@
 #include <gtest/gtest.h>
 #include <set>
 
-#define XDR_OF_ENUM(Type)                                                                                              \
-    {                                                                                                                  \
-#Type, reinterpret_cast < xdrproc_t>(reinterpret_cast <void (*)()>(xdr_##Type))                                \
-    }
-
 #include "rpc/int64.h"
 #include "services/devinfo/records.h"
 #include "services/mstpinfo/records.h"
@@ -49,19 +44,17 @@ Bytes by_hand(const Record& record, const char* object)
 // What `code` encodes; nothing when it fails.
 template <class Code> Bytes encoded(size_t room, Stream stream, Code&& code)
 {
-    const Bytes zeroes(room);
-    ExactBuffer buffer(zeroes.data(), room);
+    const ExactMemory buffer = exact_stream(Bytes(room), room);
     MemoryStream to(XDR_ENCODE, buffer.data(), room, stream);
     if (!code(to.get()))
         return {};
-    const auto* start = static_cast<unsigned char*>(buffer.data());
-    return Bytes(start, start + to.position());
+    return Bytes(buffer.data(), buffer.data() + to.position());
 }
 
 // Decodes `bytes` and no more; false when the routine fails.
 template <class Code> bool decoded(const Bytes& bytes, size_t size, Stream stream, Code&& code)
 {
-    ExactBuffer buffer(bytes.data(), size);
+    const ExactMemory buffer = exact_stream(bytes, size);
     MemoryStream from(XDR_DECODE, buffer.data(), size, stream);
     return code(from.get()) && from.position() <= size;
 }
@@ -83,6 +76,9 @@ struct NamedRoutine {
     const char* name;
     XdrRoutine routine;
 };
+#define ROUTINE_OF(Type)                                                                                               \
+    NamedRoutine { #Type, xdr_##Type }
+
 struct every_enum : testing::TestWithParam<NamedRoutine> {
 };
 } // namespace
@@ -138,7 +134,7 @@ TEST_P(every_record, frees_nothing_and_stays_as_it_is)
 {
     // a stream with room, and with another record's bytes, from which nothing is read
     const Bytes before = object.bytes(), bytes = Bytes(size, 0x5A);
-    ExactBuffer buffer(bytes.data(), size);
+    const ExactMemory buffer = exact_stream(bytes, size);
     MemoryStream stream(XDR_FREE, buffer.data(), size);
     EXPECT_TRUE(code(stream.get(), object));
     EXPECT_EQ(object.bytes(), before);
@@ -230,12 +226,9 @@ TEST(xdr, int_64_is_freed_without_a_change)
 }
 
 INSTANTIATE_TEST_SUITE_P(xdr, every_enum,
-                         testing::Values(NamedRoutine{"oltmib_iftype_e", xdr_oltmib_iftype_e},
-                                         NamedRoutine{"oltmib_ratelimit_type", xdr_oltmib_ratelimit_type},
-                                         NamedRoutine{"oltmib_class_matchtype", xdr_oltmib_class_matchtype},
-                                         NamedRoutine{"oltmib_agmode_e", xdr_oltmib_agmode_e},
-                                         NamedRoutine{"oltmib_dos_type", xdr_oltmib_dos_type},
-                                         NamedRoutine{"oltmib_mstpver_e", xdr_oltmib_mstpver_e}),
+                         testing::Values(ROUTINE_OF(oltmib_iftype_e), ROUTINE_OF(oltmib_ratelimit_type),
+                                         ROUTINE_OF(oltmib_class_matchtype), ROUTINE_OF(oltmib_agmode_e),
+                                         ROUTINE_OF(oltmib_dos_type), ROUTINE_OF(oltmib_mstpver_e)),
                          [](const auto& info) { return std::string(info.param.name); });
 
 TEST_P(every_enum, travels_as_one_signed_unit)

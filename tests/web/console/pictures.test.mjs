@@ -1,5 +1,6 @@
 // Screenshots of each view, for the documents and for who changes the looks. They are
-// written to docs/console where CONSOLE_PICTURES is set, else to the build's web/pictures:
+// written to the build's web/pictures; where CONSOLE_PICTURES is set, those that a document
+// shows to docs/console:
 //
 //     CONSOLE_PICTURES=1 ./dev test web -R web.console.pictures
 import assert from "node:assert/strict";
@@ -8,8 +9,14 @@ import { join } from "node:path";
 import test from "node:test";
 import { lua, modules, source, tell, text_of, until, visit } from "./browser.mjs";
 
-const folder = process.env.CONSOLE_PICTURES ? join(source, "docs", "console") : join(modules, "..", "..", "pictures");
-mkdirSync(folder, { recursive: true });
+const built = join(modules, "..", "..", "pictures");
+mkdirSync(built, { recursive: true });
+const documents = ["README.md", "docs/console.md"].map((name) => readFileSync(join(source, name), "utf8")).join();
+
+function place_of(picture) {
+  const shown = process.env.CONSOLE_PICTURES && documents.includes(`console/${picture})`);
+  return join(shown ? join(source, "docs", "console") : built, picture);
+}
 
 const sizes = { wide: { width: 1440, height: 900 }, narrow: { width: 360, height: 740 } };
 
@@ -107,7 +114,7 @@ test("pictures of each view, narrow and wide, in light and dark", async () => {
         if (!both && (size === "wide") !== (colorScheme === "light")) continue; // one of each is enough
         const visitor = await visit(hash, { every: 2, ...settings, ...viewport, colorScheme });
         await reach(visitor.page);
-        const path = join(folder, `${name}-${size}-${colorScheme}.png`);
+        const path = place_of(`${name}-${size}-${colorScheme}.png`);
         await visitor.page.screenshot({ path, fullPage: size === "wide", animations: "disabled" });
         const head = readFileSync(path);
         assert.equal(head.subarray(1, 4).toString(), "PNG");

@@ -1,12 +1,12 @@
-// The text contract, see naive.h.
-#include "tests/fuzz/naive.h"
+// The text contract, see reference.h.
+#include "tests/support/reference.h"
 
 #include <cstdlib>
 #include <cstring>
 
-namespace naive
+namespace reference
 {
-std::vector<std::string> split(const std::string& text, char delimiter, size_t max)
+std::vector<std::string> strsplit(const std::string& text, char delimiter, size_t max)
 {
     std::vector<std::string> parts(1);
     for (char c : text) {
@@ -20,7 +20,7 @@ std::vector<std::string> split(const std::string& text, char delimiter, size_t m
     return parts;
 }
 
-std::vector<std::string> split_runs(const std::string& text, const char* delimiters, size_t max)
+std::vector<std::string> strsplit2(const std::string& text, const char* delimiters, size_t max)
 {
     std::vector<std::string> parts;
     std::string part;
@@ -35,7 +35,7 @@ std::vector<std::string> split_runs(const std::string& text, const char* delimit
     return parts;
 }
 
-std::string mac_text(const unsigned char* mac)
+std::string mac2str(const unsigned char* mac)
 {
     std::string text;
     for (int i = 0; i < 6; i++)
@@ -43,34 +43,44 @@ std::string mac_text(const unsigned char* mac)
     return text;
 }
 
-void read_mac(const char* text, unsigned char* mac)
+std::array<unsigned char, 6> str2mac(const std::string& text)
 {
     unsigned v[6] = {0, 0, 0, 0, 0, 0};
-    if (strchr(text, '.'))
-        sscanf(text, "%02x%02x.%02x%02x.%02x%02x", v, v + 1, v + 2, v + 3, v + 4, v + 5);
-    else if (strchr(text, ':'))
-        sscanf(text, "%02x:%02x:%02x:%02x:%02x:%02x", v, v + 1, v + 2, v + 3, v + 4, v + 5);
-    else if (strchr(text, '-'))
-        sscanf(text, "%02X-%02X-%02X-%02X-%02X-%02X", v, v + 1, v + 2, v + 3, v + 4, v + 5);
-    else if (*text)
-        sscanf(text, "%02x%02x%02x%02x%02x%02x", v, v + 1, v + 2, v + 3, v + 4, v + 5);
-    for (int i = 0; i < 6; i++)
+    const char* s = text.c_str();
+    if (strchr(s, '.'))
+        sscanf(s, "%02x%02x.%02x%02x.%02x%02x", v, v + 1, v + 2, v + 3, v + 4, v + 5);
+    else if (strchr(s, ':'))
+        sscanf(s, "%02x:%02x:%02x:%02x:%02x:%02x", v, v + 1, v + 2, v + 3, v + 4, v + 5);
+    else if (strchr(s, '-'))
+        sscanf(s, "%02X-%02X-%02X-%02X-%02X-%02X", v, v + 1, v + 2, v + 3, v + 4, v + 5);
+    else if (*s)
+        sscanf(s, "%02x%02x%02x%02x%02x%02x", v, v + 1, v + 2, v + 3, v + 4, v + 5);
+    std::array<unsigned char, 6> mac;
+    for (size_t i = 0; i < mac.size(); i++)
         mac[i] = static_cast<unsigned char>(v[i]);
+    return mac;
 }
 
-std::string hex_text(const unsigned char* bytes, int count, int capacity, int* advanced)
+Written hex2str(const unsigned char* bytes, int count, int capacity)
 {
-    std::string text;
-    *advanced = 0;
-    for (int i = 0; i < count && capacity - *advanced > 1; i++) {
+    Written written = {"", 0};
+    for (int i = 0; i < count && capacity - written.result > 1; i++) {
         const std::string digits = print("%02x", bytes[i]);
-        text += capacity - *advanced == 2 ? digits.substr(0, 1) : digits;
-        *advanced += 2;
+        written.text += capacity - written.result == 2 ? digits.substr(0, 1) : digits;
+        written.result += 2;
     }
-    return text;
+    return written;
 }
 
-std::vector<unsigned char> read_hex(const std::string& text, int length, int max)
+Written strappend(const std::string& before, int capacity, const std::string& more)
+{
+    if (static_cast<int>(before.size()) >= capacity - 1)
+        return {before, 0};
+    const std::string text = (before + more).substr(0, static_cast<size_t>(capacity) - 1);
+    return {text, static_cast<int>(text.size())};
+}
+
+std::vector<unsigned char> str2hex(const std::string& text, int length, int max)
 {
     std::vector<unsigned char> bytes;
     unsigned value = 0;
@@ -98,10 +108,10 @@ void read_field(const Position& field, std::string& record, const std::string& t
 {
     switch (field.text) {
     case Text::Mac:
-        return read_mac(text.c_str(), reinterpret_cast<unsigned char*>(&record[field.offset]));
+        return put(record, field.offset, str2mac(text));
     case Text::Hex:
     case Text::CountedHex: {
-        const auto bytes = read_hex(text, static_cast<int>(text.size()), field.count);
+        const auto bytes = str2hex(text, static_cast<int>(text.size()), field.count);
         for (size_t i = 0; i < bytes.size(); i++)
             record[field.offset + i] = static_cast<char>(bytes[i]);
         if (field.text == Text::CountedHex)
@@ -109,7 +119,7 @@ void read_field(const Position& field, std::string& record, const std::string& t
         return;
     }
     case Text::List: {
-        const auto items = split(cut(text, list_size), ',', 80);
+        const auto items = strsplit(cut(text, list_size), ',', 80);
         for (size_t i = 0; i < items.size() && i < field.count; i++) {
             const int value = atoi(items[i].c_str());
             if (field.kind == Kind::Char)
@@ -144,13 +154,12 @@ std::string field_text(const Position& field, const char* at)
 {
     const auto* bytes = reinterpret_cast<const unsigned char*>(at);
     const bool is_signed = field.text != Text::Unsigned;
-    int advanced;
     if (field.text == Text::Mac || field.text == Text::RawMac)
-        return mac_text(bytes);
+        return mac2str(bytes);
     if (field.text == Text::Hex)
-        return hex_text(bytes, field.count, 20, &advanced);
+        return hex2str(bytes, field.count, 20).text;
     if (field.text == Text::CountedHex)
-        return hex_text(bytes, get<int>(at - sizeof(int)), 100, &advanced);
+        return hex2str(bytes, get<int>(at - sizeof(int)), 100).text;
     if (field.text == Text::List)
         return list_text(field, at);
     switch (field.kind) {
@@ -173,7 +182,7 @@ std::string field_text(const Position& field, const char* at)
 std::string parse(const TextForm& form, const char* text)
 {
     std::string record(form.record->size, '\0');
-    auto parts = form.delimiters[0] ? split_runs(text, form.delimiters, form.count) : split(text, '&', form.count);
+    auto parts = form.delimiters[0] ? strsplit2(text, form.delimiters, form.count) : strsplit(text, '&', form.count);
     parts.resize(form.count);
     size_t part = 0;
     for (const Position field : form) {
@@ -198,4 +207,4 @@ std::string format(const TextForm& form, const char* record)
     }
     return cut(text, form.buffer);
 }
-} // namespace naive
+} // namespace reference

@@ -1,0 +1,157 @@
+// The socket of calls: its descriptor, what a host may have put in its place, its port.
+#include <dirent.h>
+#include <fcntl.h>
+#include <set>
+
+#include "tests/unit/exchange.h"
+
+namespace
+{
+int open_descriptors()
+{
+    int count = 0;
+    if (DIR* folder = opendir("/proc/self/fd")) {
+        while (readdir(folder))
+            count++;
+        closedir(folder);
+    }
+    return count;
+}
+} // namespace
+
+TEST_F(exchange, socket_is_closed_on_exec_and_blocks)
+{
+    EXPECT_EQ(fcntl(client.socket.fd, F_GETFD) & FD_CLOEXEC, FD_CLOEXEC);
+    EXPECT_EQ(fcntl(client.socket.fd, F_GETFL) & O_NONBLOCK, 0);
+}
+
+TEST_F(exchange, socket_gets_a_number_beyond_the_standard_ones)
+{
+    client.socket.close();
+    const int in = dup(0), out = dup(1), err = dup(2);
+    close(0), close(1), close(2);
+    make();
+    const int made = client.socket.fd;
+    dup2(in, 0), dup2(out, 1), dup2(err, 2);
+    close(in), close(out), close(err);
+    EXPECT_GT(made, 2);
+    EXPECT_EQ(call_answered_by(answer(next_xid(), 6)), RPC_SUCCESS);
+}
+
+TEST_F(exchange, no_descriptor_stays_behind)
+{
+    client.socket.close();
+    const int before = open_descriptors();
+    for (int i = 0; i < 3; i++) {
+        make();
+        client.socket.close();
+    }
+    EXPECT_EQ(open_descriptors(), before);
+}
+
+namespace
+{
+// What a host may have opened under the socket's number.
+struct Impostor {
+    int pair[2] = {-1, -1};
+
+    Impostor(int number, int domain, int type)
+    {
+        EXPECT_EQ(socketpair(domain, type, 0, pair), 0);
+        take(number);
+    }
+    explicit Impostor(int number) // a TCP connection
+    {
+        const int listener = socket(AF_INET, SOCK_STREAM, 0);
+        sockaddr_in address = Socket::loopback(0);
+        EXPECT_EQ(bind(listener, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+        EXPECT_EQ(listen(listener, 1), 0);
+        address.sin_port = Socket::port_of(listener);
+        pair[0] = socket(AF_INET, SOCK_STREAM, 0);
+        EXPECT_EQ(connect(pair[0], reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+        pair[1] = accept(listener, nullptr, nullptr);
+        close(listener);
+        take(number);
+    }
+    ~Impostor() { close(pair[0]), close(pair[1]); }
+    Impostor(const Impostor&) = delete;
+    Impostor& operator=(const Impostor&) = delete;
+
+    void take(int number)
+    {
+        for (int& end : pair) { // neither shall have the number by chance
+            const int moved = fcntl(end, F_DUPFD, number + 1);
+            close(end);
+            end = moved;
+        }
+        EXPECT_EQ(dup2(pair[0], number), number);
+        close(pair[0]);
+        pair[0] = number;
+    }
+    bool is_open() const { return fcntl(pair[0], F_GETFD) >= 0; }
+    // Bytes that reached the other end.
+    ssize_t received() const
+    {
+        char bytes[10000];
+        return recv(pair[1], bytes, sizeof bytes, MSG_DONTWAIT);
+    }
+};
+} // namespace
+
+// No port mapper knows the program, so the call fails; what counts is the host's
+// own descriptor.
+TEST_F(exchange, nothing_is_sent_to_or_closed_of_a_stream_that_took_the_sockets_number)
+{
+    for (int kind = 0; kind < 3; kind++) {
+        const int number = client.socket.fd;
+        close(number);
+        const Impostor host = kind == 0   ? Impostor(number)
+                              : kind == 1 ? Impostor(number, AF_UNIX, SOCK_STREAM)
+                                          : Impostor(number, AF_UNIX, SOCK_DGRAM);
+        EXPECT_EQ(call(), RPC_CANTSEND) << kind;
+        EXPECT_EQ(host.received(), -1) << kind;
+        EXPECT_TRUE(host.is_open()) << kind;
+        client.socket.close();
+        EXPECT_TRUE(host.is_open()) << kind;
+        client.socket.fd = 0;
+        make();
+    }
+    EXPECT_TRUE(daemon.received().empty());
+}
+
+TEST_F(exchange, file_that_took_the_sockets_number_is_neither_written_nor_closed)
+{
+    const int number = client.socket.fd;
+    close(number);
+    char path[] = "/tmp/exchange_test.XXXXXX";
+    const int file = mkstemp(path);
+    unlink(path);
+    ASSERT_EQ(dup2(file, number), number);
+    EXPECT_EQ(call(), RPC_CANTSEND);
+    client.socket.close();
+    EXPECT_EQ(lseek(number, 0, SEEK_END), 0);
+    EXPECT_GE(fcntl(number, F_GETFD), 0);
+    if (file != number)
+        close(file);
+    close(number);
+}
+
+TEST(udp_socket, reserved_ports_are_found_however_many_are_taken)
+{
+    if (geteuid() != 0)
+        GTEST_SKIP() << "reserved ports are for root";
+    Socket daemon;
+    std::vector<UdpSocket> all(500);
+    std::set<in_port_t> ports;
+    int reserved = 0;
+    for (UdpSocket& one : all) {
+        ASSERT_TRUE(open_udp_socket(one, ntohs(daemon.port()), LocalPort::Reserved, random_bits().port, 0));
+        const in_port_t port = ntohs(Socket::port_of(one.fd));
+        reserved += port < 1024;
+        ports.insert(port);
+    }
+    EXPECT_EQ(ports.size(), all.size());
+    EXPECT_GT(reserved, 300);
+    for (UdpSocket& one : all)
+        one.close();
+}

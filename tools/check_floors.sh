@@ -2,6 +2,7 @@
 # Fails when an #include of the library points up, or when includes go in a
 # circle. A file that is added to common/ and made of services joins `upper`.
 set -euo pipefail
+. "$(dirname "$0")/fail.sh"
 cd "$(dirname "$0")/.."
 
 upper='calls calls_module dispatch module schema schema_module state status status_module'
@@ -25,8 +26,8 @@ room_of() { # FILE
 }
 
 status=0
-complain() { # FILE EXPECTED FOUND
-  echo "floors: $1: expected $2, found an include of $3" >&2
+wrong() { # WHERE EXPECTED FOUND
+  complain "$@"
   status=1
 }
 
@@ -38,15 +39,14 @@ while IFS=: read -r from _ include; do
   for file in "$from" "$to"; do
     [ -n "${floors[$file]:-}" ] || floors[$file]=$(floor_of "$file")
   done
-  [ "${floors[$to]}" -le "${floors[$from]}" ] || complain "$from" "files of its own floor or below it" "$to"
+  [ "${floors[$to]}" -le "${floors[$from]}" ] || wrong "$from" "files of its own floor or below it" "an include of $to"
   if [[ $to == services/*/* && $(room_of "$from") != "$(room_of "$to")" ]]; then
-    complain "$from" "files of its own room" "$to"
+    wrong "$from" "files of its own room" "an include of $to"
   fi
   [ "${from%.*}" = "${to%.*}" ] || edges+="${from%.*} ${to%.*}"$'\n'
 done < <(git grep --untracked -n '^#include "' -- 'rpc/*' 'common/*' 'services/*')
 
 if ! circle=$(tsort <<<"$edges" 2>&1 >/dev/null); then
-  echo "floors: includes: expected no circle, found one through: $(tr '\n' ' ' <<<"$circle")" >&2
-  status=1
+  wrong includes "no circle" "one through: $(tr '\n' ' ' <<<"$circle")"
 fi
 exit "$status"

@@ -9,12 +9,8 @@
 #
 # LIBRPC_BENCH_BUILD names another build folder than build-bench/.
 set -euo pipefail
+. "$(dirname "$0")/fail.sh"
 cd "$(dirname "$0")/.."
-
-fail() {
-  echo "bench: $1: expected $2, found $3" >&2
-  exit 1
-}
 
 # The second half, inside: starts the daemons and measures.
 measure() {

@@ -8,18 +8,9 @@
 # Exit status 77: left out, for what the last line says. DEBIAN_MIRROR names the
 # place of Debian's packages and sources.
 set -euo pipefail
+. "$(dirname "$0")/fail.sh"
 cd "$(dirname "$0")/.."
 source=$PWD
-
-fail() {
-  echo "dev_cross: $*" >&2
-  exit 1
-}
-
-skip() {
-  echo "dev_cross: SKIPPED: $*" >&2
-  exit 77
-}
 
 hosts='s390x armhf arm64 mips musl static'
 
@@ -32,13 +23,13 @@ describe() { # HOST
   emulator='' compiler=debian libraries=sources runtime=yes needs='libc libtirpc'
   options=() configure=(--disable-static) packages=(libgtest-dev rpcsvc-proto dpkg-dev)
   case $1 in
-    s390x) triplet=s390x-linux-gnu emulator=qemu-s390x-static libraries=debian ;;          # 64 bits, big-endian
-    armhf) triplet=arm-linux-gnueabihf emulator=qemu-arm-static libraries=debian ;;        # 32 bits, little-endian
-    arm64) triplet=aarch64-linux-gnu emulator=qemu-aarch64-static libraries=debian ;;      # 64 bits, little-endian
-    mips) triplet=mips-linux-gnu emulator=qemu-mips-static ;;                              # 32 bits, big-endian
-    musl) triplet=$(uname -m)-linux-musl compiler=musl runtime=no ;;                       # another C library
+    s390x) triplet=s390x-linux-gnu emulator=qemu-s390x-static libraries=debian ;;         # 64 bits, big-endian
+    armhf) triplet=arm-linux-gnueabihf emulator=qemu-arm-static libraries=debian ;;       # 32 bits, little-endian
+    arm64) triplet=aarch64-linux-gnu emulator=qemu-aarch64-static libraries=debian ;;     # 64 bits, little-endian
+    mips) triplet=mips-linux-gnu emulator=qemu-mips-static ;;                             # 32 bits, big-endian
+    musl) triplet=$(uname -m)-linux-musl compiler=musl runtime=no ;;                      # another C library
     static) triplet=$(uname -m)-linux-gnu compiler=native configure=(--disable-shared) ;; # libtirpc within
-    *) fail "command line: expected some of $hosts, found '$1'" ;;
+    *) fail "command line" "some of $hosts" "'$1'" ;;
   esac
   [ "$1" != static ] || options=(-DLIBRPC_STATIC_TIRPC=ON) needs=libc
   [ "$1" != armhf ] || needs='libc libgcc_s libtirpc' # its unwind tables name a routine of libgcc's
@@ -68,7 +59,7 @@ leave_out() { # NAME WHY
 }
 
 require() { # PROGRAM PACKAGE
-  command -v "$1" >/dev/null || skip "PATH: expected $1 (Debian: $2), found none"
+  command -v "$1" >/dev/null || skip PATH "$1 (Debian: $2)" none
 }
 
 # Compilers, libraries, the interpreter, and how CMake is told of them.
@@ -108,12 +99,12 @@ prepare() {
   [ "$libraries" != debian ] || host_environment+=(LIBRPC_CROSS_SYSROOT=1)
   options+=("-DCMAKE_PREFIX_PATH=$root/usr")
   if [ "$compiler$libraries" = debiansources ] && [ ! -e "$root/usr/lib/libgtest.a" ]; then
-    [ -d /usr/src/googletest ] || skip "/usr/src/googletest: expected GoogleTest's sources (Debian: libgtest-dev), found none"
+    [ -d /usr/src/googletest ] || skip /usr/src/googletest "GoogleTest's sources (Debian: libgtest-dev)" none
     echo "dev_cross: $host: building GoogleTest"
     (env "${host_environment[@]}" cmake -S /usr/src/googletest -B "$build/googletest" -DCMAKE_TOOLCHAIN_FILE="$source/cmake/cross.cmake" \
       -DBUILD_GMOCK=OFF -DCMAKE_INSTALL_PREFIX=/usr -DCMAKE_INSTALL_LIBDIR=lib && cmake --build "$build/googletest" &&
       DESTDIR=$root cmake --install "$build/googletest") >"$build/googletest.log" 2>&1 ||
-      fail "$host: googletest: expected a library, found $(tail -n 1 "$build/googletest.log")"
+      fail "$host: googletest" "a library" "$(tail -n 1 "$build/googletest.log")"
   fi
 }
 
@@ -128,19 +119,18 @@ configured() { # FOLDER NAME [VARIABLE=VALUE]... -- [OPTION]...
   mkdir -p "$folder"
   env "${variables[@]}" cmake -S . -B "$folder" -DCMAKE_BUILD_TYPE=Release -DLIBRPC_WERROR=ON "$@" >"$folder/configure.log" 2>&1 || {
     cat "$folder/configure.log" >&2
-    fail "cmake: expected a configured build for $name, found the errors above"
+    fail cmake "a configured build for $name" "the errors above"
   }
 }
 
 tests=(unit/unit unit/exports golden/golden services/services calls/calls)
-fuzzed=(arguments replies exchange tables helpers)
 
 # The library and the tests for the host; the device that it talks to is this
 # machine's own.
 build_all() {
   local targets=(rpc) module test
   if [ "$runtime" = yes ]; then
-    targets+=(e2e_process calls_host "${fuzzed[@]/#/fuzz_}")
+    targets+=(e2e_process calls_host fuzz)
     for test in "${tests[@]}"; do
       targets+=("${test#*/}_test")
     done
@@ -161,22 +151,25 @@ build_all() {
 
 failure() { # WHAT LOG
   failed=$((failed + 1))
-  echo "dev_cross: $host: expected $1 to pass, found:" >&2
-  grep -v '^Running main' "$2" | tail -n 60 >&2
+  complain "$host" "$1 to pass" "$(grep -v '^Running main' "$2" | tail -n 60)"
 }
 
 run_programs() {
   local test target log=$build/program.log
-  [ "$runtime" = yes ] || { echo "dev_cross: $host: no C++ run-time library: golden calls and end-to-end tests only"; return; }
+  if [ "$runtime" = no ]; then
+    echo "dev_cross: $host: no C++ run-time library: golden calls and end-to-end tests only"
+    return
+  fi
   for test in "${tests[@]}"; do
     echo "dev_cross: $host: ${test#*/}"
     "${emulated[@]}" "$build/tests/${test}_test" --gtest_brief=1 "--gtest_filter=*-${excluded#:}" >"$log" 2>&1 ||
       failure "${test#*/}" "$log"
     grep PASSED "$log" || true
   done
-  for target in "${fuzzed[@]}"; do
-    echo "dev_cross: $host: fuzz $target"
-    "${emulated[@]}" "$build/tests/fuzz/fuzz_$target" "tests/fuzz/corpus/$target.kept" >"$log" 2>&1 || failure "fuzz $target" "$log"
+  for target in "$build"/tests/fuzz/fuzz_*; do
+    [ -x "$target" ] || continue
+    echo "dev_cross: $host: ${target##*/}"
+    "${emulated[@]}" "$target" "tests/fuzz/corpus/${target##*/fuzz_}.kept" >"$log" 2>&1 || failure "${target##*/}" "$log"
   done
 }
 
@@ -203,14 +196,14 @@ run_end_to_end() {
       *) failure "${log##*/}" "$log" ;;
     esac
   done
-  [ "$passed" -gt 0 ] || fail 'tests/e2e: expected cases, found none that ran'
+  [ "$passed" -gt 0 ] || fail tests/e2e cases "none that ran"
   echo "dev_cross: $host: $(cat "$results"/golden_calls.*.passed | sed -n 's/^\([0-9]* golden calls\).*/\1/p')"
 }
 
 # The example daemon, made for that host and run there.
 run_daemon() {
   local problem log=$build/daemon.log libraries="-L$root/usr/lib -ltirpc -pthread -Wl,--disable-new-dtags,-rpath,$root/usr/lib"
-  problem=$(tools/with_device.sh --allowed 2>&1) || skip "$problem"
+  problem=$(tools/with_device.sh --allowed 2>&1) || skip "$host" "a network of its own" "$problem"
   echo "dev_cross: $host: example daemon"
   [ "$system" = no ] || libraries=-ltirpc
   CC="$compiler_command" TIRPC_CFLAGS="-I$root/usr/include/tirpc" TIRPC_LIBS=$libraries \
@@ -222,7 +215,7 @@ run_daemon() {
 check_needed() {
   local found
   found=$(readelf -d "$build/librpc.so" | sed -n 's/.*(NEEDED).*\[\([^.]*\)\..*\]/\1/p' | grep -v '^ld' | LC_ALL=C sort | xargs)
-  [ "$found" = "$needs" ] || fail "$build/librpc.so: expected to need $needs, found $found"
+  [ "$found" = "$needs" ] || fail "$build/librpc.so" "to need $needs" "$found"
 }
 
 run_host() { # HOST
@@ -235,11 +228,11 @@ run_host() { # HOST
   run_daemon
   run_end_to_end
   [ "$host" != musl ] || tools/cross/openwrt.sh "$build" "$source/build-cross-native"
-  [ "$failed" = 0 ] || fail "$host: expected every test to pass, found $failed that did not"
+  [ "$failed" = 0 ] || fail "$host" "every test to pass" "$failed that did not"
   echo "dev_cross: $host: $passed end-to-end cases passed ($((SECONDS - started)) s)"
 }
 
-[ $# -gt 0 ] || fail "command line: expected some of $hosts, found none"
+[ $# -gt 0 ] || fail "command line" "some of $hosts" none
 if [ "$1" = --packages ]; then
   shift
   for host; do

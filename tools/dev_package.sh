@@ -6,12 +6,9 @@
 # but Debian's base system, tries them there beside the simulated device of build/,
 # and removes them again. `check` needs root and takes some minutes.
 set -euo pipefail
+. "$(dirname "$0")/fail.sh"
+tool=package
 cd "$(dirname "$0")/.."
-
-fail() {
-  echo "package: $1: expected $2, found $3" >&2
-  exit 1
-}
 
 build=$PWD/build-package
 mkdir -p "$build"

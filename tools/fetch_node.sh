@@ -6,12 +6,13 @@
 #
 # Nothing runs while it is fetched, and nothing is installed: the folder is a build's.
 set -euo pipefail
+. "$(dirname "$0")/fail.sh"
 folder=$1
 source=$(cd "$(dirname "$0")/../tests/web" && pwd)
 
 for program in node npm; do
   command -v "$program" >/dev/null ||
-    { echo "fetch_node: programs: expected $program, found none" >&2; exit 1; }
+    fail programs "$program" none
 done
 mkdir -p "$folder"
 stamp=$(cat "$source/package.json" "$source/package-lock.json" | sha256sum)
@@ -19,5 +20,5 @@ stamp=$(cat "$source/package.json" "$source/package-lock.json" | sha256sum)
 rm -f "$folder/fetched"
 cp "$source/package.json" "$source/package-lock.json" "$folder"
 npm ci --prefix "$folder" --ignore-scripts --no-audit --no-fund >"$folder/npm.log" 2>&1 ||
-  { echo "fetch_node: $folder: expected npm to fetch the packages, found $(grep -m 1 -i err "$folder/npm.log") ($folder/npm.log)" >&2; exit 1; }
+  fail "$folder" "npm to fetch the packages" "$(grep -m 1 -i err "$folder/npm.log") ($folder/npm.log)"
 echo "$stamp" >"$folder/fetched"

@@ -11,13 +11,16 @@ check() { # NAME COMMAND...
   "$@" || failed+=("$name")
 }
 
-mapfile -t shell_files < <(git ls-files | while read -r file; do
-  [ -f "$file" ] && head -n 1 "$file" | grep -q '^#!.*\(ba\)\?sh\b' && echo "$file"
-done)
-mapfile -t lua_files < <(git ls-files '*.lua')
-mapfile -t python_files < <(git ls-files | while read -r file; do
-  [ -f "$file" ] && { [[ $file == *.py ]] || head -n 1 "$file" | grep -q '^#!.*\bpython3\b'; } && echo "$file"
-done)
+# The files that end so, and the programs that such an interpreter runs.
+written_in() { # ENDING INTERPRETER, both patterns
+  git ls-files | while read -r file; do
+    [ -f "$file" ] && { [[ $file =~ \.($1)$ ]] || head -n 1 "$file" | grep -aEq "^#!.*\\b($2)\\b"; } && echo "$file"
+  done
+}
+
+mapfile -t shell_files < <(written_in 'sh|bash' 'sh|bash')
+mapfile -t lua_files < <(written_in lua 'lua[0-9.]*')
+mapfile -t python_files < <(written_in py python3)
 mapfile -t cpp_files < <(git ls-files '*.cpp' '*.h')
 # files that must not compile have no entry in the compilation database
 mapfile -t tidy_files < <(git ls-files 'common/*.cpp' 'rpc/*.cpp' 'services/*.cpp' 'sim/*.cpp')
@@ -37,7 +40,8 @@ build() { # PRESET FOLDER
 }
 
 check floors tools/check_floors.sh
-check shellcheck shellcheck "${shell_files[@]}"
+check shellcheck shellcheck --source-path=SCRIPTDIR "${shell_files[@]}"
+check shfmt shfmt -d "${shell_files[@]}" # by .editorconfig
 check luacheck luacheck -q "${lua_files[@]}"
 check eslint eslint
 check pyflakes pyflakes3 "${python_files[@]}"

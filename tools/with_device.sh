@@ -16,11 +16,8 @@
 # tells whether this user may have such a network: root, or whoever may make user
 # namespaces and has ids of their own there (the port mapper changes its user).
 set -euo pipefail
-
-fail() {
-  echo "with_device: $1: expected $2, found $3" >&2
-  exit 2
-}
+. "$(dirname "$0")/fail.sh"
+failure=2 # a command that fails mostly ends with 1
 
 # Sets `namespaces` to what runs a command in a network of its own.
 make_namespaces() {

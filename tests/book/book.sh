@@ -5,15 +5,11 @@
 #
 #     book.sh SOURCE COPY
 set -euo pipefail
+. "$(dirname "$0")/../../tools/fail.sh"
 source=$1 tree=$2
 
 step() { # WORD...
   echo "book: $* ($SECONDS s)"
-}
-
-fail() { # WHERE EXPECTED FOUND
-  echo "book: $1: expected $2, found $3" >&2
-  exit 1
 }
 
 rm -rf "$tree"

@@ -7,6 +7,7 @@
 #
 # Ends with 77, which ctest counts as skipped, where they cannot be had.
 set -euo pipefail
+. "$(dirname "$0")/../../tools/fail.sh"
 build=$(realpath "$1")
 source=$(cd "$(dirname "$0")/../.." && pwd)
 packages=(nginx nginx-common libnginx-mod-http-lua libnginx-mod-http-ndk lua-resty-core lua-resty-lrucache libluajit2-5.1-2)
@@ -22,19 +23,14 @@ unpack() {
   touch "$folder/complete"
 }
 if [ ! -e "$folder/complete" ]; then
-  unpack >/dev/null 2>&1 || {
-    echo "nginx.sh: packages: expected ${packages[*]}, found none that can be downloaded" >&2
-    exit 77
-  }
+  unpack >/dev/null 2>&1 || skip packages "${packages[*]}" "none that can be downloaded"
 fi
 
 # nginx of another system's libraries is none
 LD_LIBRARY_PATH=$folder/root/usr/lib/$(gcc -print-multiarch)
 export LD_LIBRARY_PATH
-ldd "$folder/root/usr/sbin/nginx" "$folder/root/usr/lib/nginx/modules/ngx_http_lua_module.so" | grep -q "not found" && {
-  echo "nginx.sh: nginx: expected its libraries, found some missing" >&2
-  exit 77
-}
+ldd "$folder/root/usr/sbin/nginx" "$folder/root/usr/lib/nginx/modules/ngx_http_lua_module.so" | grep -q "not found" &&
+  skip nginx "its libraries" "some missing"
 
 export LUA_PATH="$source/lua/?.lua;$folder/root/usr/share/lua/5.1/?.lua;;" LUA_CPATH="$build/?.so;;"
 exec "$source/tools/with_device.sh" "$build" -- \

@@ -7,6 +7,7 @@
 # it, and nginx's Lua module would take the package luajit away. A package that Debian lacks is
 # told and left out.
 set -euo pipefail
+. "$(dirname "$0")/../../tools/fail.sh"
 folder=$1
 shift
 
@@ -23,7 +24,7 @@ for package in "$@"; do
   if available "$package"; then
     packages+=("$package")
   else
-    echo "unpack: packages: expected $package, found none: tests that need it are skipped"
+    complain packages "$package" "none: tests that need it are skipped"
   fi
 done
 [ ${#packages[@]} -gt 0 ] || exit 0

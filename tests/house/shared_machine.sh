@@ -6,12 +6,9 @@
 # runs case_CASE in a copy of the source tree. A case may put programs of its own
 # into $stubs, which stands before everything else on the path.
 set -euo pipefail
+. "$(dirname "$0")/../../tools/fail.sh"
 source=$1 name=$2
-
-fail() { # WHERE EXPECTED FOUND
-  echo "shared_machine: $name: $1: expected $2, found $3" >&2
-  exit 1
-}
+tool+=": $name"
 
 scratch=$(mktemp -d)
 trap 'rm -rf "$scratch"' EXIT
@@ -173,10 +170,7 @@ END
 }
 
 needs_root() {
-  [ "$(id -u)" = 0 ] || {
-    echo "shared_machine: $name: expected root, found $(id -un): skipped"
-    exit 77
-  }
+  [ "$(id -u)" = 0 ] || skip privileges root "$(id -un)"
 }
 
 user=65534

@@ -5,13 +5,9 @@
 #     daemon_test.sh SOURCE SCRATCH LUA [EMULATOR...]
 # CC and make's TIRPC_CFLAGS, TIRPC_LIBS and LDFLAGS are taken from the environment.
 set -euo pipefail
+. "$(dirname "$0")/../../tools/fail.sh"
 source=$1 scratch=$2 lua=$3
 shift 3
-
-fail() {
-  echo "daemon: $1: expected $2, found $3" >&2
-  exit 1
-}
 
 rm -rf "$scratch"
 mkdir -p "$scratch"

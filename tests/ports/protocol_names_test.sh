@@ -2,12 +2,8 @@
 # A protocol file with names has them beside its fields, and means the same to rpcgen.
 #     protocol_names_test.sh SOURCE SCRATCH LUA
 set -euo pipefail
+. "$(dirname "$0")/../../tools/fail.sh"
 source=$1 scratch=$2 lua=$3
-
-fail() {
-  echo "protocol_names: $1: expected $2, found $3" >&2
-  exit 1
-}
 
 mkdir -p "$scratch/plain" "$scratch/named"
 export LUA_PATH="$source/lua/?.lua" LIBRPC_NAMES="$source/sim/names.lua"

@@ -3,12 +3,8 @@
 # them, and nowhere else; with every linker the library loads.
 #     relocations_test.sh SOURCE SCRATCH LUA LUA_PKG_CONFIG
 set -euo pipefail
+. "$(dirname "$0")/../../tools/fail.sh"
 source=$1 scratch=$2 lua=$3 package=$4
-
-fail() {
-  echo "relocations: $1: expected $2, found $3" >&2
-  exit 1
-}
 
 configure() { # FOLDER [OPTION]...
   cmake -S "$source" -B "$@" -DLIBRPC_LUA="$package" -DCMAKE_BUILD_TYPE=Debug >"$scratch/configure.log" 2>&1
@@ -29,7 +25,7 @@ lld=$reads # whose older releases leave out the version by which glibc knows tha
 ld.lld --version 2>/dev/null | grep -Eq ' LLD (1[5-9]|[2-9][0-9])\.' || lld=OFF
 for linker in bfd:$reads lld:$lld gold:OFF; do
   expected=${linker#*:} linker=${linker%:*} build=$scratch/linkers
-  command -v "ld.$linker" >/dev/null || { echo "relocations: $linker: left out: expected ld.$linker, found none"; continue; }
+  command -v "ld.$linker" >/dev/null || { complain "$linker: left out" "ld.$linker" none && continue; }
   configure "$build" -ULIBRPC_PACK_RELOCATIONS -DCMAKE_MODULE_LINKER_FLAGS=-fuse-ld="$linker" ||
     fail "$linker" "a configured build" "$(tail -n 3 "$scratch/configure.log")"
   [ "$(option "$build")" = "$expected" ] || fail "$linker" "LIBRPC_PACK_RELOCATIONS=$expected" "$(option "$build")"

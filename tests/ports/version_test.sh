@@ -3,12 +3,8 @@
 # the next version was begun and released, in a copy of the sources.
 #     version_test.sh SOURCE VERSION SCRATCH
 set -euo pipefail
+. "$(dirname "$0")/../../tools/fail.sh"
 source=$1 version=$2 scratch=$3
-
-fail() {
-  echo "version: $1: expected $2, found $3" >&2
-  exit 1
-}
 
 found=$("$source/tools/release.py" check)
 [ "$found" = "$version" ] || fail CMakeLists.txt "$version" "$found"

@@ -7,13 +7,9 @@
 # The buildroot's includes are imitated below in what the recipe uses of them:
 # unpacking the archive, configuring with CMake, one root a package.
 set -euo pipefail
+. "$(dirname "$0")/../fail.sh"
 cd "$(dirname "$0")/../.."
 source=$PWD build=$1 device=$2 work=$1/openwrt
-
-fail() {
-  echo "openwrt: $1: expected $2, found $3" >&2
-  exit 1
-}
 
 rm -rf "$work"
 mkdir -p "$work"/{include,dl,build,packages,feed/librpc} "$work/staging/usr"

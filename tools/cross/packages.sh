@@ -6,14 +6,11 @@
 #
 # Exit status 77: they cannot be had, for what the last line says.
 set -euo pipefail
+. "$(dirname "$0")/../fail.sh"
+tool=dev_cross
 folder=$1 architecture=$2
 shift 2
 root=$folder/root
-
-skip() {
-  echo "dev_cross: SKIPPED: $*" >&2
-  exit 77
-}
 
 [ "$(cat "$root/unpacked" 2>/dev/null)" != "$*" ] || exit 0
 echo "dev_cross: fetching $* for $architecture"
@@ -36,9 +33,9 @@ foreign_apt() {
 mkdir -p "$folder/apt/state/lists/partial" "$folder/apt/cache/archives/partial"
 echo "deb [signed-by=/usr/share/keyrings/debian-archive-keyring.gpg] $mirror $release main" >"$folder/apt/sources.list"
 foreign_apt update >"$folder/apt/log" 2>&1 ||
-  skip "$mirror: expected package lists for $architecture, found $(tail -n 1 "$folder/apt/log")"
+  skip "$mirror" "package lists for $architecture" "$(tail -n 1 "$folder/apt/log")"
 foreign_apt --yes --no-install-recommends --download-only install "$@" >>"$folder/apt/log" 2>&1 ||
-  skip "$mirror: expected $* for $architecture, found $(tail -n 1 "$folder/apt/log")"
+  skip "$mirror" "$* for $architecture" "$(tail -n 1 "$folder/apt/log")"
 
 rm -rf "$root.new"
 mkdir -p "$root.new"

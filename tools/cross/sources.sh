@@ -7,13 +7,10 @@
 # FOLDER/root/usr is the prefix; CC is the compiler. Built once. Exit status 77:
 # the sources cannot be had, for what the last line says.
 set -euo pipefail
+. "$(dirname "$0")/../fail.sh"
+tool=dev_cross
 folder=$1 triplet=$2
 shift 2
-
-fail() {
-  echo "dev_cross: $1: expected $2, found $3 ($folder/sources.log)" >&2
-  exit 1
-}
 
 stamp="$triplet $CC $*"
 [ "$(cat "$folder/root/built" 2>/dev/null)" != "$stamp" ] || exit 0
@@ -45,8 +42,7 @@ fetch() { # PACKAGE
       return 0
     fi
   done
-  echo "dev_cross: SKIPPED: $mirror: expected the sources of $1, found $(tail -n 1 "$log")" >&2
-  exit 77
+  skip "$mirror" "the sources of $1" "$(tail -n 1 "$log")"
 }
 
 build_libtirpc() { # [CONFIGURE OPTION]...
@@ -77,6 +73,6 @@ build_lua() {
 fetch libtirpc
 fetch lua5.1
 echo "dev_cross: building libtirpc and Lua for $triplet"
-(build_libtirpc "$@") >>"$log" 2>&1 </dev/null || fail libtirpc "a library" "$(tail -n 1 "$log")"
-(build_lua) >>"$log" 2>&1 || fail lua5.1 "an interpreter" "$(tail -n 1 "$log")"
+(build_libtirpc "$@") >>"$log" 2>&1 </dev/null || fail libtirpc "a library" "$(tail -n 1 "$log") ($log)"
+(build_lua) >>"$log" 2>&1 || fail lua5.1 "an interpreter" "$(tail -n 1 "$log") ($log)"
 echo "$stamp" >"$folder/root/built"

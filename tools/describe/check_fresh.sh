@@ -4,6 +4,8 @@
 # mark one as derived.
 #     check_fresh.sh LIBRPC_DESCRIBE SOURCE SCRATCH
 set -eu
+. "$(dirname "$0")/../fail.sh"
+tool=describe
 describe=$1 source=$2 scratch=$3
 
 rm -rf "$scratch"
@@ -12,14 +14,18 @@ mkdir -p "$scratch/first" "$scratch/second"
 "$describe" files "$source" "$scratch/second"
 
 stale=0
-compare() { # what, expected, found
-    diff -ru "$2" "$3" || { echo "describe: $1: expected what the target \`describe\` makes, found the difference above" >&2; stale=1; }
+wrong() { # WHERE EXPECTED FOUND
+  complain "$@"
+  stale=1
+}
+compare() { # WHERE EXPECTED FOUND, which are folders
+  diff -ru "$2" "$3" || wrong "$1" "what the target \`describe\` makes" "the difference above"
 }
 compare "two runs" "$scratch/first" "$scratch/second"
 for path in protocol docs/reference tools/wireshark/librpc.lua; do
-    compare "$path" "$scratch/first/$path" "$source/$path"
+  compare "$path" "$scratch/first/$path" "$source/$path"
 done
 unmarked=$(cd "$scratch/first" && find . -type f | sed 's,^\./,,' |
-    git -C "$source" check-attr --stdin linguist-generated 2>/dev/null | grep -v ': set$') || :
-[ -z "$unmarked" ] || { echo "describe: .gitattributes: expected derived files to be marked, found $unmarked" >&2; stale=1; }
+  git -C "$source" check-attr --stdin linguist-generated 2>/dev/null | grep -v ': set$') || :
+[ -z "$unmarked" ] || wrong .gitattributes "derived files to be marked" "$unmarked"
 exit $stale

@@ -39,11 +39,11 @@ const char* shown_as(const Record& record, const Field& value)
 
 void write_record(std::ostream& out, const Record& record)
 {
-    out << "    " << short_name(record) << " = {\n";
+    out << "  " << short_name(record) << " = {\n";
     for (const Value& value : values_of(record))
-        out << "        { \"" << value.name << "\", \"" << shown_as(record, value.field) << "\", "
+        out << "    { \"" << value.name << "\", \"" << shown_as(record, value.field) << "\", "
             << value.field.count * units_of(value.field.kind) << " },\n";
-    out << "    },\n";
+    out << "  },\n";
 }
 
 std::string record_or_nothing(const char* key, const Record* record)
@@ -74,13 +74,13 @@ local records = {
            "local version = "
         << server_version << "\nlocal programs = {\n";
     for (const Service* service : all_services) {
-        out << "    [" << service->program << "] = {\n        name = \"" << service->name << "\",\n        title = \""
-            << service->title << "\",\n        procedures = {\n";
+        out << "  [" << service->program << "] = {\n    name = \"" << service->name << "\",\n    title = \""
+            << service->title << "\",\n    procedures = {\n";
         for (const Api& api : *service)
-            out << "            [" << api.procedure << "] = { name = \"" << api.name << "\", table = \""
+            out << "      [" << api.procedure << "] = { name = \"" << api.name << "\", table = \""
                 << table_of(api) << "\"" << record_or_nothing("request", api.request)
                 << record_or_nothing("reply", api.reply) << " },\n";
-        out << "        },\n    },\n";
+        out << "    },\n  },\n";
     }
     out << "}\n";
 }

@@ -7,12 +7,9 @@
 # The same sources give the same bytes: SOURCE_DATE_EPOCH is the date of a release
 # that CHANGELOG.md does not date, or else that of the last commit.
 set -euo pipefail
+. "$(dirname "$0")/../fail.sh"
+tool=package
 source=$1 folder=$2
-
-fail() {
-  echo "package: $1: expected $2, found $3" >&2
-  exit 1
-}
 
 time=${SOURCE_DATE_EPOCH:-$(git -C "$source" log -1 --format=%ct 2>/dev/null || stat -c %Y "$source/CHANGELOG.md")}
 rm -rf "$folder/source" "$folder"/*.deb

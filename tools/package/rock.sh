@@ -4,13 +4,10 @@
 #
 #     rock.sh FOLDER
 set -euo pipefail
+. "$(dirname "$0")/../fail.sh"
+tool=package
 cd "$(dirname "$0")/../.."
 folder=$1
-
-fail() {
-  echo "package: $1: expected $2, found $3" >&2
-  exit 1
-}
 
 apis=$(grep -vc '^#' tests/golden/apis.txt)
 check() { # TREE

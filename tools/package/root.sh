@@ -9,13 +9,9 @@
 # FOLDER as an archive. Exit status 77: the release cannot be had, for what the
 # last line says.
 set -euo pipefail
+. "$(dirname "$0")/../fail.sh"
 cd "$(dirname "$0")/../.."
-folder=$1 suite=$2
-
-fail() {
-  echo "package: $suite: $1: expected $2, found $3" >&2
-  exit 1
-}
+folder=$1 suite=$2 tool="package: $2"
 
 # The base system, with apt told where it came from.
 archive=$folder/root-$suite.tar root=$folder/root-$suite
@@ -25,10 +21,8 @@ if [ ! -e "$archive" ]; then
   mirror=$(sed -n -E 's/^(deb|URIs:)( \[[^]]*\])? *(https?:[^ ]+).*/\3/p' /etc/apt/sources.list /etc/apt/sources.list.d/* 2>/dev/null | head -n 1) || true
   # apt here as on this machine: a proxy, a certificate
   mmdebstrap --quiet --format=tar --variant=minbase --customize-hook="copy-in /etc/resolv.conf /etc" \
-    "$suite" "$archive.new" "${DEBIAN_MIRROR:-${mirror:-http://deb.debian.org/debian}}" >"$folder/mmdebstrap.log" 2>&1 || {
-    echo "package: $suite: SKIPPED: expected its base system, found $(grep '^E:' "$folder/mmdebstrap.log" | tail -n 1)" >&2
-    exit 77
-  }
+    "$suite" "$archive.new" "${DEBIAN_MIRROR:-${mirror:-http://deb.debian.org/debian}}" >"$folder/mmdebstrap.log" 2>&1 ||
+    skip mmdebstrap "its base system" "$(grep '^E:' "$folder/mmdebstrap.log" | tail -n 1)"
   mv "$archive.new" "$archive"
 fi
 mkdir "$root"

@@ -4,6 +4,8 @@
 #
 #     same.sh FOLDER     FOLDER has the packages of the first build
 set -euo pipefail
+. "$(dirname "$0")/../fail.sh"
+tool=package
 cd "$(dirname "$0")/../.."
 folder=$1
 
@@ -29,8 +31,5 @@ for package in "$folder"/*.deb; do
     dpkg-deb -R "$elsewhere/second/${package##*/}" "$folder/second/${package##*/}"
   fi
 done
-[ "$failed" = 0 ] || {
-  echo "package: two builds: expected the same bytes, found those that differ in $folder/first and $folder/second" >&2
-  exit 1
-}
+[ "$failed" = 0 ] || fail "two builds" "the same bytes" "those that differ in $folder/first and $folder/second"
 echo "package: the same bytes from another path, time, user mask, locale and time zone"

@@ -5,4 +5,4 @@
 #     valgrind.sh PROGRAM [ARGUMENT]...
 here=$(dirname "$(realpath "$0")")
 exec valgrind -q --leak-check=full --show-leak-kinds=definite,indirect,possible --error-exitcode=99 \
-	--errors-for-leak-kinds=definite,indirect,possible --suppressions="$here/kept_on_purpose.supp" "$@"
+  --errors-for-leak-kinds=definite,indirect,possible --suppressions="$here/kept_on_purpose.supp" "$@"

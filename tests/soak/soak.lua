@@ -337,7 +337,8 @@ local function sample(started)
     resident = resident or tonumber(line:match("^VmRSS:%s*(%d+)"))
   end
   local descriptors = tonumber(run(("ls /proc/%d/fd | wc -l"):format(own_id)))
-  samples[#samples + 1] = { seconds = now() - started, resident = resident, descriptors = descriptors }
+  samples[#samples + 1] = { seconds = now() - started, resident = resident, descriptors = descriptors,
+    own = collectgarbage "count" }
 end
 
 local function most(name, from, to)
@@ -387,8 +388,8 @@ local summary = ("%d seconds, %d steps, %d calls, %d fields: %d wrong, 0 lost, 0
   math.floor(now() - started), rounds, sent, field_count, wrong_count)
 print("soak: " .. summary)
 print("soak: failed as the faults ask for: " .. table.concat(codes, ", "))
-print(("soak: resident memory %d KB at first, %d KB in the end; descriptors %d and %d"):format(
-  first.resident, last.resident, first.descriptors, last.descriptors))
+print(("soak: resident memory %d KB at first, %d KB in the end, of them Lua's own %d and %d; descriptors %d and %d"):format(
+  first.resident, last.resident, first.own, last.own, first.descriptors, last.descriptors))
 plot.write(plot_path, summary, samples)
 print("soak: " .. plot_path)
 

@@ -59,6 +59,11 @@ shell.run(tool.command .. [[ set svi vlan=20 "name=$(printf '\346\274\242\345\25
 check.equal("wide characters", shown("rpcctl rows svi --fields vlan,name,address", 80),
   "vlan  name     address\n1     vlan1    192.0.2.10/24\n20    漢字 🙂  198.51.100.1/24\n")
 
+for length, expected in pairs { [40] = ("x"):rep(40), [41] = ("x"):rep(37) .. "..." } do
+  shell.run(tool.command .. " set sdsminfo content=" .. ("x"):rep(length))
+  check.equal(length .. " characters", shown("rpcctl rows sdsminfo --fields content", 80), "content\n" .. expected .. "\n")
+end
+
 -- No line of any table's rows, of help or of describe is wider than the terminal
 local list = shell.run(tool.command .. " list --tables | awk '$3 ~ /getn?/ { print $1 }'")
 local script = "for name in " .. list:gsub("\n", " ") .. "; do for command in rows describe; do "

@@ -294,6 +294,14 @@ local function loaded_again(text)
   return (loaded("LIBRPC_NAMES=" .. file, ("n.keep(%q) or select(2, n.loaded()) or n.tables.svi.title")
     :format(kept):gsub('"', "[[", 1):gsub('"', "]]", 1)):gsub("^.*/again.lua: ", ""))
 end
+-- Every kind that says which row, and none of the others.
+for _, row in ipairs { { "svi", "field1", true }, { "devinfo", "int1", true }, { "svi", "name", true }, { "fdb", "mac", true },
+  { "mstp_ifstate", "bytes1", true }, { "qosifcfg", "list1" }, { "ntp", "real1" }, { "devinfo", "mac" } } do
+  local loaded, problem = names.load(write("key.lua", ("return { %s = { key = { %q } } }"):format(row[1], row[2])))
+  check.equal(row[1] .. ": key " .. row[2], loaded or problem:match("fields that the argument carries"),
+    row[3] or "fields that the argument carries")
+end
+
 local right, mistaken = "return { svi = { title = [[a]] } }", "return { svi = { title = [[a]], field1 = { nam = 1 } } }"
 check.equal("a right file", loaded_again(right), "a")
 check.equal("is kept", shell.run("tail -n 1 " .. kept), right)

@@ -30,6 +30,10 @@ fails("rows portinfo bogus=4 --fields port", 2, "rpcctl: rows: portinfo: expecte
   .. 'field23, field24, field25, field26, oper, res, found "bogus"; rpcctl describe TABLE shows the fields\n')
 fails("rows portinfo link=upp", 2, "rpcctl: rows: portinfo: link: expected a number, or one of \"down\", \"up\", found "
   .. '"upp"; rpcctl describe TABLE shows the fields\n')
+check.equal("the only word that a field has", select(2, tool.run [[
+  echo 'return { svi = { field1 = { name = "vlan", values = { [1] = "one" } } } }' >/run/one.lua
+  LIBRPC_NAMES=/run/one.lua rpcctl rows svi vlan=two]]), 'rpcctl: rows: svi: vlan: expected a number, or one of "one", '
+  .. 'found "two"; rpcctl describe TABLE shows the fields\n')
 fails("rows fdb mac=zz", 2, 'rpcctl: rows: fdb: mac: expected a MAC address such as 00-11-22-AA-BB-CC, found "zz"; '
   .. "write it as 00-1e-80-aa-00-01\n")
 fails("rows portinfo 3", 2, "rpcctl: rows: expected FIELD=VALUE (or != < <= > >= ~ !~), found '3'; see rpcctl rows "

@@ -96,8 +96,8 @@ check.equal("one row each", { rows[1], rows[2], #rows[3], #rows[4], #rows[5], #r
 check.equal("its end", { ends[1], ends[2] }, { { why = "end" }, { why = "end" } })
 check.equal("failures", { failures[1], failures[2], failures[3].code, failures[4].code, failures[6].code },
   { [3] = "no_operation", [4] = "unknown_api", [5] = "unknown_option" })
-rows, failures = record.walks({ { "agsys", { field1 = 99 } }, { "syslogremote", { [schema.table "syslogremote".get.input[1].name]
-  = 99 } } }, 5)
+local remote = schema.table("syslogremote").get.input[1].name
+rows, failures = record.walks({ { "agsys", { field1 = 99 } }, { "syslogremote", { [remote] = 99 } } }, 5)
 check.equal("which is the one that was asked for", { #rows[1], failures[1].code, #rows[2], failures[2].code },
   { 0, "other_row", 0, "no_row" })
 shell.tell "fault oltmib_telnet_get_1 drop"

@@ -295,11 +295,12 @@ local function loaded_again(text)
     :format(kept):gsub('"', "[[", 1):gsub('"', "]]", 1)):gsub("^.*/again.lua: ", ""))
 end
 -- Every kind that says which row, and none of the others.
-for _, row in ipairs { { "svi", "field1", true }, { "devinfo", "int1", true }, { "svi", "name", true }, { "fdb", "mac", true },
-  { "mstp_ifstate", "bytes1", true }, { "qosifcfg", "list1" }, { "ntp", "real1" }, { "devinfo", "mac" } } do
-  local loaded, problem = names.load(write("key.lua", ("return { %s = { key = { %q } } }"):format(row[1], row[2])))
-  check.equal(row[1] .. ": key " .. row[2], loaded or problem:match("fields that the argument carries"),
-    row[3] or "fields that the argument carries")
+for _, each in ipairs { { "svi", "field1", true }, { "devinfo", "int1", true }, { "svi", "name", true },
+  { "fdb", "mac", true }, { "mstp_ifstate", "bytes1", true }, { "qosifcfg", "list1" }, { "ntp", "real1" },
+  { "devinfo", "mac" } } do
+  local right, problem = names.load(write("key.lua", ("return { %s = { key = { %q } } }"):format(each[1], each[2])))
+  check.equal(each[1] .. ": key " .. each[2], right or problem:match("fields that the argument carries"),
+    each[3] or "fields that the argument carries")
 end
 
 local right, mistaken = "return { svi = { title = [[a]] } }", "return { svi = { title = [[a]], field1 = { nam = 1 } } }"

@@ -92,10 +92,10 @@ for _, row in ipairs {
     "zero_byte" },
   { { vlan, { field3 = ("x"):rep(33) } }, 'oltmib_vlaninfo_set_1: field3: expected at most 32 characters, found 33: "'
     .. ("x"):rep(33) .. '"', "too_long" },
-  { { vlan, { field3 = ("aü"):rep(20) } }, "oltmib_vlaninfo_set_1: field3: expected at most 32 bytes, found 60 bytes in "
-    .. '40 characters: "' .. ("aü"):rep(20) .. '"', "too_long" },
-  { { vlan, { field3 = ("aü"):rep(21) } }, "oltmib_vlaninfo_set_1: field3: expected at most 32 bytes, found 63 bytes in "
-    .. '42 characters: "' .. ("aü"):rep(20) .. '"...', "too_long" },
+  { { vlan, { field3 = ("aü"):rep(20) } }, "oltmib_vlaninfo_set_1: field3: expected at most 32 bytes, found 60 bytes "
+    .. 'in 40 characters: "' .. ("aü"):rep(20) .. '"', "too_long" },
+  { { vlan, { field3 = ("aü"):rep(21) } }, "oltmib_vlaninfo_set_1: field3: expected at most 32 bytes, found 63 bytes "
+    .. 'in 42 characters: "' .. ("aü"):rep(20) .. '"...', "too_long" },
   { { vlan, { field3 = {} } }, "oltmib_vlaninfo_set_1: field3: expected a text, found a table", "bad_type" },
   { { fdb, { mac = "00:1e:80:aa:00" } }, "oltmib_fdb_set_1: mac: expected a MAC address such as 00-11-22-AA-BB-CC, "
     .. 'found "00:1e:80:aa:00"', "bad_mac" },
@@ -234,8 +234,9 @@ end
 check.equal("a reply of 1022 characters is whole",
   type(record.decode("oltmib_vlaninfo_get_1", "7&1&a&0&" .. ("x"):rep(512) .. "&" .. ("y"):rep(493)
     .. "&&0&0")), "table")
-check.equal("as many bytes as there is room for", record.decode("oltmib_opticaldetail_get_1", "0&&0&&&&" .. ("0&"):rep(8)
-  .. "&0&" .. ("f0"):rep(32) .. "&&&&&&&&0&0").alarm, ("f0"):rep(32))
+check.equal("as many bytes as there is room for",
+  record.decode("oltmib_opticaldetail_get_1", "0&&0&&&&" .. ("0&"):rep(8) .. "&0&"
+  .. ("f0"):rep(32) .. "&&&&&&&&0&0").alarm, ("f0"):rep(32))
 check.equal("blank", #blank("oltmib_vlaninfo_get_1"), 8)
 
 -- record.call

@@ -61,15 +61,17 @@ check.equal("wide characters", shown("rpcctl rows svi --fields vlan,name,address
 
 for length, expected in pairs { [40] = ("x"):rep(40), [41] = ("x"):rep(37) .. "..." } do
   shell.run(tool.command .. " set sdsminfo content=" .. ("x"):rep(length))
-  check.equal(length .. " characters", shown("rpcctl rows sdsminfo --fields content", 80), "content\n" .. expected .. "\n")
+  check.equal(length .. " characters", shown("rpcctl rows sdsminfo --fields content", 80),
+    "content\n" .. expected .. "\n")
 end
 
 -- describe: the records' names where there is room for all, long cells in several lines
-local account = "oltmib_account_get_1   get        hostpdinfo  50006    12         oltmib_accountEntry  oltmib_accountEntry"
-check.equal("describe as wide as its lines", shown("rpcctl describe account", #account):find(account .. "\n", 1, true) ~= nil,
-  true)
+local account = "oltmib_account_get_1   get        hostpdinfo  50006    12         "
+  .. "oltmib_accountEntry  oltmib_accountEntry"
+screen = shown("rpcctl describe account", #account)
+check.equal("describe as wide as its lines", screen:find(account .. "\n", 1, true) ~= nil, true)
 screen = shown("rpcctl describe account", #account - 1)
-check.equal("describe where one character is missing", { screen:find("oltmib_accountEntry"), screen:find("request") }, {})
+check.equal("describe where one character is missing", screen:find("oltmib_accountEntry"), nil)
 check.equal("a long cell", shown("rpcctl describe portinfo", 72, { lines = 50 }):match("\nlink.-\nspeed"), [[
 
 link         field5   int         5         5      whole number; down=0

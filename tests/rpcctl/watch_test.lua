@@ -22,7 +22,8 @@ check.equal("a table of one row", (run "rpcctl watch telnet --count 1 --fields t
 -- Runs watch in the background, does each line once the output has its text, ends it by SIGINT
 local function watched(arguments, steps)
   -- what an earlier one printed is none of this one's
-  local lines = { "rm -f /run/watched /run/watched.err; " .. tool.command .. " " .. arguments .. " >/run/watched 2>/run/watched.err & child=$!" }
+  local lines = { "rm -f /run/watched /run/watched.err",
+    tool.command .. " " .. arguments .. " >/run/watched 2>/run/watched.err & child=$!" }
   for _, step in ipairs(steps) do
     lines[#lines + 1] = ("await \"grep -q '%s' /run/watched /run/watched.err\"; %s"):format(step[1], step[2] or ":")
   end

@@ -249,6 +249,10 @@ failure, calls = nil, {}
 check.row(record.call, { vlan, { field1 = "x" } },
   { "nil", 'oltmib_vlaninfo_set_1: field1: expected a whole number, found "x"', "bad_number" })
 check.equal("a wrong field is not sent", calls, {})
+check.row(record.call, { vlan, { field1 = 7 }, { call_second = 1 } }, { "nil",
+  'record.call: options: expected one of call_seconds (did you mean call_seconds?), found "call_second"',
+  "unknown_option" })
+check.equal("nor is what an option misspells", calls, {})
 
 -- record.find
 check.equal("find", record.find("portinfo", "getn").name, "oltmib_portinfo_getn_1")

@@ -19,6 +19,7 @@ prints("rows portstat --fields port 'counter9>9' 'counter9!=9' 'port<3'", "1\n2\
 prints("get portinfo name=ge3 --fields port", "port\t3\n")
 prints("rows telnet --fields tcp_port", "23\n") -- a table of one row has one
 prints("rows telnet tcp_port=24", "")
+prints("rows svi vlan=20 'name~none'", "") -- one row, and not this one
 local output = tool.run "rpcctl watch portinfo link=down --count 1 --fields port | cut -f 3"
 check.equal("watch takes the same filters", output, "5\n6\n")
 

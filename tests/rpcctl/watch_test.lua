@@ -99,6 +99,8 @@ check.equal("Ctrl-C ends it", screen:find("[exit 130]", 1, true) ~= nil, true)
 screen = tool.terminal { "rpcctl watch svi --interval 0.2 --fields vlan; stty -a | grep -o ' icanon'", keys = "q",
   ready = "vlan" }
 check.equal("the terminal is as it was", screen:find(" icanon", 1, true) ~= nil, true)
+screen = tool.terminal { "rpcctl watch svi vlan=1 --count 1 --fields vlan --format vertical" }
+check.equal("in another form on a terminal", screen:match("\nvlan +1\n%[exit 0%]\n$") ~= nil, true)
 screen = tool.terminal { environment = "TERM=dumb", "rpcctl watch svi --count 2 --interval 0.2 --fields vlan" }
 check.equal("TERM=dumb: one below the other", tool.count(screen, "svi  " .. stamp), 2)
 

@@ -346,6 +346,10 @@ check.row(record.change, { "devinfo", { hostname = "olt-2", mac = "" } }, { 0, {
   mac = { before = "00-1E-80-4C-00-01", after = "00-00-00-00-00-00" },
 } })
 check.equal("a MAC that is left out on purpose", calls[2], "oltmib_devinfo_set_1 OLT&SN&&1&2&3&0&-1&olt-2")
+answers = { "OLT&SN&00-1E-80-4C-00-01&1&2&3&0&0&olt&0", "0" }
+check.row(record.change, { "devinfo", { mac = "ABC" } }, { 0, {
+  mac = { before = "00-1E-80-4C-00-01", after = "41-42-43-00-00-00" },
+} }, "a short text of a MAC's bytes ends in zeros")
 check.row(record.change, { "vlanbitmapinfo", {} }, { "nil", 'vlanbitmapinfo: expected set, found "get"',
   "no_operation" })
 

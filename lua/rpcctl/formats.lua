@@ -150,14 +150,14 @@ formats.object = object_of
 forms.jsonl = by_line(object_of)
 
 function forms.json(columns, settings)
-  local writer, count = {}, 0
+  local writer, began = {}, false
   function writer.row(_, row)
-    ending.write(count == 0 and "[" or ",\n", object_of(columns, row, settings))
+    ending.write(began and ",\n" or "[", object_of(columns, row, settings))
     ending.flush()
-    count = count + 1
+    began = true
   end
   function writer.finish()
-    ending.write(count == 0 and "[]\n" or "]\n")
+    ending.write(began and "]\n" or "[]\n")
   end
   return writer
 end

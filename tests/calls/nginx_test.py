@@ -64,7 +64,7 @@ def configuration():
 def start():
     nginx = subprocess.Popen([root + "/usr/sbin/nginx", "-p", root + "/usr/share/nginx/", "-c", configuration(),
                               "-g", "daemon off; user root;"])
-    for _ in range(500):
+    for _ in range(3000):
         try:
             get("/page")
             return nginx

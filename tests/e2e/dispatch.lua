@@ -24,13 +24,13 @@ case "unregistered_name_returns_no_value" (function() -- with every interpreter
   equal(calls(), 0, "executions")
 end)
 
-case "unregistered_name_prints_line_165" (function() -- with every interpreter
+case "unregistered_name_prints_line_165" (function()
   equal(traces '"oltmib_nothing_get_1", "a&b"',
     "[lua_callapi: 160]name oltmib_nothing_get_1, str a&b.\r\n" ..
     "[lua_callapi: 165]api oltmib_nothing_get_1 not found.\r\n")
 end)
 
-case "stub_without_registration_is_not_found" (function() -- with every interpreter
+case "stub_without_registration_is_not_found" (function()
   for _, name in ipairs { "oltmib_api_get_1", "oltmib_pminfo_get_1", "oltmib_cvlaninfo_get_1",
     "oltmib_cvlaninfo_getn_1", "oltmib_cvlaninfo_set_1", "oltmib_snmp_cfg_req_1" } do
     equal(traces('"' .. name .. '", ""'),
@@ -38,7 +38,7 @@ case "stub_without_registration_is_not_found" (function() -- with every interpre
   end
 end)
 
-case "successful_call_prints_lines_160_169_and_the_converters" (function() -- with every interpreter
+case "successful_call_prints_lines_160_169_and_the_converters" (function()
   equal(traces '"oltmib_devinfo_get_1", "a&b"',
     "[lua_callapi: 160]name oltmib_devinfo_get_1, str a&b.\r\n" ..
     "[lua_callapi: 169]" .. functions_of "oltmib_devinfo_get_1" .. ".\r\n" ..
@@ -46,7 +46,7 @@ case "successful_call_prints_lines_160_169_and_the_converters" (function() -- wi
     "[arg2str_devinfo: 37]str: OLT-8G&SN20260117-0042&00-1E-80-4C-00-01&1.4.2&2.0.1&V3&0&86400&olt-lab-1&0.\r\n")
 end)
 
-case "client_that_cannot_be_made_prints_line_171" (function() -- with every interpreter
+case "client_that_cannot_be_made_prints_line_171" (function()
   tell "stop vrrpinfo"
   -- which of stdout and stderr comes first in one pipe is the C library's affair
   local text = traces '"oltmib_vrrp_ssstate_get_1", "1"'
@@ -59,7 +59,7 @@ case "client_that_cannot_be_made_prints_line_171" (function() -- with every inte
     "[lua_callapi: 171]oltmib_vrrp_ssstate_get_1 clnt init failed.\r\n")
 end)
 
-case "failed_call_prints_line_181" (function() -- with every interpreter
+case "failed_call_prints_line_181" (function()
   tell "fault vrrpinfo error garbage_args"
   equal(traces '"oltmib_vrrp_ssstate_get_1", "1&0&0&2"',
     "[lua_callapi: 160]name oltmib_vrrp_ssstate_get_1, str 1&0&0&2.\r\n" ..
@@ -68,7 +68,7 @@ case "failed_call_prints_line_181" (function() -- with every interpreter
     "[lua_callapi: 181]oltmib_vrrp_ssstate_get_1 func called failed.\r\n")
 end)
 
-case "no_dispatch_path_prints_with_debug_off" (function() -- with every interpreter
+case "no_dispatch_path_prints_with_debug_off" (function()
   tell "stop vrrpinfo"
   tell "fault lpdet error system_err"
   local text = run [[
@@ -95,7 +95,7 @@ case "debug_flag_persists_until_it_is_changed" (function() -- with every interpr
     "[lua_callapi: 160]name b, str 2.\r\n[lua_callapi: 165]api b not found.\r\n0\n")
 end)
 
-case "empty_argument_sends_an_all_zero_record" (function() -- with every interpreter
+case "empty_argument_sends_an_all_zero_record" (function()
   call("oltmib_devinfo_get_1", "")
   call("oltmib_telnet_get_1", "")
   equal(shell "cat $SIM_LOG",
@@ -146,7 +146,7 @@ case "second_opening_keeps_the_same_names_and_works" (function() -- with every i
   equal(after, before .. "ports&Number of ports&8&&&0&0\n", "the registry and a reply")
 end)
 
-case "showapi_lists_every_api_in_the_order_of_registration" (function() -- with every interpreter
+case "showapi_lists_every_api_in_the_order_of_registration" (function()
   local text = harness.without_addresses(run "librpc.showapi() librpc.enabledebug() librpc.showapi()")
   local names = {}
   for line in text:gmatch("([^\n]*)\n") do

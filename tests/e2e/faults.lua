@@ -165,7 +165,7 @@ case "bad_arguments_never_crash" (function() -- with every interpreter
   equal(calls(), before, "executions")
 end)
 
-case "a_percent_sign_in_any_position_stays_as_it_is" (function() -- with every interpreter
+case "a_percent_sign_in_any_position_stays_as_it_is" (function()
   for _, sign in ipairs { "%", "%s", "%n", "%%", "%1$s", "%99999d" } do
     local row = table.concat({ "1", sign, "1", sign, sign, sign, "1", sign, "0", "0" }, "&")
     equal(call("oltmib_account_set_1", row), "0", "set " .. sign)
@@ -173,7 +173,7 @@ case "a_percent_sign_in_any_position_stays_as_it_is" (function() -- with every i
   end
 end)
 
-case "a_percent_sign_is_traced_as_it_is" (function() -- with every interpreter
+case "a_percent_sign_is_traced_as_it_is" (function()
   local text = run [[
     librpc.enabledebug()
     librpc.callapi("oltmib_nothing%s%n_get_1", "%s%n&%p")
@@ -248,7 +248,7 @@ case "fork_before_the_first_call" (function()
   equal(process.wait(child), 0, "the child's status")
 end)
 
-case "fork_of_a_fork" (function() -- with every interpreter
+case "fork_of_a_fork" (function()
   call_for_port(1, 5)
   local child = in_child(function()
     call_for_port(2, 100)

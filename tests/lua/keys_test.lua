@@ -414,6 +414,11 @@ given({ "1&0&0&0&a&&0&0", "2&0&0&0&&&0&1" }, function(...)
 end, { "ioctlinfo" }, { 1, "end", 1 }, "a result that only the names tell")
 check.equal("which is not sent back, nor is the operation", calls[2], "oltmib_ioctlinfo_getn_1 1&0&0&0&a")
 
+with_names 'pminfo = { sid = { values = { [2] = "second" } } }'
+given({ mirror(1), mirror(2) }, function(...)
+  return record.get(...).sid
+end, { "pminfo", { sid = "second" } }, { "second" }, "a row that is walked to, by the word of its key")
+
 -- Every code that a function gave is one that the module explains.
 for _, each in ipairs { "unknown_api", "no_operation", "unknown_field", "unknown_option", "same_field", "read_only",
   "no_key", "no_row", "deadline", "daemon_status", "bad_names" } do

@@ -294,6 +294,15 @@ local function loaded_again(text)
   return (loaded("LIBRPC_NAMES=" .. file, ("n.keep(%q) or select(2, n.loaded()) or n.tables.svi.title")
     :format(kept):gsub('"', "[[", 1):gsub('"', "]]", 1)):gsub("^.*/again.lua: ", ""))
 end
+-- Every kind that says which row, and none of the others.
+for _, each in ipairs { { "svi", "field1", true }, { "devinfo", "int1", true }, { "svi", "name", true },
+  { "fdb", "mac", true }, { "mstp_ifstate", "bytes1", true }, { "qosifcfg", "list1" }, { "ntp", "real1" },
+  { "devinfo", "mac" } } do
+  local right, problem = names.load(write("key.lua", ("return { %s = { key = { %q } } }"):format(each[1], each[2])))
+  check.equal(each[1] .. ": key " .. each[2], right or problem:match("fields that the argument carries"),
+    each[3] or "fields that the argument carries")
+end
+
 local right, mistaken = "return { svi = { title = [[a]] } }", "return { svi = { title = [[a]], field1 = { nam = 1 } } }"
 check.equal("a right file", loaded_again(right), "a")
 check.equal("is kept", shell.run("tail -n 1 " .. kept), right)

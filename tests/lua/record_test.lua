@@ -44,6 +44,7 @@ for _, row in ipairs {
   { { lists, { list1 = { 1, 2, 3, 4, 5, 6, 7, -8 }, list2 = "8, 7,6,5,4,3,2,1" } },
     "&&1,2,3,4,5,6,7,-8&8,7,6,5,4,3,2,1" },
   { { ntp, { real1 = 2.5, real2 = "-0.125" } }, ("&"):rep(10) .. "2.5&-0.125" },
+  { { ntp, { real1 = 1 / 3 } }, ("&"):rep(10) .. "0.33333333333333331" }, -- the double itself, no shorter one
   { { statis, { rx_bytes = 2147483647, count2 = 2147483648, count3 = "4294967295" } }, "&2147483647&-2147483648&-1" },
   { { devinfo, { mac = "ABCDE", int1 = 4294967295 } }, "&&ABCDE&&&&&-1" },
   { { devinfo, { mac = { 65, 66, 67, 0, 0, 0 } } }, "&&ABC" },
@@ -72,6 +73,8 @@ for _, row in ipairs {
     "oltmib_cvlan_table_get_1: expected no field, because it takes none, "
     .. 'found "zzzzzz"', "unknown_field" },
   { { vlan, { field1 = "7a" } }, "oltmib_vlaninfo_set_1: field1: " .. no_letters .. '"7a"', "bad_number" },
+  { { vlan, { field1 = "1e5" } }, "oltmib_vlaninfo_set_1: field1: " .. no_letters .. '"1e5"', "bad_number" },
+  { { vlan, { field1 = "0x10" } }, "oltmib_vlaninfo_set_1: field1: " .. no_letters .. '"0x10"', "bad_number" },
   { { vlan, { field1 = "" } }, "oltmib_vlaninfo_set_1: field1: " .. no_letters .. '""', "bad_number" },
   { { vlan, { field1 = 7.5 } }, "oltmib_vlaninfo_set_1: field1: " .. no_letters .. "7.5", "bad_number" },
   { { vlan, { field1 = true } }, "oltmib_vlaninfo_set_1: field1: " .. no_letters .. "true", "bad_number" },
@@ -89,12 +92,18 @@ for _, row in ipairs {
     "zero_byte" },
   { { vlan, { field3 = ("x"):rep(33) } }, 'oltmib_vlaninfo_set_1: field3: expected at most 32 characters, found 33: "'
     .. ("x"):rep(33) .. '"', "too_long" },
+  { { vlan, { field3 = ("aü"):rep(20) } }, "oltmib_vlaninfo_set_1: field3: expected at most 32 bytes, found 60 bytes "
+    .. 'in 40 characters: "' .. ("aü"):rep(20) .. '"', "too_long" },
+  { { vlan, { field3 = ("aü"):rep(21) } }, "oltmib_vlaninfo_set_1: field3: expected at most 32 bytes, found 63 bytes "
+    .. 'in 42 characters: "' .. ("aü"):rep(20) .. '"...', "too_long" },
   { { vlan, { field3 = {} } }, "oltmib_vlaninfo_set_1: field3: expected a text, found a table", "bad_type" },
   { { fdb, { mac = "00:1e:80:aa:00" } }, "oltmib_fdb_set_1: mac: expected a MAC address such as 00-11-22-AA-BB-CC, "
     .. 'found "00:1e:80:aa:00"', "bad_mac" },
   { { fdb, { mac = "00:1e-80:aa:00:ff" } }, "oltmib_fdb_set_1: mac: expected a MAC address such as "
     .. '00-11-22-AA-BB-CC, found "00:1e-80:aa:00:ff"', "bad_mac" },
   { { fdb, { mac = { 1, 2, 3, 4, 5, 256 } } }, "oltmib_fdb_set_1: mac: expected a MAC address such as "
+    .. "00-11-22-AA-BB-CC, found a table", "bad_mac" },
+  { { fdb, { mac = { 0, 30, 128, 170, 0 } } }, "oltmib_fdb_set_1: mac: expected a MAC address such as "
     .. "00-11-22-AA-BB-CC, found a table", "bad_mac" },
   { { ifstate, { bytes1 = "123" } },
     "oltmib_mstp_ifstate_getn_1: bytes1: expected bytes in hexadecimal digits, such as "
@@ -107,6 +116,10 @@ for _, row in ipairs {
   { { lists, { list1 = "1,2,3,x,5,6,7,8" } },
     'oltmib_qosifcfg_set_1: list1: expected a whole number as item 4, found "x"',
     "bad_number" },
+  { { lists, { list1 = { 1, 2, 3, 4, 5, 6, 7, 2147483648 } } }, "oltmib_qosifcfg_set_1: list1: expected a number from "
+    .. "-2147483648 to 2147483647 as item 8, found 2147483648", "out_of_range" },
+  { { ntp, { real1 = 1 / 0 } }, "oltmib_ntp_set_1: real1: expected a number, found " .. tostring(1 / 0), "bad_number" },
+  { { ntp, { real1 = "1e999" } }, 'oltmib_ntp_set_1: real1: expected a number, found "1e999"', "bad_number" },
   { { ntp, { real1 = "1.2.3" } }, 'oltmib_ntp_set_1: real1: expected a number, found "1.2.3"', "bad_number" },
   { { ntp, { real1 = 0 / 0 } }, "oltmib_ntp_set_1: real1: expected a number, found " .. tostring(0 / 0), "bad_number" },
   { { ntp, { real1 = "inf" } }, 'oltmib_ntp_set_1: real1: expected a number, found "inf"', "bad_number" },
@@ -204,6 +217,11 @@ for _, row in ipairs {
     .. "found 1 (a text of the daemon's may hold '&')", "bad_text" },
   { { "oltmib_vlaninfo_get_1", "x&1&a&0&&&&0&0" }, 'oltmib_vlaninfo_get_1: field1: expected a whole number, found "x"',
     "bad_text" },
+  { { "oltmib_vlaninfo_get_1", "7&1&" .. ("x"):rep(34) .. "&0&&&&0&0" },
+    "oltmib_vlaninfo_get_1: field3: expected at most 33 characters, "
+    .. 'found "' .. ("x"):rep(34) .. '"', "bad_text" },
+  { { "oltmib_ntp_get_1", "a&b&c&d&1&2&3&e&f&4&1e999&-0.25&g&5&6" },
+    'oltmib_ntp_get_1: real1: expected a number, found "1e999"', "bad_text" },
   { { "oltmib_fdb_get_1", "00-1E&1&a&0&&0&0" }, 'oltmib_fdb_get_1: mac: expected a MAC address, found "00-1E"',
     "bad_text" },
   { { "oltmib_opticaldetail_get_1", ("0&"):rep(16):gsub("0", "1", 1) .. "123" .. ("&"):rep(9) .. "0" },
@@ -216,6 +234,9 @@ end
 check.equal("a reply of 1022 characters is whole",
   type(record.decode("oltmib_vlaninfo_get_1", "7&1&a&0&" .. ("x"):rep(512) .. "&" .. ("y"):rep(493)
     .. "&&0&0")), "table")
+check.equal("as many bytes as there is room for",
+  record.decode("oltmib_opticaldetail_get_1", "0&&0&&&&" .. ("0&"):rep(8) .. "&0&"
+  .. ("f0"):rep(32) .. "&&&&&&&&0&0").alarm, ("f0"):rep(32))
 check.equal("blank", #blank("oltmib_vlaninfo_get_1"), 8)
 
 -- record.call
@@ -228,6 +249,10 @@ failure, calls = nil, {}
 check.row(record.call, { vlan, { field1 = "x" } },
   { "nil", 'oltmib_vlaninfo_set_1: field1: expected a whole number, found "x"', "bad_number" })
 check.equal("a wrong field is not sent", calls, {})
+check.row(record.call, { vlan, { field1 = 7 }, { call_second = 1 } }, { "nil",
+  'record.call: options: expected one of call_seconds (did you mean call_seconds?), found "call_second"',
+  "unknown_option" })
+check.equal("nor is what an option misspells", calls, {})
 
 -- record.find
 check.equal("find", record.find("portinfo", "getn").name, "oltmib_portinfo_getn_1")
@@ -256,6 +281,9 @@ check.equal("each row is the key of the next", calls,
 calls, answers = {}, { svi(20), svi(0, 1) }
 check.row(record.rows, { walk, { field1 = 1, oper = 3 } }, { { row_of(20) }, "res", last_of(0) })
 check.equal("the operation code goes along", calls, { walk .. " 1&&&&3", walk .. " 20&vlan20&192.0.2.20&&3" })
+answers = { svi(1), svi(20, -1) }
+check.equal("a result below 0 ends the rows", { select(2, record.rows(walk)) },
+  { "res", { field1 = 20, name = "vlan20", field3 = "192.0.2.20", text = "", oper = 0, res = -1 } })
 answers = { svi(1), svi(2), svi(1) }
 check.row(record.rows, { walk }, { "nil",
   'oltmib_svi_getn_1: expected another row, found row "1&vlan1&192.0.2.1" again', "repeated_row",
@@ -303,6 +331,9 @@ check.equal("a change reads, then sends all", calls,
 answers = { svi(20, 1) }
 check.row(record.change, { "svi", { field1 = 20 } },
   { "nil", "oltmib_svi_get_1: res: expected 0, of a row that is there, found 1", "no_row", last_of(20) })
+answers = { svi(20, -1) }
+check.equal("a result below 0 is no row", select(2, record.get("svi", { field1 = 20 })),
+  "oltmib_svi_get_1: res: expected 0, of a row that is there, found -1")
 answers = { svi(21) }
 check.row(record.change, { "svi", { field1 = 20 } },
   { "nil", "oltmib_svi_get_1: field1: expected the row 20, found 21", "other_row", row_of(21) })
@@ -315,6 +346,10 @@ check.row(record.change, { "devinfo", { hostname = "olt-2", mac = "" } }, { 0, {
   mac = { before = "00-1E-80-4C-00-01", after = "00-00-00-00-00-00" },
 } })
 check.equal("a MAC that is left out on purpose", calls[2], "oltmib_devinfo_set_1 OLT&SN&&1&2&3&0&-1&olt-2")
+answers = { "OLT&SN&00-1E-80-4C-00-01&1&2&3&0&0&olt&0", "0" }
+check.row(record.change, { "devinfo", { mac = "ABC" } }, { 0, {
+  mac = { before = "00-1E-80-4C-00-01", after = "41-42-43-00-00-00" },
+} }, "a short text of a MAC's bytes ends in zeros")
 check.row(record.change, { "vlanbitmapinfo", {} }, { "nil", 'vlanbitmapinfo: expected set, found "get"',
   "no_operation" })
 
@@ -340,7 +375,7 @@ check.row(record.difference, { "x", "1" },
 
 check.equal("nearest", record.nearest("prtinfo", { "portinfo", "portstat" }), "portinfo")
 check.equal("two letters that changed places", { record.nearest("lits", { "list" }), record.nearest("gte", { "get" }),
-  record.nearest("tge", { "get" }) }, { "list", "get" })
+  record.nearest("egt", { "get" }), record.nearest("tge", { "get" }) }, { "list", "get", "get" })
 check.equal("twice as long is no misspelling", record.nearest("ab", { "a" }), nil)
 check.equal("nothing near", record.nearest("zzz", { "portinfo" }), nil)
 

@@ -12,6 +12,7 @@ prints("set svi vlan=20 name=lan", "nothing changed\n")
 prints("set svi vlan=20 'name=two words' address=", 'name: lan -> "two words"\naddress: 198.51.100.1/24 -> ""\n')
 prints("set portinfo port=5 enabled=off", "enabled: on -> off\n")
 prints("set portinfo ifx=5 field4=1 --json", '{"status":0,"changed":{"enabled":{"before":"off","after":"on"}}}\n')
+prints("set portinfo port=5 mtu=1600 --json", '{"status":0,"changed":{"mtu":{"before":1500,"after":1600}}}\n')
 
 -- A dry run changes nothing
 local before = row "svi vlan=20"

@@ -4,7 +4,9 @@ local shell = require "shell"
 local tool = require "tool"
 
 local function words(typed)
-  return (tool.run("rpcctl --complete " .. typed .. " | cut -f 1"):gsub("\n", " "))
+  local found, complaints = tool.run("rpcctl --complete " .. typed .. " | cut -f 1")
+  check.equal("--complete " .. typed .. ": complaints", complaints, "")
+  return (found:gsub("\n", " "))
 end
 for _, row in ipairs {
   { "wa", "watch " }, { "h", "health help " }, { "--v", "--version " }, { "help ba", "backup " },
@@ -19,7 +21,8 @@ for _, row in ipairs {
     "name= " },
   { "rows svi --sort ad", "address " }, { "set --where link=down portinf", "portinfo " }, { "set svi --d",
     "--dry-run " },
-  { "rows svi --d", "" }, { "nonsense a", "" }, { "set portstat counter", "" }, { "rows svi --after v", "vlan= " },
+  { "rows svi --d", "" }, { "health x", "" }, { "call oltmib_svi_get_1 x", "" },
+  { "nonsense a", "" }, { "set portstat counter", "" }, { "rows svi --after v", "vlan= " },
 } do
   check.equal("--complete " .. row[1], words(row[1]), row[2])
 end

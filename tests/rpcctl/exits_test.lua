@@ -89,9 +89,17 @@ shell.tell "clear"
 shell.tell "fault oltmib_svi_set_1 raw XID000000010000000000000000000000000000000000000003"
 ends("rpcctl set svi vlan=20 name=x", 6) -- the daemon's own status is 3
 shell.tell "clear"
+shell.tell "fault oltmib_svi_set_1 raw XID0000000100000000000000000000000000000000ffffffff"
+ends("rpcctl set svi vlan=20 name=x", 6) -- and here -1
+shell.tell "clear"
 shell.tell "stop nsminfo"
 ends("rpcctl rows svi", 4)
 shell.tell "start nsminfo"
 ends("rpcctl rows svi", 0)
+
+-- A program that fails itself, and a write that fails where later ones do not
+ends("LUA_INIT='package.preload[\"rpcctl.commands.get\"] = function() error(5) end' rpcctl get devinfo", 1)
+ends([[LUA_INIT='local write, n = io.write, 0; io.write = function(...) n = n + 1
+  if n == 1 then return nil, "No space left on device" end return write(...) end' rpcctl rows svi --fields vlan]], 1)
 
 check.finish()

@@ -19,6 +19,7 @@ prints("rows portstat --fields port 'counter9>9' 'counter9!=9' 'port<3'", "1\n2\
 prints("get portinfo name=ge3 --fields port", "port\t3\n")
 prints("rows telnet --fields tcp_port", "23\n") -- a table of one row has one
 prints("rows telnet tcp_port=24", "")
+prints("rows svi vlan=20 'name~none'", "") -- one row, and not this one
 local output = tool.run "rpcctl watch portinfo link=down --count 1 --fields port | cut -f 3"
 check.equal("watch takes the same filters", output, "5\n6\n")
 
@@ -30,6 +31,10 @@ fails("rows portinfo bogus=4 --fields port", 2, "rpcctl: rows: portinfo: expecte
   .. 'field23, field24, field25, field26, oper, res, found "bogus"; rpcctl describe TABLE shows the fields\n')
 fails("rows portinfo link=upp", 2, "rpcctl: rows: portinfo: link: expected a number, or one of \"down\", \"up\", found "
   .. '"upp"; rpcctl describe TABLE shows the fields\n')
+check.equal("the only word that a field has", select(2, tool.run [[
+  echo 'return { svi = { field1 = { name = "vlan", values = { [1] = "one" } } } }' >/run/one.lua
+  LIBRPC_NAMES=/run/one.lua rpcctl rows svi vlan=two]]), 'rpcctl: rows: svi: vlan: expected a number, or one of "one", '
+  .. 'found "two"; rpcctl describe TABLE shows the fields\n')
 fails("rows fdb mac=zz", 2, 'rpcctl: rows: fdb: mac: expected a MAC address such as 00-11-22-AA-BB-CC, found "zz"; '
   .. "write it as 00-1e-80-aa-00-01\n")
 fails("rows portinfo 3", 2, "rpcctl: rows: expected FIELD=VALUE (or != < <= > >= ~ !~), found '3'; see rpcctl rows "

@@ -78,7 +78,7 @@ check.equal("hostile texts survive backup and restore", run "rpcctl call oltmib_
 -- Rows come as they are read: the first are there while the daemon is silent
 shell.tell "fault oltmib_portinfo_getn_1 after=3 drop"
 for _, form in ipairs { "tsv", "csv", "jsonl", "kv", "vertical" } do
-  local text = run(tool.command .. " rows portinfo --fields port --timeout 30 --format " .. form
+  local text = run("rm -f /run/out; " .. tool.command .. " rows portinfo --fields port --timeout 300 --format " .. form
     .. " >/run/out & child=$!; "
     .. "await 'grep -q 3 /run/out'; kill -INT $child; cat /run/out")
   check.equal(form .. ": what came is printed", text:find("3") ~= nil, true)

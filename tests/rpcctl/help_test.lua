@@ -21,6 +21,14 @@ for _, name in ipairs(commands.list) do
       ~= nil, true)
   end
 end
+check.equal("two columns, the second folded", overview:find([[
+
+  health    ask every daemon at once whether it is well
+  backup    write the settings of the device, or of some tables, to a file
+  restore   bring the settings of a file back
+  diff      compare the settings of a file with the device's, or with another
+            file's
+]], 1, true) ~= nil, true)
 for line in table.concat(texts):gmatch("[^\n]+") do
   check.equal(line, #line <= 80, true)
 end

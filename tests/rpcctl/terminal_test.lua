@@ -59,6 +59,25 @@ shell.run(tool.command .. [[ set svi vlan=20 "name=$(printf '\346\274\242\345\25
 check.equal("wide characters", shown("rpcctl rows svi --fields vlan,name,address", 80),
   "vlan  name     address\n1     vlan1    192.0.2.10/24\n20    漢字 🙂  198.51.100.1/24\n")
 
+for length, expected in pairs { [40] = ("x"):rep(40), [41] = ("x"):rep(37) .. "..." } do
+  shell.run(tool.command .. " set sdsminfo content=" .. ("x"):rep(length))
+  check.equal(length .. " characters", shown("rpcctl rows sdsminfo --fields content", 80),
+    "content\n" .. expected .. "\n")
+end
+
+-- describe: the records' names where there is room for all, long cells in several lines
+local account = "oltmib_account_get_1   get        hostpdinfo  50006    12         "
+  .. "oltmib_accountEntry  oltmib_accountEntry"
+screen = shown("rpcctl describe account", #account)
+check.equal("describe as wide as its lines", screen:find(account .. "\n", 1, true) ~= nil, true)
+screen = shown("rpcctl describe account", #account - 1)
+check.equal("describe where one character is missing", screen:find("oltmib_accountEntry"), nil)
+check.equal("a long cell", shown("rpcctl describe portinfo", 72, { lines = 50 }):match("\nlink.-\nspeed"), [[
+
+link         field5   int         5         5      whole number; down=0
+                                                   up=1
+speed]])
+
 -- No line of any table's rows, of help or of describe is wider than the terminal
 local list = shell.run(tool.command .. " list --tables | awk '$3 ~ /getn?/ { print $1 }'")
 local script = "for name in " .. list:gsub("\n", " ") .. "; do for command in rows describe; do "

@@ -118,7 +118,6 @@ local function tell(state, writer)
       put("gone", row)
     end
   end
-  ending.flush()
 end
 
 local function run(this, wanted, options, listening)

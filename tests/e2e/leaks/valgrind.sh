@@ -3,6 +3,9 @@
 # fault or memory that nobody has any more:
 #
 #     valgrind.sh PROGRAM [ARGUMENT]...
-here=$(dirname "$(realpath "$0")")
-exec valgrind -q --leak-check=full --show-leak-kinds=definite,indirect,possible --error-exitcode=99 \
+#
+# Also where a test's PATH leads nowhere.
+here=${0%/*}
+valgrind=$(PATH=$PATH:/usr/bin:/bin command -v valgrind)
+exec "$valgrind" -q --leak-check=full --show-leak-kinds=definite,indirect,possible --error-exitcode=99 \
   --errors-for-leak-kinds=definite,indirect,possible --suppressions="$here/kept_on_purpose.supp" "$@"

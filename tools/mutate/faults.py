@@ -14,6 +14,9 @@ SWAPS = {
             "-": "+", "*": "+", "true": "false", "false": "true"},
 }
 BINARY = {"<", "<=", ">", ">=", "+", "-", "*"}  # with a blank on both sides: not a sign, a template or a pointer
+# Between the brackets of these no fault means anything: what the compiler alone sees, and
+# hints of how much room to make.
+UNSEEN = {"static_assert", "lua_createtable"}
 CONTROL = {"if", "for", "while", "switch", "return", "sizeof", "static_assert", "function", "alignas", "decltype"}
 
 
@@ -126,5 +129,9 @@ KINDS = (swapped, counted_wrong, negated, removed, arguments_swapped)
 
 def faults_of(source, language):
     tokens = tokens_of(source, language)
+    unseen = [(tokens[i + 1].start, tokens[closing(tokens, i + 1)].end) for i in range(len(tokens) - 1)
+              if tokens[i].text in UNSEEN and tokens[i + 1].text == "("]
     for kind in KINDS:
-        yield from kind(source, tokens, language)
+        for fault in kind(source, tokens, language):
+            if not any(start < fault.start < end for start, end in unseen):
+                yield fault

@@ -20,6 +20,10 @@
 //         a set whose int is formatted as if it began a record
 //     STUB(stub, procedure, request, reply)
 //         a procedure that Lua cannot call
+//
+// The rows are included once for each thing that is made of them: the checks, the
+// stubs' declarations, the rows' numbers, the table of the APIs, and the stubs.
+// docs/row.svg is a picture of it.
 #include "common/registry.h"
 #include "common/service.h"
 #include "common/text.h"

@@ -5,9 +5,9 @@
 
 A NAME is an API (oltmib_devinfo_get_1), a converter (str2arg_devinfo), a record
 (oltmib_DevInfoEntry), an XDR routine (xdr_oltmib_DevInfoEntry), a table (devinfo), a
-field (hostname; devinfo.hostname or oltmib_DevInfoEntry.hostname for one), a trace
-line as it is printed ("[str2arg_devinfo: 28]"), or any function, type or constant of
-the sources. Editors find the same by `ctags -R`, whose patterns are
+field (hostname; devinfo.hostname or oltmib_DevInfoEntry.hostname for one), the name
+that a file of names gives a field (portinfo.link), a trace line as it is printed
+("[str2arg_devinfo: 28]"), or any function, type or constant of the sources. Editors find the same by `ctags -R`, whose patterns are
 .ctags.d/librpc.ctags."""
 import difflib
 import json
@@ -27,11 +27,11 @@ def tags():
     """All that ctags finds in the sources that the repository knows."""
     files = subprocess.run(["git", "ls-files", "-co", "--exclude-standard", "rpc", "common", "services", "sim", "tools",
                             "lua", "bin", "web", "bench"], cwd=ROOT, stdout=subprocess.PIPE, text=True, check=True).stdout
-    files = "\n".join(name for name in files.split("\n") if (ROOT / name).is_file())
+    files = "\n".join(name for name in files.split("\n") if (ROOT / name).is_file() and "/vendor/" not in name)
     made = subprocess.run(["ctags", "--options=.ctags.d/librpc.ctags", "--output-format=json", "-L", "-", "-f", "-"],
-                          cwd=ROOT, input=files, stdout=subprocess.PIPE, text=True, check=False)
-    if made.returncode != 0:
-        fail("ctags", "success", f"status {made.returncode}")
+                          cwd=ROOT, input=files, stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True, check=False)
+    if made.returncode != 0:  # it warns of names that it cannot write, which nobody asks for
+        fail("ctags", "success", f"status {made.returncode}: {made.stderr}")
     return [tag for tag in map(json.loads, made.stdout.splitlines()) if tag["_type"] == "tag"]
 
 
@@ -47,10 +47,17 @@ def record_of(table, known):
     return table
 
 
+def table_around(tag):
+    """The table of a file of names that a line of it belongs to."""
+    lines = (ROOT / tag["path"]).read_text().splitlines()[:tag["line"]]
+    return next((found[1] for found in map(re.compile(r"  (\w+) = \{").match, reversed(lines)) if found), None)
+
+
 def members(owner, field, known):
     record = record_of(owner, known)
-    return [tag for tag in known if tag["kind"] == "member" and tag["name"] == field
-            and tag.get("scope", "").split("::")[-1] == record]
+    named = [tag for tag in known if tag["name"] == field]
+    return [tag for tag in named if tag["kind"] == "member" and tag.get("scope", "").split("::")[-1] == record
+            or tag["kind"] == "fieldname" and table_around(tag) == owner]
 
 
 def trace_lines(function, number, known):

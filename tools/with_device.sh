@@ -82,7 +82,7 @@ clean_up() {
 wait_until() {
   local pid=$1 tries
   shift
-  for ((tries = 0; tries < 500; tries++)); do
+  for ((tries = 0; tries < 3000; tries++)); do
     "$@" >/dev/null 2>&1 && return 0
     kill -0 "$pid" 2>/dev/null || return 1
     sleep 0.02

@@ -45,13 +45,19 @@ def names_of(service):
 
 def test_where(service):
     names = names_of(service)
-    done = subprocess.run([SOURCE / "tools/where.py", *names], stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True)
+    done = subprocess.run([SOURCE / "tools/where.py", *names], stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
     lines = done.stdout.splitlines()
     for name, wanted in names.items():
         if done.returncode != 0 or not any(
                 re.match(rf"services/{service.name}/\S+:\d+: (?:{wanted})", line) for line in lines):
-            fail(name, f"a line of services/{service.name}/ that begins with {wanted}", done.stdout)
+            fail(name, f"a line of services/{service.name}/ that begins with {wanted}", done.stdout + done.stderr)
     print(f"{service.name}: {len(names)} names found")
+    if done.stderr:
+        fail("where", "nothing but lines", done.stderr)
+    if service.name == "nsminfo":  # what a file of names calls a field
+        named = subprocess.run([SOURCE / "tools/where.py", "portinfo.link"], stdout=subprocess.PIPE, text=True).stdout
+        if not re.fullmatch(r'sim/names\.lua:\d+: field5 = \{ name = "link",.*\n', named):
+            fail("portinfo.link", "its line of sim/names.lua", named)
 
 
 def test_ctags(service):

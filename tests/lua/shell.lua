@@ -1,10 +1,20 @@
 -- What the tests of programs share: running them, and telling the device.
 local shell = {}
 
+-- A function of every shell here, for what has to come true first: tries a command (one
+-- word) until it succeeds, and fails after a minute, which only a broken program needs.
+local await = [[await() {
+  tries=0
+  until eval "$1" >/dev/null 2>&1; do
+    tries=$((tries + 1)); [ $tries -lt 3000 ] || return 1; sleep 0.02
+  done
+}
+]]
+
 -- Runs a command: its standard output, its standard error, its exit status.
 function shell.run(command)
   local errors = os.tmpname()
-  local pipe = io.popen("{ " .. command .. "\n} 2>" .. errors .. "; echo \"[$?]\"")
+  local pipe = io.popen(await .. "{ " .. command .. "\n} 2>" .. errors .. "; echo \"[$?]\"")
   local output, status = pipe:read("*a"):match("^(.*)%[(%d+)%]\n$")
   pipe:close()
   local file = io.open(errors)

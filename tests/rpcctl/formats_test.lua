@@ -80,7 +80,7 @@ shell.tell "fault oltmib_portinfo_getn_1 after=3 drop"
 for _, form in ipairs { "tsv", "csv", "jsonl", "kv", "vertical" } do
   local text = run(tool.command .. " rows portinfo --fields port --timeout 30 --format " .. form
     .. " >/run/out & child=$!; "
-    .. "for try in $(seq 250); do grep -q 3 /run/out && break; sleep 0.02; done; kill -INT $child; cat /run/out")
+    .. "await 'grep -q 3 /run/out'; kill -INT $child; cat /run/out")
   check.equal(form .. ": what came is printed", text:find("3") ~= nil, true)
   shell.tell "clear"
   shell.tell "fault oltmib_portinfo_getn_1 after=3 drop"

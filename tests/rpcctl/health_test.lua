@@ -32,21 +32,22 @@ local _, _, started = shell.run(([[(
   python3 -c 'import socket, time
 s = socket.socket(socket.AF_INET, socket.SOCK_DGRAM); s.bind(("127.0.0.1",
   %d)); time.sleep(60)' >/dev/null 2>&1 & echo $! >/run/silent
-  sleep 0.3
+  await 'grep -q ":%04X " /proc/net/udp'
   python3 - <<'END'
 import socket, struct
 s = socket.socket(socket.AF_INET, socket.SOCK_DGRAM); s.settimeout(5)
 s.sendto(struct.pack(">14I", 7, 0, 2, 100000, 2, 1, 0, 0, 0, 0, 50018, 1, 17, %d), ("127.0.0.1", 111))
 raise SystemExit(struct.unpack(">7I", s.recv(100)[:28])[6] != 1)
 END
-)]]):format(port, port))
+)]]):format(port, port, port))
 check.equal("a silent daemon is registered", started, 0)
 output, errors = run "rpcctl health --timeout 0.3 | grep -v well"
 check.equal("a stuck one", { output, errors }, { "lpdet\t50018\tstuck\t\t\tloop detection\tRPC: Timed out\n",
   "rpcctl: health: expected all services to be well, found lpdet stuck\n" })
 tool.fails("health --timeout 0.3 >/dev/null", 5, "rpcctl: health: expected all services to be well, found lpdet "
   .. "stuck\n")
-shell.run "kill $(cat /run/silent); sleep 0.5"
+shell.run "kill $(cat /run/silent)"
+shell.run(("await '! grep -q \":%04X \" /proc/net/udp'"):format(port))
 output = run "rpcctl health --timeout 0.3 | grep -v well | cut -f 3"
 check.equal("one that is gone", output, "gone\n")
 

@@ -5,6 +5,7 @@
 --     tool.fails("rows svj", 3, "rpcctl: ...\n")
 --     local screen = tool.terminal { columns = 80, "rpcctl rows svi", shows = "vlan20" }
 local check = require "check"
+local clock = require "clock"
 local shell = require "shell"
 
 local tool = {}
@@ -38,40 +39,38 @@ end
 local servers = 0
 
 -- Runs a line on a terminal of tmux and gives what it shows once that has `shows` (a
--- plain text), or, where it never does, at the end of 10 seconds. Further settings:
--- columns, lines, environment ("NO_COLOR=1"), coloured (with its escapes), keys (sent
--- once `ready` is shown), after (a shell's line run then). The line's own end is shown
--- as "[exit STATUS]".
+-- plain text; the line's own end, "[exit STATUS]", if not given). Where it never does,
+-- the test fails after a minute. Further settings: columns, lines, environment
+-- ("NO_COLOR=1"), coloured (with its escapes), keys (sent once `ready` is shown).
 function tool.terminal(settings)
   servers = servers + 1
-  local name = "rpcctl" .. servers
+  -- in /run, which is this test's alone: names are the whole machine's
+  local name = "/run/terminal" .. servers
   local script = os.tmpname()
   local file = assert(io.open(script, "w"))
   file:write("PS1= ; ", prefix, (settings.environment or "") ~= "" and "export " .. settings.environment .. "; " or "",
-    settings[1], "; echo \"[exit $?]\"; sleep 100\n")
+    settings[1], "; echo \"[exit $?]\"; sleep 300\n")
   file:close()
-  local tmux = "tmux -L " .. name .. " -f /dev/null "
+  local tmux = "tmux -S " .. name .. " -f /dev/null "
   local _, errors, status = shell.run(("TERM=xterm-256color %snew-session -d -x %d -y %d 'bash %s'"):format(tmux,
     settings.columns or 80, settings.lines or 24, script))
   check.equal("tmux: " .. errors, status, 0)
   local function shown_with(text)
     local screen
-    for _ = 1, 500 do
-      screen = shell.run(tmux .. "capture-pane -p " .. (settings.coloured and "-e" or ""))
-      if screen:find(text, 1, true) then
+    local over = clock.now() + 60
+    repeat
+      screen = shell.run("sleep 0.02; " .. tmux .. "capture-pane -p " .. (settings.coloured and "-e" or ""))
+      local is_shown = screen:find(text, 1, true)
+      if not is_shown and clock.now() >= over then
+        check.equal("a terminal that shows " .. text, screen, text)
         break
       end
-      os.execute "sleep 0.02"
-    end
+    until is_shown
     return (screen:gsub("%s*\n%s*$", "\n"):gsub("[ ]+\n", "\n"))
   end
   if settings.keys then
     shown_with(settings.ready)
     shell.run(tmux .. "send-keys " .. settings.keys)
-  end
-  if settings.after then
-    shown_with(settings.ready)
-    shell.run(settings.after)
   end
   local screen = shown_with(settings.shows or "[exit ")
   shell.run(tmux .. "kill-server")

@@ -55,7 +55,7 @@ export async function visit(
     httpCredentials: user ? { username: user, password: users[user] } : undefined,
     ...more,
   });
-  context.setDefaultTimeout(15000);
+  context.setDefaultTimeout(60000); // which only a broken page takes
   const page = await context.newPage();
   const problems = [];
   const requests = [];
@@ -134,7 +134,7 @@ export function with_page(title, where, options, work) {
 }
 
 // Waits until `read` gives what is expected.
-export async function until(read, expected, seconds = 15) {
+export async function until(read, expected, seconds = 60) {
   const end = Date.now() + seconds * 1000;
   for (;;) {
     const found = await read();

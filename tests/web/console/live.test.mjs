@@ -14,6 +14,13 @@ const moving = (page) =>
     true,
   );
 
+// How many requests begin in a second: one that was about to begin comes within it.
+async function asked_in_a_second(page, requests) {
+  const before = requests.length;
+  await page.waitForTimeout(1000);
+  return requests.length - before;
+}
+
 async function saved(page) {
   const [download] = await Promise.all([
     page.waitForEvent("download"),
@@ -68,7 +75,7 @@ with_page("refreshes come once a second where nobody says otherwise", "#/ports",
       .filter((request) => request.url().endsWith("/api/all"))
       .map((request) => request.timing().startTime)
       .filter((at) => at > 0);
-  await until(() => Promise.resolve(times().length >= 6), true, 30);
+  await until(() => Promise.resolve(times().length >= 6), true);
   const steps = times()
     .slice(-4)
     .map((at, i, all) => at - all[i - 1])
@@ -126,10 +133,8 @@ with_page(
     await moving(page);
     await page.getByRole("button", { name: "Pause" }).click();
     assert.equal(await page.getByRole("button", { name: "Pause" }).getAttribute("aria-pressed"), "true");
-    await page.waitForTimeout(500); // one that was under way
+    await until(() => asked_in_a_second(page, requests), 0);
     const before = requests.length;
-    await page.waitForTimeout(1000);
-    assert.equal(requests.length, before);
     await page.getByRole("button", { name: "Pause" }).click();
     await until(() => Promise.resolve(requests.length > before + 2), true);
   },
@@ -139,11 +144,11 @@ with_page(
   "the pointer and the keyboard tell the values of a moment, in all plots",
   "#/ports",
   { every: 0.2 },
-  async (page) => {
+  async (page, { requests }) => {
     await moving(page);
     await until(() => page.locator(".slider").evaluate((slider) => Number(slider.max) > 12), true);
     await page.getByRole("button", { name: "Pause" }).click();
-    await page.waitForTimeout(600);
+    await until(() => asked_in_a_second(page, requests), 0);
     assert.match(await text_of(page, ".at"), /the latest/);
     const latest = await values(page, "octets_in");
     await page.getByLabel("Values at").focus();
@@ -226,7 +231,10 @@ test("a refresh leaves what is selected, what has the focus and every element in
     const { page, requests } = visitor;
     await page.locator(ready).nth(3).waitFor();
     await page.locator(selected).first().waitFor();
-    await page.waitForTimeout(1000);
+    // a refresh begins when the one before is shown, plots when there are two readings
+    const asked = () => Promise.resolve(requests.filter((request) => request.url().includes("/api/")).length > 15);
+    await until(asked, true);
+    if (hash === "#/ports") await until(() => page.locator("main .uplot").count(), 2);
     await page.evaluate((what) => {
       window.gone = [];
       new MutationObserver((changes) => {
@@ -262,10 +270,8 @@ test("a page that nobody sees asks nothing", async () => {
     window.unseen = true;
     document.dispatchEvent(new Event("visibilitychange"));
   });
-  await page.waitForTimeout(500);
+  await until(() => asked_in_a_second(page, requests), 0);
   const before = requests.length;
-  await page.waitForTimeout(800);
-  assert.equal(requests.length, before);
   await page.evaluate(() => {
     window.unseen = false;
     document.dispatchEvent(new Event("visibilitychange"));

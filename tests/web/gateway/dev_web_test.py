@@ -34,7 +34,7 @@ def start(port):
 
 
 def get(path, password=None):
-    connection = http.client.HTTPConnection("127.0.0.1", port, timeout=30)
+    connection = http.client.HTTPConnection("127.0.0.1", port, timeout=60)
     headers = {"Authorization": "Basic " + base64.b64encode(f"admin:{password}".encode()).decode()} if password else {}
     connection.request("GET", path, headers=headers)
     return connection.getresponse()
@@ -72,7 +72,7 @@ try:
     program.stdout.readline()
 finally:
     program.terminate()
-for _ in range(100):
+for _ in range(600):
     with socket.socket() as probe:
         listens = probe.connect_ex(("127.0.0.1", port)) == 0
     if not listens:

@@ -31,17 +31,11 @@ local function many_rows(rounds)
       librpc.callapi(name, argument)
     end
   end
-  local times = { echo = {}, one = {}, all = {} }
-  for round = 1, rounds do
-    times.echo[round] = timing.echo(api, rows)
-    times.one[round] = timing.round(one_by_one, 1) / rows
-    times.all[round] = timing.round(calls.all, 1, list, 1.0) / rows
-  end
-  local result = {}
-  for way, list_of_times in pairs(times) do
-    result[way] = stats.median(list_of_times)
-  end
-  return result
+  return stats.medians({
+    echo = function() return timing.echo(api, rows) end,
+    one = function() return timing.round(one_by_one, 1) / rows end,
+    all = function() return timing.round(calls.all, 1, list, 1.0) / rows end,
+  }, rounds)
 end
 
 -- What a command prints beside slow daemons: its two numbers.

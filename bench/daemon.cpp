@@ -32,10 +32,8 @@ uint16_t body_units[programs][procedures]; // of the reply; 0 is no such procedu
 int open_socket(uint16_t& port)
 {
     const int fd = socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
-    sockaddr_in address = {};
+    sockaddr_in address = loopback_address(0);
     socklen_t size = sizeof address;
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
     if (fd < 0 || bind(fd, reinterpret_cast<sockaddr*>(&address), size) != 0 ||
         getsockname(fd, reinterpret_cast<sockaddr*>(&address), &size) != 0)
         give_up("socket on 127.0.0.1");

@@ -155,10 +155,7 @@ int connected_socket(lua_State* L, int port)
     static int fd = -1;
     if (fd >= 0)
         return fd;
-    sockaddr_in address = {};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    address.sin_port = htons(static_cast<uint16_t>(port));
+    const sockaddr_in address = loopback_address(static_cast<uint16_t>(port));
     fd = socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
     if (fd < 0 || connect(fd, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0)
         fail(L, "socket to the daemon");

@@ -19,21 +19,6 @@ local function getters()
   return list
 end
 
-local function medians(programs, rounds)
-  local times = {}
-  for round = 1, rounds do
-    for key, run in pairs(programs) do
-      times[key] = times[key] or {}
-      times[key][round] = run()
-    end
-  end
-  local result = {}
-  for key, list in pairs(times) do
-    result[key] = stats.median(list)
-  end
-  return result
-end
-
 -- Microseconds of the clock, from inside the processes.
 local function first_calls(build, rounds)
   local names, bare = {}, {}
@@ -41,9 +26,9 @@ local function first_calls(build, rounds)
     names[#names + 1] = api.name
     bare[#bare + 1] = ("%d %d %d"):format(api.program, api.procedure, api.request)
   end
-  local library = "lua5.1 bench/first.lua " .. table.concat(names, " ")
+  local library = "lua5.1 bench/fresh.lua first " .. table.concat(names, " ")
   local sockets = build .. "/bench/bare_first " .. table.concat(bare, " ")
-  local result = medians({
+  local result = stats.medians({
     library = function() return tonumber(output.of(library)) end,
     sockets = function() return tonumber(output.of(sockets)) end,
   }, rounds)
@@ -61,7 +46,7 @@ local function processes(rounds)
     calls[i] = ('assert(librpc.callapi("%s", "1"))'):format(names[i].name)
   end
   local one = names[1].name
-  return medians({
+  return stats.medians({
     bare = lua(""),
     tirpc = lua('require "only_tirpc"'),
     library = lua('require "librpc"'),

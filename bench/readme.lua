@@ -1,20 +1,14 @@
 -- Puts the ratios of docs/performance.md into README.md, between its marks:
 --
 --     lua5.1 bench/readme.lua docs/performance.md README.md
+local output = require("output")
 local source, target = ...
-
-local function read(path)
-  local file = assert(io.open(path))
-  local text = file:read("*a")
-  file:close()
-  return text
-end
 
 local rows = {
   "| call | library, µs | bare echo, µs | rpcgen's way, µs | library / echo | library / rpcgen's |",
   "|---|---|---|---|---|---|",
 }
-for line in read(source):gmatch("[^\n]+") do
+for line in output.read(source):gmatch("[^\n]+") do
   local cells = {}
   for cell in line:gmatch("|%s*([^|]-)%s*%f[|]") do
     cells[#cells + 1] = cell
@@ -31,13 +25,11 @@ if #rows < 3 then
 end
 
 local block = "<!-- performance -->\n" .. table.concat(rows, "\n") .. "\n<!-- /performance -->"
-local text, found = read(target):gsub("<!%-%- performance %-%->.-<!%-%- /performance %-%->", function()
+local text, found = output.read(target):gsub("<!%-%- performance %-%->.-<!%-%- /performance %-%->", function()
   return block
 end)
 if found ~= 1 then
   io.stderr:write("readme: ", target, ": expected one block of performance, found ", found, "\n")
   os.exit(1)
 end
-local file = assert(io.open(target, "w"))
-assert(file:write(text))
-file:close()
+output.write(target, text)

@@ -72,7 +72,7 @@ function size.measure(library, scratch)
   local result = { bytes = tonumber((output.of("wc -c <" .. stripped))) }
   result.parts, result.zeroed = made_of(stripped)
   result.relocations, result.by_name, result.packed = relocations(stripped)
-  local pages = output.of("lua5.1 bench/residence.lua " .. library)
+  local pages = output.of("lua5.1 bench/fresh.lua residence " .. library)
   result.resident, result.private = pages:match("(%d+)%s+(%d+)")
   return result
 end

@@ -6,27 +6,20 @@ local stats = require("stats")
 
 local startup = {}
 
+-- The microseconds of an interpreter that runs this.
+local function running(code)
+  return function() return bench.run("lua5.1", "-e", code) end
+end
+
 function startup.measure(library, rounds)
-  local programs = {
-    { key = "bare", code = "" },
-    { key = "tirpc", code = 'require "only_tirpc"' },
-    { key = "library", code = 'require "librpc"' },
-  }
-  local times = { bare = {}, tirpc = {}, library = {} }
-  for round = 1, rounds do
-    for _, program in ipairs(programs) do
-      times[program.key][round] = bench.run("lua5.1", "-e", program.code)
-    end
-  end
-  local result = {}
-  for key, list in pairs(times) do
-    result[key] = stats.median(list)
-  end
-  local opening = {}
-  for round = 1, math.ceil(rounds / 4) do
-    opening[round] = tonumber(output.of("lua5.1 bench/opening.lua " .. library))
-  end
-  result.opening = stats.median(opening)
+  local result = stats.medians({
+    bare = running "",
+    tirpc = running 'require "only_tirpc"',
+    library = running 'require "librpc"',
+  }, rounds)
+  result.opening = stats.medians({
+    function() return tonumber(output.of("lua5.1 bench/fresh.lua opening " .. library)) end,
+  }, math.ceil(rounds / 4))[1]
   return result
 end
 

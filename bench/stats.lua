@@ -16,4 +16,20 @@ function stats.spread(values)
   return (quantile(values, 0.75) - quantile(values, 0.25)) / 2 / quantile(values, 0.5)
 end
 
+-- The median of what each program gives, by its key; rounds of one after another.
+function stats.medians(programs, rounds)
+  local values = {}
+  for round = 1, rounds do
+    for key, run in pairs(programs) do
+      values[key] = values[key] or {}
+      values[key][round] = run()
+    end
+  end
+  local result = {}
+  for key, list in pairs(values) do
+    result[key] = stats.median(list)
+  end
+  return result
+end
+
 return stats

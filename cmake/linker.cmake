@@ -1,9 +1,9 @@
 # What the linker can do, asked anew at each configuration by linking with the
 # flags that modules are linked with.
 #
-# Relative relocations packed into a bitmap (DT_RELR): 70 KB less in a library of
-# 230. Sets the option LIBRPC_PACK_RELOCATIONS and, for it, the linker's option in
-# LIBRPC_RELOCATIONS.
+# Relative relocations packed into a bitmap (DT_RELR), which are a part of the file's size
+# that docs/performance.md tells. Sets the option LIBRPC_PACK_RELOCATIONS and, for it, the
+# linker's option in LIBRPC_RELOCATIONS.
 #
 # A linker that does not know its option may say so and go on, and a C library
 # that does not know the table leaves the pointers as they are: the first call
@@ -64,8 +64,8 @@ elseif(NOT LIBRPC_RELOCATIONS)
     "found one that makes no .relr.dyn, or one that glibc refuses")
 endif()
 
-# Two segments instead of four: 8 KB of padding less. gold, which knows no such
-# option, makes two anyway.
+# Two segments instead of four: less padding. gold, which knows no such option, makes two
+# anyway.
 link_probe(-Wl,-z,noseparate-code file)
 if(file)
   set(LIBRPC_SEGMENTS -Wl,-z,noseparate-code)

@@ -9,7 +9,6 @@
 #include <pthread.h>
 
 #include "rpc/lock.h"
-#include "rpc/xdr_routine.h"
 
 namespace
 {

@@ -190,6 +190,27 @@ int all(lua_State* L)
     return 2;
 }
 
+// Puts into the list at 1 what the service's daemon said.
+void tell_of_service(lua_State* L, const ApiCall& call)
+{
+    int place = 1;
+    while (all_services[static_cast<size_t>(place) - 1] != call.owner)
+        place++;
+    lua_rawgeti(L, 1, place);
+    if (call.port != 0) {
+        lua_pushinteger(L, call.port);
+        lua_setfield(L, -2, "port");
+    }
+    if (call.text) {
+        lua_pushnumber(L, call.seconds);
+        lua_setfield(L, -2, "seconds");
+    } else {
+        push_failure_table(L, call.status);
+        lua_setfield(L, -2, "failure");
+    }
+    lua_pop(L, 1);
+}
+
 // calls.services([seconds]): the null procedure of every service, all at once,
 // as { { service =, program =, title =, port =, seconds = or failure = }, ... }.
 int services(lua_State* L)
@@ -216,21 +237,7 @@ int services(lua_State* L)
     while (calls.is_open() || calls.first_finished()) {
         calls.wait(no_deadline, caller);
         while (const ApiCall* call = calls.first_finished()) {
-            for (place = 1; all_services[static_cast<size_t>(place) - 1] != call->owner;)
-                place++;
-            lua_rawgeti(L, 1, place);
-            if (call->port != 0) {
-                lua_pushinteger(L, call->port);
-                lua_setfield(L, -2, "port");
-            }
-            if (call->text) {
-                lua_pushnumber(L, call->seconds);
-                lua_setfield(L, -2, "seconds");
-            } else {
-                push_failure_table(L, call->status);
-                lua_setfield(L, -2, "failure");
-            }
-            lua_pop(L, 1);
+            tell_of_service(L, *call);
             calls.drop_finished();
         }
     }

@@ -5,7 +5,6 @@
 
 #include "common/digits.h"
 #include "rpc/bytes.h"
-#include "rpc/xdr_routine.h"
 
 int register_apis(const Service& service)
 {

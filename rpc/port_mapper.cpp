@@ -8,7 +8,7 @@
 #include <rpc/pmap_prot.h>
 #include <rpc/rpcb_prot.h>
 
-#include "rpc/xdr_routine.h"
+#include "rpc/record.h"
 
 namespace
 {

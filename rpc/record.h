@@ -61,6 +61,12 @@ constexpr unsigned size_of(Kind kind)
 // stream has no room, or no more units.
 typedef bool_t (*XdrRoutine)(XDR* xdrs, void* object);
 
+// The same as the RPC library's calls take it: through xdrproc_t, whatever its own type.
+template <class Routine> xdrproc_t as_xdrproc(Routine* routine)
+{
+    return reinterpret_cast<xdrproc_t>(reinterpret_cast<void (*)()>(routine));
+}
+
 // One record type. Its size in memory is `size` bytes, on the wire `units`
 // units of four bytes.
 struct Record {

@@ -25,15 +25,6 @@ constexpr uint16_t others_ports[] = {623, 631, 636, 655, 664, 749, 750, 754, 783
                                      853, 873, 902, 989, 990, 992, 993, 995};
 constexpr int port_tries = 8; // with as many taken, the socket gets any port
 
-sockaddr_in loopback(uint16_t port)
-{
-    sockaddr_in address = {};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    address.sin_port = htons(port);
-    return address;
-}
-
 bool is_others(uint16_t port)
 {
     for (const uint16_t other : others_ports)
@@ -50,7 +41,7 @@ bool bind_reserved(int fd, uint32_t random, uint16_t not_this)
         if (is_others(port) || port == not_this)
             continue;
         tries++;
-        const sockaddr_in address = loopback(port);
+        const sockaddr_in address = loopback_address(port);
         if (bind(fd, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0)
             return true;
         if (errno != EADDRINUSE)
@@ -61,7 +52,7 @@ bool bind_reserved(int fd, uint32_t random, uint16_t not_this)
 
 bool connect_to(int fd, uint16_t port)
 {
-    const sockaddr_in server = loopback(port);
+    const sockaddr_in server = loopback_address(port);
     return connect(fd, reinterpret_cast<const sockaddr*>(&server), sizeof server) == 0;
 }
 
@@ -112,7 +103,7 @@ ssize_t send_guarded(int fd, const void* datagram, size_t size, sockaddr_in& ser
 
 ssize_t UdpSocket::send(const void* datagram, size_t size)
 {
-    sockaddr_in server = loopback(port);
+    sockaddr_in server = loopback_address(port);
     const ssize_t sent = was_just_used ? ::send(fd, datagram, size, MSG_NOSIGNAL | MSG_FASTOPEN)
                                        : send_guarded(fd, datagram, size, server);
     if (sent >= 0 || !tells_of_another(errno))

@@ -3,9 +3,20 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <netinet/in.h>
 #include <sys/types.h>
 
 #include "rpc/descriptor.h"
+
+// A port of 127.0.0.1.
+inline sockaddr_in loopback_address(uint16_t port)
+{
+    sockaddr_in address = {};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    address.sin_port = htons(port);
+    return address;
+}
 
 // Which local port a socket gets.
 enum class LocalPort : uint8_t {

@@ -3,7 +3,6 @@
 #include "rpc/bytes.h"
 #include "rpc/int64.h"
 #include "rpc/record.h"
-#include "rpc/xdr_routine.h"
 
 namespace
 {

@@ -14,7 +14,6 @@
 #include <unistd.h>
 
 #include "rpc/client.h"
-#include "rpc/xdr_routine.h"
 #include "sim/fail.h"
 
 const char commands_help[] = "  count TARGET    how many calls came in since the start\n"
@@ -56,19 +55,10 @@ struct Coded {
 
 bool_t xdr_coded(XDR* xdrs, Coded* coded) { return xdr_record(xdrs, *coded->record, coded->row); }
 
-sockaddr_in loopback(uint16_t port)
-{
-    sockaddr_in address = {};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    address.sin_port = htons(port);
-    return address;
-}
-
 // A UDP socket on a free port.
 int open_socket()
 {
-    const sockaddr_in address = loopback(0);
+    const sockaddr_in address = loopback_address(0);
     const int fd = socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
     if (fd < 0 || bind(fd, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0)
         fail("socket", "a free UDP port on 127.0.0.1", strerror(errno));
@@ -204,6 +194,11 @@ std::string Device::command(const std::string& line)
         return "ok";
     if (verb != "port" && verb != "stop" && verb != "start" && verb != "restart" && verb != "unregister")
         return "error: expected a command (see --help), found '" + verb + "'";
+    return command_to_daemon(verb, argument);
+}
+
+std::string Device::command_to_daemon(const std::string& verb, const std::string& argument)
+{
     Daemon* daemon = daemon_of(argument);
     if (!daemon)
         return "error: " + verb + ": expected a service, found '" + argument + "'";

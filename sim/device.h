@@ -72,6 +72,7 @@ class Device
     void send_due();
     int milliseconds_to_next() const;
     std::string count_calls(const std::string& target) const;
+    std::string command_to_daemon(const std::string& verb, const std::string& argument);
 
     std::vector<Daemon> daemons;
     std::vector<std::unique_ptr<Fault>> faults;

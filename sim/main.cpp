@@ -1,6 +1,7 @@
 // The simulated device: every daemon that the library knows, in one program.
 #include <cerrno>
 #include <cstring>
+#include <optional>
 #include <poll.h>
 #include <sys/socket.h>
 #include <sys/un.h>
@@ -71,6 +72,8 @@ int tell(const std::string& path, const std::string& line)
     return 0;
 }
 
+void print_help() { printf("%s%s%s", usage, commands_help, faults_help); }
+
 void print_tables()
 {
     for (const Service* service : all_services) {
@@ -81,22 +84,24 @@ void print_tables()
                    table.single() ? "one row" : "rows", table.size(), table.size() == 1 ? "row" : "rows");
     }
 }
-} // namespace
 
-int main(int argc, char** argv)
-{
+struct Options {
     std::string log, control;
-    std::vector<std::string> commands;
+    std::vector<std::string> commands; // to carry out before it serves
     unsigned seed = 1;
+};
+
+// What the command line asks for; where that is no device, it is done, and `status` its
+// exit status.
+Options options_of(int argc, char** argv, std::optional<int>& status)
+{
+    Options options;
     for (int i = 1; i < argc; i++) {
         const std::string option = argv[i];
-        if (option == "--help") {
-            printf("%s%s%s", usage, commands_help, faults_help);
-            return 0;
-        }
-        if (option == "--tables") {
-            print_tables();
-            return 0;
+        if (option == "--help" || option == "--tables") {
+            option == "--help" ? print_help() : print_tables();
+            status = 0;
+            return options;
         }
         if (i + 1 == argc)
             fail("arguments", "an option of --help and its value", "'" + option + "'");
@@ -105,30 +110,41 @@ int main(int argc, char** argv)
             std::string line;
             for (i++; i < argc; i++)
                 line += std::string(line.empty() ? "" : " ") + argv[i];
-            return tell(value, line);
+            status = tell(value, line);
+            return options;
         }
         if (option == "--log")
-            log = value;
+            options.log = value;
         else if (option == "--control")
-            control = value;
+            options.control = value;
         else if (option == "--do")
-            commands.push_back(value);
+            options.commands.push_back(value);
         else if (option == "--seed")
-            seed = static_cast<unsigned>(strtoul(value.c_str(), nullptr, 10));
+            options.seed = static_cast<unsigned>(strtoul(value.c_str(), nullptr, 10));
         else
             fail("arguments", "an option of --help", "'" + option + "'");
     }
-    Device device(log, seed);
+    return options;
+}
+} // namespace
+
+int main(int argc, char** argv)
+{
+    std::optional<int> status;
+    const Options options = options_of(argc, argv, status);
+    if (status)
+        return *status;
+    Device device(options.log, options.seed);
     device.start_all();
-    for (const std::string& line : commands) {
+    for (const std::string& line : options.commands) {
         const std::string said = device.command(line);
         if (said.compare(0, 2, "ok") != 0)
             fail("--do '" + line + "'", "a command", said);
     }
-    const int socket = control.empty() ? -1 : open_control(control);
+    const int socket = options.control.empty() ? -1 : open_control(options.control);
     device.serve(socket);
     if (socket >= 0) {
         close(socket);
-        unlink(control.c_str());
+        unlink(options.control.c_str());
     }
 }

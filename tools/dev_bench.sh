@@ -54,4 +54,4 @@ output=$build/bench
 core=$(taskset -pc $$ | sed 's/.*: //; s/[-,].*//')
 unshare --net --mount --pid --fork --mount-proc --kill-child taskset -c "$core" "$0" inside "$build" "$output" "$speed"
 echo "Written: $output/performance.md and $output/performance.svg"
-[ $record = no ] || lua5.1 bench/readme.lua docs/performance.md README.md
+[ $record = no ] || LUA_PATH="bench/?.lua" lua5.1 bench/readme.lua docs/performance.md README.md

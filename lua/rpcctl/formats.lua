@@ -241,69 +241,79 @@ end
 
 local enough_rows, enough_seconds = 100, 0.5 -- after which the columns are chosen
 
+-- Rows as lines of columns: the first rows wait until the columns are chosen.
+local Lines = {}
+Lines.__index = Lines
+
+function Lines:put(cells)
+  ending.write(output.line(cells, self.widths, self.coloured))
+end
+
+-- The cells of rows, each by its column.
+local function by_column(columns, rows, settings)
+  local all = {}
+  for i, row in ipairs(rows) do
+    all[i] = {}
+    for _, column in ipairs(columns) do
+      all[i][column] = cell_of(column, row, settings)
+    end
+  end
+  return all
+end
+
+-- Chooses the columns and writes what waited; one row under another where no choice is
+-- narrow enough.
+function Lines:begin()
+  local rows = by_column(self.columns, self.waiting, self.settings)
+  self.shown, self.widths, self.left_out = choose(self.columns, rows, self.settings, self.room)
+  if not self.shown then
+    self.instead = forms.vertical(self.columns, self.settings)
+    for _, row in ipairs(self.waiting) do
+      self.instead:row(row)
+    end
+  else
+    self:put(header_of(self.shown))
+    for _, cells in ipairs(rows) do
+      local line = {}
+      for i, column in ipairs(self.shown) do
+        line[i] = cells[column]
+      end
+      self:put(line)
+    end
+  end
+  self.waiting = nil
+  ending.flush()
+end
+
+function Lines:row(row)
+  if self.instead then
+    return self.instead:row(row)
+  elseif self.waiting then
+    self.waiting[#self.waiting + 1] = row
+    if #self.waiting >= enough_rows or self.clock() - self.began >= enough_seconds then
+      self:begin()
+    end
+    return
+  end
+  self:put(cells_of(self.shown, row, self.settings))
+  ending.flush()
+end
+
+function Lines:finish()
+  if self.waiting and (#self.waiting > 0 or self.settings.people) then
+    self:begin()
+  end
+  if self.settings.people and not self.instead and self.left_out and #self.left_out > 0 then
+    local note = "not shown for want of room: " .. table.concat(self.left_out, " ")
+    ending.write(output.styled(output.fitted(note, self.room), "note", self.coloured), "\n")
+  end
+end
+
 function forms.table(columns, settings)
   local clock = require "librpc.record.clock"
-  local writer, waiting, began = {}, {}, clock()
-  local room = settings.people and terminal.size() or nil
-  local coloured = settings.people and terminal.is_coloured()
-  local shown, widths, left_out, instead
-  local function put(cells)
-    local line = {}
-    for i, column in ipairs(shown) do
-      line[i] = cells[column]
-    end
-    ending.write(output.line(line, widths, coloured))
-  end
-  local function begin()
-    local rows = {}
-    for i, row in ipairs(waiting) do
-      rows[i] = {}
-      for _, column in ipairs(columns) do
-        rows[i][column] = cell_of(column, row, settings)
-      end
-    end
-    shown, widths, left_out = choose(columns, rows, settings, room)
-    if not shown then
-      instead = forms.vertical(columns, settings)
-      for _, row in ipairs(waiting) do
-        instead:row(row)
-      end
-    else
-      ending.write(output.line(header_of(shown), widths, coloured))
-      for _, cells in ipairs(rows) do
-        put(cells)
-      end
-    end
-    waiting = nil
-    ending.flush()
-  end
-  function writer.row(_, row)
-    if instead then
-      return instead:row(row)
-    elseif waiting then
-      waiting[#waiting + 1] = row
-      if #waiting >= enough_rows or clock() - began >= enough_seconds then
-        begin()
-      end
-      return
-    end
-    local cells = {}
-    for _, column in ipairs(shown) do
-      cells[column] = cell_of(column, row, settings)
-    end
-    put(cells)
-    ending.flush()
-  end
-  function writer.finish()
-    if waiting and (#waiting > 0 or settings.people) then
-      begin()
-    end
-    if settings.people and not instead and left_out and #left_out > 0 then
-      local note = "not shown for want of room: " .. table.concat(left_out, " ")
-      ending.write(output.styled(output.fitted(note, room), "note", coloured), "\n")
-    end
-  end
-  return writer
+  return setmetatable({ columns = columns, settings = settings, waiting = {}, clock = clock, began = clock(),
+    room = settings.people and terminal.size() or nil,
+    coloured = settings.people and terminal.is_coloured() }, Lines)
 end
 
 -- What writes rows in a form.
@@ -313,13 +323,7 @@ end
 
 -- One table of rows at once, cut to what the terminal has room for: for watch.
 function formats.screen(columns, list, settings, room)
-  local rows = {}
-  for i, row in ipairs(list) do
-    rows[i] = {}
-    for _, column in ipairs(columns) do
-      rows[i][column] = cell_of(column, row, settings)
-    end
-  end
+  local rows = by_column(columns, list, settings)
   local chosen = settings.chosen
   local shown, widths, left_out = choose(columns, rows, settings, room)
   if not shown then -- asked for and too wide: as many as there is room for

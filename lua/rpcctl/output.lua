@@ -90,18 +90,9 @@ local wide = {
 }
 local narrow = { { 0x300, 0x36F }, { 0x200B, 0x200D }, { 0x20D0, 0x20FF }, { 0xFE00, 0xFE0F } }
 
-local function is_in(ranges, number)
-  for _, range in ipairs(ranges) do
-    if number >= range[1] and number <= range[2] then
-      return true
-    end
-  end
-  return false
-end
-
 local function width_of(character)
   local number = #character > 1 and printable.number(character) or 0
-  return number < 0x300 and 1 or is_in(wide, number) and 2 or is_in(narrow, number) and 0 or 1
+  return number < 0x300 and 1 or printable.is_in(wide, number) and 2 or printable.is_in(narrow, number) and 0 or 1
 end
 
 -- How many columns of a terminal a printable text takes.

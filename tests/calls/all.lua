@@ -9,9 +9,8 @@ local status = require "librpc.status"
 local case, call, equal, tell = harness.case, harness.call, harness.equal, harness.tell
 local executions, lookups, shell = harness.calls, harness.lookups, harness.shell
 
-local devinfo, vlan, port = "oltmib_devinfo_get_1", "oltmib_vlaninfo_get_1", "oltmib_portinfo_get_1"
-local identity = "OLT-8G&SN20260117-0042&00-1E-80-4C-00-01&1.4.2&2.0.1&V3&0&86400&olt-lab-1&0"
-local vlan10 = "10&1&voice&1&ge1,ge2&ge3,ge4&&0&0"
+local devinfo, vlan, port = harness.devinfo, harness.vlan, harness.port
+local identity, vlan10 = harness.identity, harness.vlan10
 
 -- The simulated device's process, a sister of the port mapper's.
 local function device_process()
@@ -348,22 +347,12 @@ case "a_thousand_calls_to_every_service" (function()
   equal(executions(), 1000, "executions")
 end)
 
--- Runs `body` in a child whose call the daemon takes and does not answer, sends it
--- a signal and returns how it ended.
+-- How a child ended whose calls a signal with the default action reached.
 local function interrupt(signal, body)
-  tell "fault oltmib_vlaninfo_get_1 drop"
-  local child = process.fork()
-  if child == 0 then
+  return harness.signalled(signal, function()
     process.default_action(signal)
     body()
-    process.exit(0)
-  end
-  while executions(vlan) == 0 do
-    shell "sleep 0.02"
-  end
-  equal(harness.held_back(child), 0, "signals that are held back")
-  process.kill(child, signal)
-  return process.wait(child)
+  end)
 end
 
 case "signals_with_the_default_action_act_at_once" (function() -- with every interpreter

@@ -8,8 +8,8 @@
 #include <random>
 
 #include "common/calls.h"
-#include "tests/support/fake_port_mapper.h"
 #include "tests/support/private_network.h"
+#include "tests/support/rpc_server.h"
 
 namespace
 {

@@ -6,31 +6,12 @@ local host = require "calls_host"
 local process = require "e2e_process"
 local schema = require "librpc.schema"
 local case, call, equal, tell = harness.case, harness.call, harness.equal, harness.tell
-local executions, lookups, shell = harness.calls, harness.lookups, harness.shell
+local ends_of, executions, lookups, shell = harness.ends_of, harness.calls, harness.lookups, harness.shell
 
-local devinfo, vlan, port = "oltmib_devinfo_get_1", "oltmib_vlaninfo_get_1", "oltmib_portinfo_get_1"
-local identity = "OLT-8G&SN20260117-0042&00-1E-80-4C-00-01&1.4.2&2.0.1&V3&0&86400&olt-lab-1&0"
-local vlan10 = "10&1&voice&1&ge1,ge2&ge3,ge4&&0&0"
+local devinfo, vlan, port = harness.devinfo, harness.vlan, harness.port
+local identity, vlan10 = harness.identity, harness.vlan10
 
--- Waits until so many calls have ended: their texts, or false, and failures by id.
-local function ends_of(group, count)
-  local texts, failures, ended = {}, {}, 0
-  while ended < count do
-    equal(group:wait(20), true, "wait, with " .. ended .. " ended")
-    for id, text, failure, seconds in group:finished() do
-      equal(texts[id], nil, "an id that ended twice")
-      equal(type(seconds), "number", "seconds")
-      equal(failure == nil, text ~= false, "a text or a failure")
-      texts[id], failures[id] = text, failure
-      ended = ended + 1
-    end
-  end
-  equal(group:timeout(), nil, "timeout with nothing open")
-  equal(group:wait(0), false, "wait with nothing open")
-  return texts, failures
-end
-
--- The same by the descriptor alone, as an event loop does.
+-- What ends_of gives, by the descriptor alone, as an event loop does.
 local function ends_by_descriptor(group, count)
   local fd, texts, failures, ended = group:pollfd(), {}, {}, 0
   while ended < count do
@@ -476,57 +457,4 @@ case "a_closed_group_says_so" (function() -- with every interpreter
   equal(code, "closed", "code of wait")
   equal(group:timeout(), nil, "timeout")
   group:close()
-end)
-
-case "an_inherited_group_is_dead_in_the_child_and_alive_in_the_parent" (function()
-  tell "fault oltmib_vlaninfo_get_1 delay 500"
-  local before, group = host.descriptors(), calls.group()
-  group:pollfd()
-  local fetched = group:call(devinfo, "", 10)
-  equal(group:wait(10), true, "one has ended")
-  local open = group:call(vlan, "10", 10)
-  local child = process.fork()
-  if child == 0 then
-    local ok, message = pcall(function()
-      -- valgrind closes one of its own
-      equal(host.descriptors() <= before, true, "no descriptor of the group in the child")
-      for _ in group:finished() do
-        error("the ends are the parent's")
-      end
-      equal(select(3, group:call(vlan, "10")), "closed", "call")
-      equal(select(3, group:wait(5)), "closed", "wait")
-      equal(select(3, group:pollfd()), "closed", "pollfd")
-      equal(group:timeout(), nil, "timeout")
-      equal(calls.all({ { vlan, "20" } }, 5)[1]:match("^%d+"), "20", "all in the child")
-      local own = calls.group()
-      local id = own:call(vlan, "20", 5)
-      equal(ends_of(own, 1)[id]:match("^%d+"), "20", "a group of the child's own")
-      group:close()
-      own:close()
-    end)
-    if not ok then
-      io.stderr:write(message, "\n")
-    end
-    process.exit(ok and 0 or 1)
-  end
-  equal(process.wait(child), 0, "the child's status")
-  local texts = ends_of(group, 2)
-  equal(texts[fetched], identity, "what had ended")
-  equal(texts[open], vlan10, "what was open")
-  equal(executions(), 4, "executions")
-end)
-
-case "a_program_that_is_started_inherits_nothing" (function()
-  local function inherited()
-    return (select(2, shell("ls -l /proc/self/fd"):gsub("[a-z_]+:[^\n]*", "")))
-  end
-  local before = inherited()
-  tell "fault nsminfo delay 300"
-  local group = calls.group()
-  group:pollfd()
-  local id = group:call(vlan, "10", 10)
-  group:call(devinfo, "", 10)
-  equal(group:wait(10), true, "one has ended")
-  equal(inherited(), before, "sockets and the like of a program started with io.popen")
-  equal(ends_of(group, 2)[id], vlan10, "text")
 end)

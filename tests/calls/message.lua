@@ -7,8 +7,7 @@ local schema = require "librpc.schema"
 local case, call, equal, tell = harness.case, harness.call, harness.equal, harness.tell
 local executions, lookups, shell = harness.calls, harness.lookups, harness.shell
 
-local devinfo, vlan = "oltmib_devinfo_get_1", "oltmib_vlaninfo_get_1"
-local vlan10 = "10&1&voice&1&ge1,ge2&ge3,ge4&&0&0"
+local devinfo, vlan, vlan10 = harness.devinfo, harness.vlan, harness.vlan10
 
 -- The datagram that the device sends back for a call's, and the message.
 local function ask(name, argument)

@@ -5,9 +5,9 @@ local process = require "e2e_process"
 local reasons = require "librpc.status"
 local case, call, equal, tell = harness.case, harness.call, harness.equal, harness.tell
 local calls, run, shell, lookups = harness.calls, harness.run, harness.shell, harness.lookups
+local in_child = harness.in_child
 
-local vlan = "oltmib_vlaninfo_get_1"
-local vlan10 = "10&1&voice&1&ge1,ge2&ge3,ge4&&0&0"
+local vlan, vlan10 = harness.vlan, harness.vlan10
 
 local function expect_vlan10(where)
   equal(call(vlan, "10"), vlan10, where)
@@ -212,18 +212,6 @@ local function call_for_port(port, count)
   end
 end
 
-local function in_child(body)
-  local child = process.fork()
-  if child > 0 then
-    return child
-  end
-  local ok, message = pcall(body)
-  if not ok then
-    io.stderr:write(message, "\n")
-  end
-  process.exit(ok and 0 or 1)
-end
-
 case "fork_parent_and_child_each_get_their_own_replies" (function()
   call_for_port(1, 10)
   local child = in_child(function() call_for_port(2, 3000) end)
@@ -273,20 +261,12 @@ case "fork_while_the_child_fails" (function()
   equal(process.wait(child), 0, "the child's status")
 end)
 
--- Starts a child whose call gets no reply, sends it a signal once the daemon has
--- the call, and returns how it ended.
+-- How a child ended whose call a signal reached.
 local function interrupt(signal, setup)
-  tell "fault oltmib_vlaninfo_get_1 drop"
-  local child = in_child(function()
+  return harness.signalled(signal, function()
     setup()
     call(vlan, "10")
   end)
-  while calls(vlan) == 0 do
-    shell "sleep 0.02"
-  end
-  equal(harness.held_back(child), 0, "signals that are held back")
-  process.kill(child, signal)
-  return process.wait(child)
 end
 
 local SIGINT, SIGALRM, SIGTERM = 2, 14, 15

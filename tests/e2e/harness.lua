@@ -10,6 +10,11 @@ require "librpc"
 
 local harness = { call = librpc.callapi }
 
+-- APIs that many cases call, and what the device answers a fresh one.
+harness.devinfo, harness.vlan, harness.port = "oltmib_devinfo_get_1", "oltmib_vlaninfo_get_1", "oltmib_portinfo_get_1"
+harness.identity = "OLT-8G&SN20260117-0042&00-1E-80-4C-00-01&1.4.2&2.0.1&V3&0&86400&olt-lab-1&0" -- of devinfo
+harness.vlan10 = "10&1&voice&1&ge1,ge2&ge3,ge4&&0&0" -- of vlan, "10"
+
 -- The only case that runs is the one the command line names.
 function harness.case(name)
   return function(body)
@@ -88,6 +93,52 @@ function harness.held_back(process)
       return tonumber(mask, 16)
     end
   end
+end
+
+-- Runs `body` in a child, which ends with 0 unless it fails: its number.
+function harness.in_child(body)
+  local process = require "e2e_process"
+  local child = process.fork()
+  if child > 0 then
+    return child
+  end
+  local ok, message = pcall(body)
+  if not ok then
+    io.stderr:write(message, "\n")
+  end
+  process.exit(ok and 0 or 1)
+end
+
+-- How a child ended that got a signal while `body` waited there for a call of `vlan`,
+-- which the daemon took and does not answer.
+function harness.signalled(signal, body)
+  local process = require "e2e_process"
+  harness.tell("fault " .. harness.vlan .. " drop")
+  local child = harness.in_child(body)
+  while harness.calls(harness.vlan) == 0 do
+    harness.shell "sleep 0.02"
+  end
+  harness.equal(harness.held_back(child), 0, "signals that are held back")
+  process.kill(child, signal)
+  return process.wait(child)
+end
+
+-- Waits until so many calls of a group have ended: their texts, or false, and failures by id.
+function harness.ends_of(group, count)
+  local texts, failures, ended = {}, {}, 0
+  while ended < count do
+    harness.equal(group:wait(20), true, "wait, with " .. ended .. " ended")
+    for id, text, failure, seconds in group:finished() do
+      harness.equal(texts[id], nil, "an id that ended twice")
+      harness.equal(type(seconds), "number", "seconds")
+      harness.equal(failure == nil, text ~= false, "a text or a failure")
+      texts[id], failures[id] = text, failure
+      ended = ended + 1
+    end
+  end
+  harness.equal(group:timeout(), nil, "timeout with nothing open")
+  harness.equal(group:wait(0), false, "wait with nothing open")
+  return texts, failures
 end
 
 -- A shell command that sends its parent Ctrl-C once the parent waits and the device

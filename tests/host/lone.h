@@ -6,9 +6,9 @@
 #include <memory>
 
 #include "rpc/client.h"
-#include "tests/support/fake_port_mapper.h"
 #include "tests/support/lua_state.h"
 #include "tests/support/private_network.h"
+#include "tests/support/rpc_server.h"
 
 // How a call ended: its value, what status.last() tells of it, what it printed
 // on standard error.

@@ -6,8 +6,8 @@
 
 #include "tests/golden/golden_list.h"
 #include "tests/services/support.h"
-#include "tests/support/fake_port_mapper.h"
 #include "tests/support/private_network.h"
+#include "tests/support/rpc_server.h"
 
 using namespace support;
 

@@ -1,5 +1,5 @@
-// The network service module as a whole, and its 64-bit values. Its tables, and each
-// place where one is unlike its neighbours, have a file a folder of services/nsminfo.
+// The network service module as a whole, and its 64-bit values. Its tables, and each place
+// where one is unlike its neighbours, stand in the files beside.
 #include "services/nsminfo/ports/records.h"
 #include "tests/golden/golden_list.h"
 #include "tests/services/support.h"

@@ -16,6 +16,8 @@
 #include <unistd.h>
 #include <vector>
 
+#include "rpc/udp_socket.h"
+
 // A call as it came: its header and what stands behind, in host byte order.
 struct RpcCall {
     uint32_t xid, program, version, procedure;
@@ -25,15 +27,6 @@ struct RpcCall {
     // The first argument: what a port mapper is asked for.
     uint32_t wanted() const { return arguments.empty() ? 0 : arguments[0]; }
 };
-
-inline sockaddr_in loopback_address(uint16_t port)
-{
-    sockaddr_in address = {};
-    address.sin_family = AF_INET;
-    address.sin_port = htons(port);
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    return address;
-}
 
 class RpcServer
 {
@@ -133,4 +126,13 @@ class RpcServer
     std::mutex mutex;
     std::vector<RpcCall> seen;
     std::thread thread;
+};
+
+// A port mapper whose answers are the test's, on port 111 of a private network.
+using PortMapperQuery = RpcCall;
+
+class FakePortMapper : public RpcServer
+{
+  public:
+    explicit FakePortMapper(Answer answer) : RpcServer(111, std::move(answer)) {}
 };

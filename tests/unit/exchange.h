@@ -8,7 +8,6 @@
 #include <unistd.h>
 
 #include "rpc/client.h"
-#include "rpc/xdr_routine.h"
 #include "tests/unit/support.h"
 
 constexpr rpcprog_t program = 50099;
@@ -21,35 +20,26 @@ class Socket
   public:
     Socket() : fd(socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0))
     {
-        sockaddr_in any = loopback(0);
+        sockaddr_in any = loopback_address(0);
         EXPECT_EQ(bind(fd, reinterpret_cast<sockaddr*>(&any), sizeof any), 0);
     }
     ~Socket() { close_now(); }
     Socket(const Socket&) = delete;
     Socket& operator=(const Socket&) = delete;
 
-    static sockaddr_in loopback(in_port_t port)
-    {
-        sockaddr_in address = {};
-        address.sin_family = AF_INET;
-        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        address.sin_port = port;
-        return address;
-    }
-
-    static in_port_t port_of(int socket)
+    static uint16_t port_of(int socket)
     {
         sockaddr_in address = {};
         socklen_t size = sizeof address;
         EXPECT_EQ(getsockname(socket, reinterpret_cast<sockaddr*>(&address), &size), 0);
-        return address.sin_port;
+        return ntohs(address.sin_port);
     }
 
-    in_port_t port() const { return port_of(fd); }
+    uint16_t port() const { return port_of(fd); }
 
-    void send_to(in_port_t to, const Bytes& datagram)
+    void send_to(uint16_t to, const Bytes& datagram)
     {
-        const sockaddr_in address = loopback(to);
+        const sockaddr_in address = loopback_address(to);
         EXPECT_EQ(sendto(fd, datagram.data(), datagram.size(), 0, reinterpret_cast<const sockaddr*>(&address),
                          sizeof address),
                   static_cast<ssize_t>(datagram.size()));
@@ -97,13 +87,13 @@ struct exchange : testing::Test {
 
     void make()
     {
-        ASSERT_TRUE(open_udp_socket(client.socket, ntohs(daemon.port()), LocalPort::Reserved, random_bits().port,
+        ASSERT_TRUE(open_udp_socket(client.socket, daemon.port(), LocalPort::Reserved, random_bits().port,
                                     socket_wait_ms(long_wait)));
         client.xid = random_bits().call_xid;
     }
 
     uint32_t next_xid() const { return client.xid + 1; }
-    in_port_t client_port() const { return Socket::port_of(client.socket.fd); }
+    uint16_t client_port() const { return Socket::port_of(client.socket.fd); }
     void daemon_sends(const Bytes& datagram) { daemon.send_to(client_port(), datagram); }
 
     enum clnt_stat make_call(const Call& call, timeval wait)

@@ -63,10 +63,10 @@ struct Impostor {
     explicit Impostor(int number) // a TCP connection
     {
         const int listener = socket(AF_INET, SOCK_STREAM, 0);
-        sockaddr_in address = Socket::loopback(0);
+        sockaddr_in address = loopback_address(0);
         EXPECT_EQ(bind(listener, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
         EXPECT_EQ(listen(listener, 1), 0);
-        address.sin_port = Socket::port_of(listener);
+        address = loopback_address(Socket::port_of(listener));
         pair[0] = socket(AF_INET, SOCK_STREAM, 0);
         EXPECT_EQ(connect(pair[0], reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
         pair[1] = accept(listener, nullptr, nullptr);
@@ -142,11 +142,11 @@ TEST(udp_socket, reserved_ports_are_found_however_many_are_taken)
         GTEST_SKIP() << "reserved ports are for root";
     Socket daemon;
     std::vector<UdpSocket> all(500);
-    std::set<in_port_t> ports;
+    std::set<uint16_t> ports;
     int reserved = 0;
     for (UdpSocket& one : all) {
-        ASSERT_TRUE(open_udp_socket(one, ntohs(daemon.port()), LocalPort::Reserved, random_bits().port, 0));
-        const in_port_t port = ntohs(Socket::port_of(one.fd));
+        ASSERT_TRUE(open_udp_socket(one, daemon.port(), LocalPort::Reserved, random_bits().port, 0));
+        const uint16_t port = Socket::port_of(one.fd);
         reserved += port < 1024;
         ports.insert(port);
     }

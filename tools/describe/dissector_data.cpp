@@ -77,9 +77,9 @@ local records = {
         out << "  [" << service->program << "] = {\n    name = \"" << service->name << "\",\n    title = \""
             << service->title << "\",\n    procedures = {\n";
         for (const Api& api : *service)
-            out << "      [" << api.procedure << "] = { name = \"" << api.name << "\", table = \""
-                << table_of(api) << "\"" << record_or_nothing("request", api.request)
-                << record_or_nothing("reply", api.reply) << " },\n";
+            out << "      [" << api.procedure << "] = { name = \"" << api.name << "\", table = \"" << table_of(api)
+                << "\"" << record_or_nothing("request", api.request) << record_or_nothing("reply", api.reply)
+                << " },\n";
         out << "    },\n  },\n";
     }
     out << "}\n";

@@ -203,6 +203,39 @@ size_t registered_apis(const Service& service)
         count += api.registered();
     return count;
 }
+
+// What the index says behind the list of services, and behind that of the kinds of text.
+const char how_to_read[] =
+    R"( APIs in all. [librpc.lua](librpc.lua) holds the same for editors that know LuaLS annotations, and
+[librpc/](librpc) the modules beside it: add this folder to `workspace.library`, and the editor completes API names,
+fields and functions.
+
+## How to read a page
+
+`librpc.callapi(name, argument)` takes one row as text, its positions joined by `&`, and returns the daemon's reply
+in the same way, or nothing when the call failed. Nothing is escaped: a text cannot hold a `&`. Positions that are
+missing at the end read as empty, so as 0.
+
+A section tells one table, with all APIs that share its text. Its first list names them:
+
+- a **get** takes a row's key and returns that row; which fields are the key, most often the first, is the daemon's
+  to say, and it does not look at the others;
+- a **getn** takes a key in the same way and returns the row behind it;
+- a **set** takes a whole row and returns the daemon's status, `0` for success. A few sets return the status as the
+  first position of a whole row whose other positions are empty.
+
+The second list tells the positions: their number in the argument (**in**) and in the reply (**out**; no number: not
+there), the field, the kind of its text, and the array's size where it has one.
+
+| kind | text |
+|---|---|
+)";
+
+const char numbers_and_examples[] = R"(
+`oper` tells the daemon what a set is to do; `res` is the word that the daemon fills with its result. The library
+carries both as they are. Of a number beyond an `int` its low 32 bits count where a `long` has 64 bits; where it has 32,
+the nearest `int` does. The examples set a row and ask for it again; each runs beside the simulated device.
+)";
 } // namespace
 
 void write_reference_page(std::ostream& out, const Service& service)
@@ -234,36 +267,8 @@ A page a service, in the order in which the library registers them:
         out << "| [" << service->name << "](" << service->name << ".md) | " << service->title << " | "
             << service->program << " | " << count << " |\n";
     }
-    out << "\n"
-        << all << R"( APIs in all. [librpc.lua](librpc.lua) holds the same for editors that know LuaLS annotations, and
-[librpc/](librpc) the modules beside it: add this folder to `workspace.library`, and the editor completes API names,
-fields and functions.
-
-## How to read a page
-
-`librpc.callapi(name, argument)` takes one row as text, its positions joined by `&`, and returns the daemon's reply
-in the same way, or nothing when the call failed. Nothing is escaped: a text cannot hold a `&`. Positions that are
-missing at the end read as empty, so as 0.
-
-A section tells one table, with all APIs that share its text. Its first list names them:
-
-- a **get** takes a row's key and returns that row; which fields are the key, most often the first, is the daemon's
-  to say, and it does not look at the others;
-- a **getn** takes a key in the same way and returns the row behind it;
-- a **set** takes a whole row and returns the daemon's status, `0` for success. A few sets return the status as the
-  first position of a whole row whose other positions are empty.
-
-The second list tells the positions: their number in the argument (**in**) and in the reply (**out**; no number: not
-there), the field, the kind of its text, and the array's size where it has one.
-
-| kind | text |
-|---|---|
-)";
+    out << "\n" << all << how_to_read;
     for (const TextKind& kind : text_kinds)
         out << "| " << kind.name << " | " << kind.meaning << " |\n";
-    out << R"(
-`oper` tells the daemon what a set is to do; `res` is the word that the daemon fills with its result. The library
-carries both as they are. Of a number beyond an `int` its low 32 bits count where a `long` has 64 bits; where it has 32,
-the nearest `int` does. The examples set a row and ask for it again; each runs beside the simulated device.
-)";
+    out << numbers_and_examples;
 }

@@ -1,6 +1,26 @@
 -- How the rows of one table read, of which names say something.
 local views = {}
 
+-- What the names say of one field.
+local function add_field(view, field, facts)
+  local name = facts.name or field
+  if name ~= field then
+    view.name[field], view.field[name] = name, field
+    view.plain = false
+  end
+  if name == "res" or name == "oper" then
+    view[name] = field
+  end
+  if facts.values then
+    view.words[field], view.numbers[field] = facts.values, {}
+    for number, word in pairs(facts.values) do
+      view.numbers[field][word] = number
+    end
+    view.plain = false
+  end
+  view.secret[field], view.exact[field] = facts.secret, facts.exact
+end
+
 -- How one table's rows read, each map by the field's name in the schema but
 -- `field`, which goes from a given name to it:
 --   name, field, words (word of a number), numbers (number of a word), secret, exact
@@ -14,22 +34,7 @@ function views.of(entry, every)
   local view = { name = {}, field = {}, words = {}, numbers = {}, secret = {}, exact = {},
     res = "res", oper = "oper", plain = true }
   for field, facts in pairs(entry.fields) do
-    local name = facts.name or field
-    if name ~= field then
-      view.name[field], view.field[name] = name, field
-      view.plain = false
-    end
-    if name == "res" or name == "oper" then
-      view[name] = field
-    end
-    if facts.values then
-      view.words[field], view.numbers[field] = facts.values, {}
-      for number, word in pairs(facts.values) do
-        view.numbers[field][word] = number
-      end
-      view.plain = false
-    end
-    view.secret[field], view.exact[field] = facts.secret, facts.exact
+    add_field(view, field, facts)
   end
   view.key = entry.key
   local ends = entry.ends or every.ends

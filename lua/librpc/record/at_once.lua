@@ -116,15 +116,10 @@ local function start(name, key, options)
   if not right then
     return nil, message, code
   end
-  local checked
-  checked, message, code = reading.checked_key(apis, view, table_name, key)
+  local checked, text
+  checked, text, code = reading.checked_argument(apis.get, apis, view, table_name, key)
   if not checked then
-    return nil, message, code
-  end
-  local text
-  text, message, code = calling.argument_of(apis.get, view, checked)
-  if not text then
-    return nil, message, code
+    return nil, text, code
   end
   local row = setmetatable({ api = apis.get, view = view, text = text, rows = {}, count = 0,
     key = calling.by_schema(view, checked), each = options and options.each,
@@ -146,6 +141,20 @@ local function ask(group, walk, by_id)
     walk:take(nil, message, code)
   end
   return id
+end
+
+-- What walks gives, of walks that have ended.
+local function results_of(walks, failures)
+  local rows, ends, taken = {}, {}, {}
+  for i, walk in ipairs(walks) do
+    rows[i], taken[i] = walk.rows, walk.taken or 0
+    if walk.code then
+      failures[i] = failure_of(nil, walk.message, walk.code, walk.details)
+    elseif not failures[i] then
+      ends[i] = { why = walk.why, last = walk.last }
+    end
+  end
+  return rows, failures, ends, taken
 end
 
 -- Walks, each { table, key, options } as of record.rows, beside one another: each
@@ -190,16 +199,7 @@ function at_once.walks(list, seconds)
     end
   end
   kept = group
-  local rows, ends, taken = {}, {}, {}
-  for i, walk in ipairs(walks) do
-    rows[i], taken[i] = walk.rows, walk.taken or 0
-    if walk.code then
-      failures[i] = failure_of(nil, walk.message, walk.code, walk.details)
-    elseif not failures[i] then
-      ends[i] = { why = walk.why, last = walk.last }
-    end
-  end
-  return rows, failures, ends, taken
+  return results_of(walks, failures)
 end
 
 return at_once

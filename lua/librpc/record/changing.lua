@@ -134,6 +134,15 @@ local function send(set, view, texts, seconds, options)
   return calling.row_of(set, view, reply)
 end
 
+-- The same of what `open` gave, and how what was sent differs from the row before.
+local function send_and_compare(at, texts, options, row, sent)
+  local result, message, code = send(at.set, at.view, texts, at.seconds, options)
+  if result == nil then
+    return nil, message, code
+  end
+  return result, difference(at.set, at.view, row, sent, texts)
+end
+
 -- What both change and add begin with: the APIs, the view, the set, the key (`among`
 -- the fields that are given, or its own), the seconds of each call; nil, a message and
 -- a code.
@@ -201,12 +210,7 @@ function changing.change(name, key, changes, options)
     return fail("not_carried", set.name .. ": " .. (view.name[field] or field),
       "a value, because the argument cannot carry the row's own", row[field], view.secret[field] and "a secret" or nil)
   end
-  local result
-  result, message, code = send(set, view, texts, at.seconds, options)
-  if result == nil then
-    return nil, message, code
-  end
-  return result, difference(set, view, row, sent, texts)
+  return send_and_compare(at, texts, options, row, sent)
 end
 
 -- A new row: sends the fields, all others as 0 or empty, where the daemon has no row
@@ -230,12 +234,7 @@ function changing.add(name, fields, options)
   for field, value in pairs(at.plain) do
     texts[field] = to_text[tables.inputs_of(set)[field].kind](value, tables.inputs_of(set)[field], set)
   end
-  local result
-  result, message, code = send(set, view, texts, at.seconds, options)
-  if result == nil then
-    return nil, message, code
-  end
-  return result, difference(set, view, {}, at.plain, texts)
+  return send_and_compare(at, texts, options, {}, at.plain)
 end
 
 return changing

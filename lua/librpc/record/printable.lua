@@ -50,6 +50,16 @@ end
 -- overrides of direction, separators of lines, the byte order mark.
 local invisible = { { 0x61C, 0x61C }, { 0x200E, 0x200F }, { 0x2028, 0x202E }, { 0x2066, 0x2069 }, { 0xFEFF, 0xFEFF } }
 
+-- True of a character's number that lies in one of the ranges.
+function printable.is_in(ranges, number)
+  for _, range in ipairs(ranges) do
+    if number >= range[1] and number <= range[2] then
+      return true
+    end
+  end
+  return false
+end
+
 -- True of a character that is not to reach a reader as it is.
 function printable.hidden(character)
   if #character == 1 then
@@ -59,12 +69,7 @@ function printable.hidden(character)
   if number < 0xA0 then -- the C1 controls
     return true
   end
-  for _, range in ipairs(invisible) do
-    if number >= range[1] and number <= range[2] then
-      return true
-    end
-  end
-  return false
+  return printable.is_in(invisible, number)
 end
 
 local short_escapes = { ["\t"] = "\\t", ["\n"] = "\\n", ["\r"] = "\\r", ["\\"] = "\\\\" }

@@ -116,6 +116,20 @@ function reading.checked_key(apis, view, table_name, key)
   return key or {}
 end
 
+-- The same, and the text of the API's argument for it.
+function reading.checked_argument(api, apis, view, table_name, key)
+  local checked, message, code = reading.checked_key(apis, view, table_name, key)
+  if not checked then
+    return nil, message, code
+  end
+  local text
+  text, message, code = calling.argument_of(api, view, checked)
+  if not text then
+    return nil, message, code
+  end
+  return checked, text
+end
+
 -- The row of a key, which is a table of the fields that say which row; nil where
 -- the table has one row. Where there is no such row nil, a message, "no_row" and
 -- the row that the daemon gave.
@@ -128,15 +142,9 @@ function reading.get(name, key, options)
   if seconds == false then
     return nil, message, code
   end
-  local api = apis.get or apis.getn
   local checked
-  checked, message, code = reading.checked_key(apis, view, table_name, key)
+  checked, message, code = reading.checked_argument(apis.get or apis.getn, apis, view, table_name, key)
   if not checked then
-    return nil, message, code
-  end
-  local text
-  text, message, code = calling.argument_of(api, view, checked)
-  if not text then
     return nil, message, code
   end
   local row, given

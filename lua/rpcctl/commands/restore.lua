@@ -33,6 +33,35 @@ local function emptied(entry, fields)
   return all
 end
 
+-- What to send so that a row becomes the entry: what differs and the key; and reals that
+-- were kept, which are what the row is to have.
+local function fields_of(entry, found)
+  local fields = {}
+  for field, change in pairs(found) do
+    fields[field] = change.after
+  end
+  for _, field in ipairs(entry.this.key) do
+    fields[field.field] = entry.values[field.field]
+  end
+  for _, position in ipairs(entry.api.input) do
+    if position.kind == "real" then
+      fields[position.name] = entry.values[position.name]
+    end
+  end
+  return fields
+end
+
+-- `told` where the daemon took what was sent; nil, a message, a code.
+local function taken(entry, told, status, message, code)
+  if status == nil then
+    return nil, message, code
+  elseif status and status ~= 0 then
+    return nil, ("%s: expected status 0, found %s, the daemon's own"):format(entry.named, output.cell(status)),
+      "daemon_status"
+  end
+  return told
+end
+
 -- Brings one entry to the device: "same", "changed" or "added"; nil, a message, a code.
 local function bring(entry, now, options)
   local this = entry.this
@@ -43,44 +72,27 @@ local function bring(entry, now, options)
   end
   local there = now.by_key[entry.key]
   if not there then
-    local status, message, code = record.add(this.name, this:called(entry.values), call)
-    if status == nil then
-      return nil, message, code
-    elseif status and status ~= 0 then
-      return nil, ("%s: expected status 0, found %s, the daemon's own"):format(entry.named, output.cell(status)),
-        "daemon_status"
+    local added, message, code = taken(entry, "added", record.add(this.name, this:called(entry.values), call))
+    if added then
+      ending.write(entry.named, " added\n")
     end
-    ending.write(entry.named, " added\n")
-    return "added"
+    return added, message, code
   end
   local found = settings.differences(there, entry)
   if next(found) == nil then
     return "same"
   end
-  local fields = {}
-  for field, change in pairs(found) do
-    fields[field] = change.after
-  end
-  for _, field in ipairs(this.key) do
-    fields[field.field] = entry.values[field.field]
-  end
-  for _, position in ipairs(entry.api.input) do -- a real that was kept is what the row is to have
-    if position.kind == "real" then
-      fields[position.name] = entry.values[position.name]
-    end
-  end
+  local fields = fields_of(entry, found)
   local status, message, code = record.change(this.name, this:called(fields), nil, call)
   if code == "not_carried" then
     status, message, code = record.change(this.name, this:called(emptied(entry, fields)), nil, call)
   end
-  if status == nil then
-    return nil, message, code
-  elseif status and status ~= 0 then
-    return nil, ("%s: expected status 0, found %s, the daemon's own"):format(entry.named, output.cell(status)),
-      "daemon_status"
+  local changed
+  changed, message, code = taken(entry, "changed", status, message, code)
+  if changed then
+    changes.print(this, settings.by_name(this, found), entry.named .. " ", options["show-secrets"])
   end
-  changes.print(this, settings.by_name(this, found), entry.named .. " ", options["show-secrets"])
-  return "changed"
+  return changed, message, code
 end
 
 return {

@@ -46,6 +46,74 @@ local function send_alone(api, fields, options)
   return status, status and {} or message, code
 end
 
+-- The keys of the rows that are meant, and true where a filter chose them; false for
+-- the key that stands among the fields.
+local function rows_meant(this, chosen, fields, options)
+  if #chosen == 0 then
+    for _, field in ipairs(this.key) do
+      if fields[field.field] == nil and (this.apis.get or this.apis.getn) then
+        ending.give_up(this:key_missing(), "no_key")
+      end
+    end
+    return { false }, false
+  end
+  for _, field in ipairs(this.key) do
+    if fields[field.field] ~= nil then
+      chosen[#chosen + 1] = filters.of(this, field.name .. "=" .. fields[field.field])
+      fields[field.field] = nil
+    end
+  end
+  local keys = keys_of(this, chosen, options)
+  if #keys == 0 then
+    ending.give_up("set: " .. this.name .. ": expected rows that pass the filter, found none", "no_row")
+  elseif #keys > 1 and not options.yes and not options["dry-run"]
+    and not changes.confirm(("Change %d rows of %s?"):format(#keys, this.name)) then
+    ending.give_up(("set: %s: expected a yes, or --yes, for %d rows, found none; nothing was changed"):format(
+      this.name, #keys), "not_confirmed")
+  end
+  return keys, true
+end
+
+-- Changes one row: the daemon's status and what changed; nil, a message, a code.
+local function send(this, api, key, fields, options)
+  if not (this.apis.get or this.apis.getn) then
+    if not options.only then
+      ending.misuse("set", "--only, because " .. this.name .. " has no get to read the row with", "none")
+    end
+    return send_alone(api, this:called(fields), options)
+  end
+  local all = {}
+  for _, from in ipairs { key or {}, fields } do
+    for name, value in pairs(from) do
+      all[name] = value
+    end
+  end
+  return record.change(this.name, this:called(all), nil,
+    { call_seconds = options.call_seconds, dry_run = options["dry-run"], only = options.only })
+end
+
+local function check_sent(this, api, key, status, changed, code)
+  if code == "no_row" then
+    local asked = {}
+    for i, field in ipairs(this.key) do
+      asked[i] = field.name .. "=" .. this:shown(field, key[field.field])
+    end
+    ending.give_up(("set: %s: expected a row with %s, found none"):format(this.name, table.concat(asked, " ")), code)
+  elseif status == nil then
+    ending.give_up(changed, code)
+  end
+  changes.check_status(api, status)
+end
+
+-- What one of several rows is called.
+local function row_named(this, key)
+  return this:key_of(setmetatable({}, { __index = function(_, name)
+    local field = this.by_name[name].field
+    local of_field = this.view.words[field]
+    return of_field and of_field[key[field]] or key[field]
+  end }))
+end
+
 return {
   name = "set",
   summary = "change fields of a row, or of all rows that a filter finds",
@@ -73,66 +141,12 @@ return {
     if next(fields) == nil then
       ending.misuse("set", "FIELD=VALUE, what the row is to have", "none")
     end
-    local call = { call_seconds = options.call_seconds, dry_run = options["dry-run"], only = options.only }
-    local keys, several = { false }, false
-    if #chosen > 0 then
-      for _, field in ipairs(this.key) do
-        if fields[field.field] ~= nil then
-          chosen[#chosen + 1] = filters.of(this, field.name .. "=" .. fields[field.field])
-          fields[field.field] = nil
-        end
-      end
-      keys = keys_of(this, chosen, options)
-      several = true
-      if #keys == 0 then
-        ending.give_up("set: " .. this.name .. ": expected rows that pass the filter, found none", "no_row")
-      elseif #keys > 1 and not options.yes and not options["dry-run"]
-        and not changes.confirm(("Change %d rows of %s?"):format(#keys, this.name)) then
-        ending.give_up(("set: %s: expected a yes, or --yes, for %d rows, found none; nothing was changed"):format(
-          this.name, #keys), "not_confirmed")
-      end
-    else
-      for _, field in ipairs(this.key) do
-        if fields[field.field] == nil and (this.apis.get or this.apis.getn) then
-          ending.give_up(this:key_missing(), "no_key")
-        end
-      end
-    end
+    local keys, several = rows_meant(this, chosen, fields, options)
     local objects = {}
     for _, key in ipairs(keys) do
-      local status, changed, code
-      if not (this.apis.get or this.apis.getn) then
-        if not options.only then
-          ending.misuse("set", "--only, because " .. this.name .. " has no get to read the row with", "none")
-        end
-        status, changed, code = send_alone(api, this:called(fields), options)
-      elseif key then
-        local all = {}
-        for _, from in ipairs { key, fields } do
-          for name, value in pairs(from) do
-            all[name] = value
-          end
-        end
-        status, changed, code = record.change(this.name, this:called(all), nil, call)
-      else
-        status, changed, code = record.change(this.name, this:called(fields), nil, call)
-      end
-      if code == "no_row" then
-        local asked = {}
-        for i, field in ipairs(this.key) do
-          asked[i] = field.name .. "=" .. this:shown(field, (key or fields)[field.field])
-        end
-        ending.give_up(("set: %s: expected a row with %s, found none"):format(this.name, table.concat(asked, " ")),
-          code)
-      elseif status == nil then
-        ending.give_up(changed, code)
-      end
-      changes.check_status(api, status)
-      local named = several and this:key_of(setmetatable({}, { __index = function(_, name)
-        local field = this.by_name[name].field
-        local of_field = this.view.words[field]
-        return of_field and of_field[key[field]] or key[field]
-      end })) or nil
+      local status, changed, code = send(this, api, key, fields, options)
+      check_sent(this, api, key or fields, status, changed, code)
+      local named = several and row_named(this, key) or nil
       if options.json then
         objects[#objects + 1] = ('{%s"status":%s,"changed":%s}'):format(
           named and '"row":' .. require("rpcctl.output").json(named) .. "," or "",

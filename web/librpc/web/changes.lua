@@ -88,35 +88,36 @@ local function changed_field(set, view, row, read)
   end
 end
 
-local function shown_key(view, key)
-  local shown = {}
-  for name, value in pairs(key) do
-    shown[name] = cells.shown(view, name, value)
+-- Each value as `shown(name, value)` gives it.
+local function each_shown(values, shown)
+  local all = {}
+  for name, value in pairs(values) do
+    all[name] = shown(name, value)
   end
-  return shown
+  return all
+end
+
+local function shown_key(view, key)
+  return each_shown(key, function(name, value) return cells.shown(view, name, value) end)
+end
+
+-- The same of fields of which a secret is only told to be one.
+local function shown_fields(view, values, shown)
+  return each_shown(values, function(name, value)
+    return view.secret[view.field[name] or name] and { secret = true } or shown(value)
+  end)
 end
 
 -- What was to be set, where nobody looked what it was before.
 local function shown_given(view, fields)
-  local shown = {}
-  for name, value in pairs(fields) do
-    local is_secret = view.secret[view.field[name] or name]
-    shown[name] = is_secret and { secret = true } or { after = cells.value(value) }
-  end
-  return shown
+  return shown_fields(view, fields, function(value) return { after = cells.value(value) } end)
 end
 
 -- What a change gives back and the log keeps: before and after by name, secrets hidden.
 local function shown_changes(view, changed)
-  local shown = {}
-  for name, change in pairs(changed) do
-    if view.secret[view.field[name] or name] then
-      shown[name] = { secret = true }
-    else
-      shown[name] = { before = cells.value(change.before), after = cells.value(change.after) }
-    end
-  end
-  return shown
+  return shown_fields(view, changed, function(change)
+    return { before = cells.value(change.before), after = cells.value(change.after) }
+  end)
 end
 
 -- Makes a change and logs it: `make` gives the status and what differs, or nil, a

@@ -1,5 +1,7 @@
--- What only a fresh process can tell, printed: fresh.lua WHAT [ARGUMENT]...
+-- What a fresh process is for: fresh.lua WHAT [ARGUMENT]... prints what only that can tell,
+-- or makes calls for the tools that watch a whole process.
 --
+--     calls WAY COUNT [API]  so many calls of the API, where WAY is librpc, plain or none
 --     first API...         the microseconds that the first calls of all services take
 --     opening LIBRARY      the processor's microseconds that luaopen_librpc takes
 --     residence LIBRARY    once every API was called, what the kernel says of the library's
@@ -14,6 +16,25 @@ local function call(librpc, api, argument)
 end
 
 local what = {}
+
+function what.calls(way, count, api)
+  if way == "none" then
+    return
+  end
+  local library = require(way)
+  local make = way == "plain" and library[api] or function(argument)
+    return library.callapi(api, argument)
+  end
+  local argument
+  for _, row in ipairs(require("calls")) do
+    argument = row.api == api and row.argument or argument
+  end
+  for _ = 1, tonumber(count) do
+    if not make(argument) then
+      error(("fresh: %s: expected a reply, found none"):format(api), 0)
+    end
+  end
+end
 
 function what.first(...)
   local librpc = require("librpc")
@@ -51,4 +72,7 @@ function what.residence(library)
   return resident, private
 end
 
-print(what[arg[1]](unpack(arg, 2)))
+local found = { what[arg[1]](unpack(arg, 2)) }
+if found[1] then
+  print(unpack(found))
+end

@@ -61,7 +61,7 @@ function profile.measure(way, api, scratch)
   local paths = {}
   for i, count in ipairs({ few, many }) do
     paths[i] = ("%s/callgrind.%s.%s.%d"):format(scratch, way, api, count)
-    local watched = ("valgrind --tool=callgrind --callgrind-out-file=%s lua5.1 bench/caller.lua %s %d %s"):format(
+    local watched = ("valgrind --tool=callgrind --callgrind-out-file=%s lua5.1 bench/fresh.lua calls %s %d %s"):format(
       paths[i], way, count, api)
     local log = scratch .. "/callgrind.log"
     if os.execute(("%s >%s 2>&1"):format(watched, log)) ~= 0 then

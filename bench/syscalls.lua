@@ -7,7 +7,7 @@ local most_names = 5 -- that are shown
 
 local function count(way, calls, api, scratch)
   local path = scratch .. "/strace.txt"
-  output.of(("strace -f -c -o %s lua5.1 bench/caller.lua %s %d %s"):format(path, way, calls, api))
+  output.of(("strace -f -c -o %s lua5.1 bench/fresh.lua calls %s %d %s"):format(path, way, calls, api))
   local counts = {}
   for line in io.lines(path) do
     local number, rest = line:match("^%s*[%d.]+%s+[%d.]+%s+%d+%s+(%d+)%s+(.*)$")

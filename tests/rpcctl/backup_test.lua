@@ -199,7 +199,8 @@ fails("restore /run", 2, "rpcctl: restore: /run: expected a file that can be rea
 
 -- What a backup does not quite hold
 check.equal("numbers of which replies have two decimals",
-  (run "rpcctl backup /run/ntp.txt ntp; grep kept /run/ntp.txt"), "# kept with two decimals: ntp offset: the daemon may hold more\n"
+  (run "rpcctl backup /run/ntp.txt ntp; grep kept /run/ntp.txt"),
+  "# kept with two decimals: ntp offset: the daemon may hold more\n"
   .. "# kept with two decimals: ntp delay: the daemon may hold more\n")
 
 -- A backup that is cut short leaves the old file, and no other

@@ -123,12 +123,12 @@ shell.tell "clear"
 
 -- A deadline for all, one of a walk's own, and one of a walk alone.
 shell.tell "fault oltmib_vlaninfo_getn_1 after=1 drop"
-check.equal("the deadline", clock.takes(0.5, function()
-  rows, failures = record.walks({ { "vlaninfo" }, { "portinfo" } }, 0.5)
+check.equal("the deadline", clock.takes(3, function() -- in which the other walk comes to its end
+  rows, failures = record.walks({ { "vlaninfo" }, { "portinfo" } }, 3)
 end), true)
 check.equal("what there was in time", { #rows[1], #rows[2], failures[2] }, { 1, 8 })
 check.equal("the reason", failures[1], { code = "deadline",
-  message = "oltmib_vlaninfo_getn_1: expected the end within 0.5 seconds, found 1 rows and no end" })
+  message = "oltmib_vlaninfo_getn_1: expected the end within 3 seconds, found 1 rows and no end" })
 shell.tell "clear"
 shell.tell "fault oltmib_vlaninfo_getn_1 drop"
 rows, failures = record.walks({ { "vlaninfo", nil, { seconds = 0.3 } }, { "portinfo" } }, 60)

@@ -225,15 +225,18 @@ for _, row in ipairs {
   given({}, record.rows, { "svi", nil, row[1] }, { "nil", row[2], row[3], {} })
 end
 
--- 100,000 rows, and not one more.
-local asked = 0
-package.loaded["librpc"].callapi = function()
-  asked = asked + 1
-  return svi(asked)
+-- 100,000 rows, and not one more. Not under valgrind, which takes minutes to find that
+-- nothing of the library runs here.
+if not os.getenv "LIBRPC_TEST_UNDER" then
+  local asked = 0
+  package.loaded["librpc"].callapi = function()
+    asked = asked + 1
+    return svi(asked)
+  end
+  local rows, message, code, kept, last = record.rows "svi"
+  check.equal("more rows than the limit", { tostring(rows), message, code, #kept, last.field1 },
+    { "nil", "oltmib_svi_getn_1: expected at most 100000 rows, found more", "too_many_rows", 100000, 100001 })
 end
-local rows, message, code, kept, last = record.rows "svi"
-check.equal("more rows than the limit", { tostring(rows), message, code, #kept, last.field1 },
-  { "nil", "oltmib_svi_getn_1: expected at most 100000 rows, found more", "too_many_rows", 100000, 100001 })
 package.loaded["librpc"].callapi = function(name, argument)
   calls[#calls + 1] = name .. " " .. argument
   return table.remove(answers, 1)

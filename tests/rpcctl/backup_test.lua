@@ -197,6 +197,12 @@ fails("restore /run/none.txt", 2,
   "rpcctl: restore: /run/none.txt: expected a file that can be read, found /run/none.txt: No such file or directory\n")
 fails("restore /run", 2, "rpcctl: restore: /run: expected a file that can be read, found a folder, or a device\n")
 
+-- What a backup does not quite hold
+check.equal("numbers of which replies have two decimals",
+  (run "rpcctl backup /run/ntp.txt ntp; grep kept /run/ntp.txt"),
+  "# kept with two decimals: ntp offset: the daemon may hold more\n"
+  .. "# kept with two decimals: ntp delay: the daemon may hold more\n")
+
 -- A backup that is cut short leaves the old file, and no other
 run "mkdir /run/backups; rpcctl backup /run/backups/a.txt"
 local function folder()

@@ -1,5 +1,6 @@
 -- set and add: what they send, print and ask.
 local check = require "check"
+local shell = require "shell"
 local tool = require "tool"
 local prints, fails, run = tool.prints, tool.fails, tool.run
 
@@ -63,6 +64,14 @@ for answer, shows in pairs { y = "port=6 enabled: on -> off", n = "nothing was c
   check.equal("answered '" .. answer .. "'", screen:find(shows, 1, true) ~= nil, true)
   run "rpcctl set portinfo --where enabled=off enabled=on --yes"
 end
+
+-- Each row is told as it is changed, in a pipe too: here the second one's daemon is silent
+shell.tell "fault oltmib_portinfo_set_1 after=1 drop"
+check.equal("the first of two rows", (run("rm -f /run/out; " .. tool.command
+  .. " set portinfo --where link=down enabled=off --yes --timeout 300 >/run/out & child=$!; "
+  .. "await 'grep -q port=5 /run/out' && echo told; kill -INT $child; wait $child")), "told\n")
+shell.tell "clear"
+run "rpcctl set portinfo --where enabled=off enabled=on --yes"
 
 -- Secrets
 prints("set account user=admin password=other", "password: (set) -> (set)\n")

@@ -21,7 +21,8 @@ for _, row in ipairs {
     "name= " },
   { "rows svi --sort ad", "address " }, { "set --where link=down portinf", "portinfo " }, { "set svi --d",
     "--dry-run " },
-  { "rows svi --d", "" }, { "health x", "" }, { "call oltmib_svi_get_1 x", "" },
+  { "rows svi --d", "" }, { "rows --json portr", "portrate " }, { "health x", "" },
+  { "call oltmib_svi_get_1 x", "" },
   { "nonsense a", "" }, { "set portstat counter", "" }, { "rows svi --after v", "vlan= " },
 } do
   check.equal("--complete " .. row[1], words(row[1]), row[2])

@@ -2,14 +2,17 @@
 // laid ready: the call's bytes, which datagrams count as its reply, what each
 // reply means, the deadline, and the socket's own state.
 #include <arpa/inet.h>
+#include <atomic>
 #include <cerrno>
 #include <csignal>
 #include <dirent.h>
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <map>
 #include <set>
 #include <sys/socket.h>
 #include <sys/time.h>
+#include <thread>
 
 #include "rpc/client.h"
 #include "rpc/xdr_routine.h"
@@ -353,6 +356,39 @@ TEST_F(exchange, late_reply_is_not_the_next_calls)
     EXPECT_EQ(reply, 6);
 }
 
+// A thousand of them are looked through when the time is over; before, any number is.
+TEST_F(exchange, thousands_of_strange_datagrams_in_time_are_passed_over)
+{
+    std::atomic<bool> is_over = false;
+    const uint32_t xid = next_xid();
+    std::thread chatter([&] {
+        for (int round = 0; round < 200 && !is_over; round++) {
+            for (int i = 0; i < 20; i++)
+                daemon_sends(answer(xid - 1, 99));
+            usleep(500); // no more than the socket has room for
+        }
+        while (!is_over) {
+            daemon_sends(answer(xid, 6));
+            usleep(500);
+        }
+    });
+    EXPECT_EQ(call(), RPC_SUCCESS);
+    is_over = true;
+    chatter.join();
+    EXPECT_EQ(reply, 6);
+}
+
+TEST_F(exchange, versions_that_the_daemon_has_are_told)
+{
+    EXPECT_EQ(call_answered_by(accepted(next_xid(), 2, units({3, 8}))), RPC_PROGVERSMISMATCH);
+    EXPECT_EQ(error().re_vers.low, 3U);
+    EXPECT_EQ(error().re_vers.high, 8U);
+    // cut off
+    EXPECT_EQ(call_answered_by(accepted(next_xid(), 2, units({3}))), RPC_PROGVERSMISMATCH);
+    EXPECT_EQ(error().re_vers.low, 0U);
+    EXPECT_EQ(error().re_vers.high, 0U);
+}
+
 TEST_F(exchange, call_without_any_wait_takes_what_is_there)
 {
     EXPECT_EQ(call(5, timeval{0, 0}), RPC_TIMEDOUT);
@@ -534,6 +570,31 @@ TEST_F(exchange, file_that_took_the_sockets_number_is_neither_written_nor_closed
     if (file != number)
         close(file);
     close(number);
+}
+
+// Of those that bindresvport would take.
+TEST(udp_socket, ports_that_other_servers_want_are_left_to_them)
+{
+    if (geteuid() != 0)
+        GTEST_SKIP() << "reserved ports are for root";
+    const std::map<in_port_t, const char*> others = {
+        {623, "IPMI"},     {631, "printers"}, {636, "LDAP"},   {655, "tinc"}, {664, "IPMI"},  {749, "Kerberos"},
+        {750, "Kerberos"}, {754, "Kerberos"}, {783, "spamd"},  {853, "DNS"},  {873, "rsync"}, {902, "VMware"},
+        {989, "FTP"},      {990, "FTP"},      {992, "telnet"}, {993, "IMAP"}, {995, "POP3"},
+    };
+    Socket daemon;
+    std::set<in_port_t> ports;
+    for (uint32_t choice = 0; choice < 424; choice++) { // each port is some choice's first
+        UdpSocket one;
+        ASSERT_TRUE(open_udp_socket(one, ntohs(daemon.port()), LocalPort::Reserved, choice << 8, 0));
+        const in_port_t port = ntohs(Socket::port_of(one.fd));
+        EXPECT_EQ(others.count(port), 0U) << port;
+        ports.insert(port);
+        one.close();
+    }
+    EXPECT_GT(ports.size(), 424 - others.size() - 40); // the machine's own servers have some
+    EXPECT_GE(*ports.begin(), 600);
+    EXPECT_LT(*ports.rbegin(), 1024);
 }
 
 TEST(udp_socket, reserved_ports_are_found_however_many_are_taken)

@@ -281,6 +281,23 @@ TEST_F(group, replies_that_are_longer_than_their_records_are_read)
     EXPECT_EQ(all.size(), 6U);
 }
 
+// Nothing is asked with, a table comes back.
+TEST_F(group, a_reply_that_is_longer_than_its_request_is_read)
+{
+    constexpr char name[] = "oltmib_cvlan_table_get_1";
+    const Daemon& daemon = daemon_of("nsminfo");
+    const unsigned id = call(name, "");
+    const auto request = requests(daemon, 1).at(0);
+    ASSERT_EQ(request.units.size(), call_units);
+    const size_t units = find_api(name).api->reply->units;
+    ASSERT_GT(units, (MAX_AUTH_BYTES + call_units) / sizeof(uint32_t)); // more than any call has room for
+    Units reply = {request.units[0], htonl(REPLY), 0, 0, 0, 0};
+    reply.resize(reply.size() + units);
+    daemon.send(request, reply);
+    calls.wait(Deadline::after(10000), {});
+    EXPECT_EQ(ends()[id].code, CallCode::Success);
+}
+
 // Two sockets, two daemons: the same xid may be under way to both.
 TEST_F(group, a_replies_xid_counts_for_its_own_service_only)
 {

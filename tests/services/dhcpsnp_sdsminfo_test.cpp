@@ -39,7 +39,10 @@ TEST(dhcpsnp, reply_with_both_texts_full_still_fits)
                  chars(512, b511), ints(0x80000000U, 0x80000000U));
 }
 
-TEST(dhcpsnp, empty_argument_sends_two_empty_texts_and_two_zeros) { EXPECT_REQUEST("oltmib_dhcpsnp_get_1", "", zeros(594)); }
+TEST(dhcpsnp, empty_argument_sends_two_empty_texts_and_two_zeros)
+{
+    EXPECT_REQUEST("oltmib_dhcpsnp_get_1", "", zeros(594));
+}
 
 TEST(sdsminfo, carries_two_texts_and_two_ints)
 {

@@ -251,12 +251,13 @@ TEST_F(registry, delapi_unlinks_once)
 
 namespace
 {
-std::atomic<bool> is_within, was_within;
+std::atomic<bool> is_within, was_within, may_end;
 }
 
 // The other thread is within the registry, asking for memory, when the host forks.
 TEST_F(registry, forking_waits_for_who_is_within_and_both_processes_go_on)
 {
+    is_within = was_within = may_end = false;
     add("a");
     std::thread other([] {
         on_request = [] {
@@ -265,6 +266,8 @@ TEST_F(registry, forking_waits_for_who_is_within_and_both_processes_go_on)
             was_within = true;
         };
         add("b");
+        while (!may_end) // in no other lock that a fork would leave held
+            usleep(1000);
     });
     while (!is_within)
         std::this_thread::yield();
@@ -274,10 +277,11 @@ TEST_F(registry, forking_waits_for_who_is_within_and_both_processes_go_on)
         _exit(names() == Names{"a", "b"} && add("c") == 1 && lua_getapibyname("c") ? 0 : 1);
     }
     EXPECT_TRUE(was_within);
-    other.join();
     int status = -1;
     EXPECT_EQ(waitpid(child, &status, 0), child);
     EXPECT_EQ(status, 0);
+    may_end = true;
+    other.join();
     EXPECT_EQ(add("c"), 1);
     EXPECT_EQ(names(), (Names{"a", "b", "c"}));
 }

@@ -1,6 +1,7 @@
 // calls at once, with a port mapper and daemons of the test's own: what is under
 // way, in which order replies may come, who waits for whom.
 #include <algorithm>
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <linux/sock_diag.h>
 #include <map>
@@ -165,6 +166,22 @@ class group : public testing::Test
         return all;
     }
 
+    // The same of those that need no waiting.
+    static size_t requests_there(const Daemon& daemon) { return daemon.requests().size(); }
+
+    // The descriptor of this process that is connected to the daemon, or -1.
+    static int socket_to(const Daemon& daemon)
+    {
+        for (int fd = 3; fd < 100; fd++) {
+            sockaddr_in peer = {};
+            socklen_t size = sizeof peer;
+            if (getpeername(fd, reinterpret_cast<sockaddr*>(&peer), &size) == 0 && peer.sin_family == AF_INET &&
+                peer.sin_port == htons(daemon.port))
+                return fd;
+        }
+        return -1;
+    }
+
     // A first call, after which the port is known.
     void warm_up(const char* name, const Daemon& daemon)
     {
@@ -264,6 +281,23 @@ TEST_F(group, replies_that_are_longer_than_their_records_are_read)
     EXPECT_EQ(all.size(), 6U);
 }
 
+// Nothing is asked with, a table comes back.
+TEST_F(group, a_reply_that_is_longer_than_its_request_is_read)
+{
+    constexpr char name[] = "oltmib_cvlan_table_get_1";
+    const Daemon& daemon = daemon_of("nsminfo");
+    const unsigned id = call(name, "");
+    const auto request = requests(daemon, 1).at(0);
+    ASSERT_EQ(request.units.size(), call_units);
+    const size_t units = find_api(name).api->reply->units;
+    ASSERT_GT(units, (MAX_AUTH_BYTES + call_units) / sizeof(uint32_t)); // more than any call has room for
+    Units reply = {request.units[0], htonl(REPLY), 0, 0, 0, 0};
+    reply.resize(reply.size() + units);
+    daemon.send(request, reply);
+    calls.wait(Deadline::after(10000), {});
+    EXPECT_EQ(ends()[id].code, CallCode::Success);
+}
+
 // Two sockets, two daemons: the same xid may be under way to both.
 TEST_F(group, a_replies_xid_counts_for_its_own_service_only)
 {
@@ -283,6 +317,50 @@ TEST_F(group, a_replies_xid_counts_for_its_own_service_only)
     }
     EXPECT_EQ(all[a].text.substr(0, 2), "7&");
     EXPECT_EQ(all[b].text.substr(0, 5), "name&");
+}
+
+// More than it receives in one go.
+TEST_F(group, processing_once_takes_all_that_came)
+{
+    Daemon& daemon = daemon_of("nsminfo");
+    for (int i = 0; i < 20; i++)
+        call(small, std::to_string(i));
+    for (const auto& request : requests(daemon, 20))
+        daemon.reply(request);
+    calls.process();
+    EXPECT_EQ(ends().size(), 20U);
+    EXPECT_FALSE(calls.is_open());
+}
+
+// The host's code runs between one call and the next, however short the time is.
+TEST_F(group, nothing_is_sent_to_what_took_the_sockets_number_between_two_calls)
+{
+    Daemon& daemon = daemon_of("nsminfo");
+    warm_up(small, daemon);
+    const unsigned first = call(small, "1");
+    EXPECT_EQ(requests(daemon, 1).size(), 1U);
+    const int number = socket_to(daemon);
+    ASSERT_GT(number, 2);
+    int pair[2];
+    ASSERT_EQ(socketpair(AF_UNIX, SOCK_DGRAM, 0, pair), 0);
+    calls.process(); // as an event loop does; what is used from here on is used just now
+    const unsigned second = call(small, "2");
+    EXPECT_EQ(requests_there(daemon), 1U);
+    ASSERT_EQ(dup2(pair[0], number), number);
+    const unsigned third = call(small, "3");
+    char byte;
+    EXPECT_EQ(recv(pair[1], &byte, 1, MSG_DONTWAIT), -1) << "the host's socket got a call";
+    std::map<unsigned, End> all = ends();
+    daemon.reply(requests(daemon, 1).at(0)); // through a socket of the group's again
+    while (calls.is_open()) {
+        calls.wait(Deadline::after(10000), {});
+        all.merge(ends());
+    }
+    EXPECT_EQ(all[first].code, CallCode::Failed);
+    EXPECT_EQ(all[second].code, CallCode::Failed);
+    EXPECT_EQ(all[third].text.substr(0, 2), "3&");
+    EXPECT_GE(fcntl(number, F_GETFD), 0) << "the host's socket was closed";
+    close(number), close(pair[0]), close(pair[1]);
 }
 
 TEST_F(group, what_is_under_way_to_a_daemon_takes_no_more_of_the_kernel_than_the_window)
@@ -489,6 +567,60 @@ TEST_F(group, after_a_failure_the_next_call_goes_where_the_daemon_is_then)
     }
     EXPECT_EQ(all[next].text.substr(0, 2), "5&");
     EXPECT_EQ(all[open].code, CallCode::Refused);
+}
+
+// A page's sockets are the next calls' clients, under numbers that nobody can guess.
+TEST_F(group, sockets_that_a_page_leaves_have_first_numbers_of_their_own)
+{
+    Daemon &one = daemon_of("nsminfo"), &two = daemon_of("devinfo");
+    ApiCalls page(CallsOf::Page);
+    CallStatus status;
+    EXPECT_NE(page.call(small, "1", Deadline::after(20000), status), 0U);
+    EXPECT_NE(page.call(other, "1", Deadline::after(20000), status), 0U);
+    std::vector<uint32_t> numbers;
+    for (const Deadline end = Deadline::after(10000); page.is_open() && end.left() > 0;) {
+        page.wait(Deadline::after(5), {});
+        for (const Daemon* daemon : {&one, &two})
+            for (const auto& request : daemon->requests()) {
+                numbers.push_back(request.xid());
+                daemon->reply(request);
+            }
+        while (page.first_finished())
+            page.drop_finished();
+    }
+    page.close();
+    for (const Service* service : all_services)
+        if (Client* left = lend_idle_client(*service->client)) {
+            numbers.push_back(left->xid + 1); // which its next call has
+            give_back_client(*service->client, *left, false);
+        }
+    EXPECT_EQ(numbers.size(), 4U);
+    std::sort(numbers.begin(), numbers.end());
+    for (size_t i = 1; i < numbers.size(); i++)
+        EXPECT_GT(numbers[i] - numbers[i - 1], 2U);
+    destroy_all_clients();
+}
+
+// A failed call makes older clients stale, not those that come after it.
+TEST_F(group, sockets_that_a_page_leaves_after_a_failed_call_are_used_by_the_next_one)
+{
+    Daemon& daemon = daemon_of("nsminfo");
+    const Service& service = *find_api(small).service;
+    for (int round = 0; round < 3; round++) {
+        ApiCalls page(CallsOf::Page);
+        CallStatus status;
+        EXPECT_NE(page.call(small, "1", Deadline::after(20000), status), 0U);
+        for (const Deadline end = Deadline::after(10000); !page.first_finished() && end.left() > 0;) {
+            page.wait(Deadline::after(5), {});
+            for (const auto& request : daemon.requests())
+                daemon.reply(request);
+        }
+        page.close();
+        Client* left = lend_idle_client(*service.client);
+        ASSERT_NE(left, nullptr) << round;
+        give_back_client(*service.client, *left, true);
+        EXPECT_EQ(lend_idle_client(*service.client), nullptr);
+    }
 }
 
 TEST_F(group, an_api_of_the_hosts_own_cannot_be_one_of_many)

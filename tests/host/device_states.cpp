@@ -104,6 +104,19 @@ ApiNode echo_node(const char* name, ApiClientInit init)
 }
 } // namespace
 
+// Short ones have room on the stack, longer ones are kept in heap memory.
+TEST_F(states, texts_of_a_hosts_own_functions_are_whole_whatever_their_length)
+{
+    LuaState lua;
+    const ApiNode echo = echo_node("echo", echo_init);
+    ASSERT_EQ(lua_addapi(&echo), 1);
+    for (size_t length = 0; length < 4200; length++) {
+        const std::string text(length, static_cast<char>('g' + length % 10));
+        EXPECT_EQ(lua.call("echo", text), text) << length;
+    }
+    EXPECT_EQ(lua_delapi("echo"), 1);
+}
+
 // An argument that a call has no room for is copied, and so is such a reply.
 TEST_F(states, long_texts_leave_no_memory_behind_however_the_call_ends)
 {

@@ -442,6 +442,49 @@ TEST_F(threads, traces_are_the_same_for_a_hosts_node_with_our_functions)
     }
 }
 
+namespace
+{
+std::atomic<bool> is_in_function, may_leave;
+void* func_that_waits(void* request, CLIENT*)
+{
+    is_in_function = true;
+    while (!may_leave)
+        std::this_thread::yield();
+    return request;
+}
+} // namespace
+
+// In the child there is nobody who would pass the turn on.
+TEST_F(threads, fork_while_another_is_in_a_hosts_own_function_leaves_the_child_its_turn)
+{
+#ifdef __SANITIZE_ADDRESS__
+    GTEST_SKIP() << "the sanitizer's malloc may stay locked in a forked child";
+#endif
+    LuaState lua;
+    const ApiNode echo = own_node("echo", own_init);
+    ApiNode waits = own_node("waits", own_init);
+    waits.func = func_that_waits;
+    ASSERT_EQ(lua_addapi(&echo), 1);
+    ASSERT_EQ(lua_addapi(&waits), 1);
+    std::thread other([] {
+        LuaState own;
+        own.call("waits", "");
+    });
+    while (!is_in_function)
+        std::this_thread::yield();
+    const pid_t child = fork();
+    if (child == 0) {
+        alarm(10); // that ends a child which never has its turn
+        _exit(lua.call("echo", "child") == "child" ? 0 : 1);
+    }
+    int status = -1;
+    EXPECT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0);
+    may_leave = true;
+    other.join();
+    EXPECT_EQ(lua.call("echo", "parent"), "parent");
+}
+
 TEST_F(threads, fork_while_others_call_gives_each_process_its_own_replies)
 {
 #ifdef __SANITIZE_ADDRESS__

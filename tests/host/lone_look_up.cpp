@@ -324,6 +324,19 @@ TEST_F(look_up, without_a_port_mapper_calls_fail_at_once_and_the_next_one_with_i
     expect_success();
 }
 
+// Whoever comes late to a query hears of it when he repeats it.
+TEST_F(look_up, refusal_that_the_repeated_query_meets_is_the_same_as_any_other)
+{
+    PortQuery query(program, server_version, Life::Long);
+    ASSERT_EQ(query.start(1), PortQuery::State::Asking);
+    while (query.next().left() > 0)
+        poll(nullptr, 0, query.next().left_for_poll());
+    ASSERT_EQ(query.check_time(), PortQuery::State::Failed);
+    EXPECT_EQ(query.failure().status, RPC_CANTRECV);
+    EXPECT_EQ(query.failure().error.re_status, RPC_CANTRECV);
+    EXPECT_EQ(query.failure().error.re_errno, ECONNREFUSED);
+}
+
 TEST_F(look_up, every_query_has_a_port_and_a_number_of_its_own)
 {
     map_to(daemon->port());

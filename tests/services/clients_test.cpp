@@ -3,6 +3,7 @@
 #include <dlfcn.h>
 #include <map>
 #include <memory>
+#include <sys/wait.h>
 
 #include "tests/golden/golden_list.h"
 #include "tests/services/support.h"
@@ -68,6 +69,18 @@ class clients : public testing::Test
         return programs;
     }
 
+    // Connected UDP sockets of this process.
+    static int sockets_of_ours()
+    {
+        int count = 0;
+        for (int fd = 3; fd < 256; fd++) {
+            sockaddr_in peer = {};
+            socklen_t size = sizeof peer;
+            count += getpeername(fd, reinterpret_cast<sockaddr*>(&peer), &size) == 0 && peer.sin_family == AF_INET;
+        }
+        return count;
+    }
+
     std::atomic<bool> creation_fails = false;
     std::unique_ptr<FakePortMapper> port_mapper;
 };
@@ -122,6 +135,45 @@ TEST_F(clients, services_share_none)
     }
     for (const Expected& service : expected)
         service.drop();
+}
+
+// The daemon may have been restarted: neither the failed call's nor one that was lent meanwhile stays.
+TEST_F(clients, of_a_service_whose_call_failed_are_closed_when_they_come_back)
+{
+    const ServiceClient& service = *all_services[0]->client;
+    CreationFailure failure;
+    Client* one = lend_client(service, Deadline::after(10000), {}, failure);
+    Client* two = lend_client(service, Deadline::after(10000), {}, failure);
+    ASSERT_TRUE(one && two);
+    EXPECT_EQ(sockets_of_ours(), 2);
+    give_back_client(service, *one, true);
+    EXPECT_EQ(sockets_of_ours(), 1);
+    give_back_client(service, *two, false);
+    EXPECT_EQ(sockets_of_ours(), 0);
+}
+
+TEST_F(clients, of_every_service_are_dropped_at_once)
+{
+    for (const Expected& service : expected)
+        service.get();
+    EXPECT_EQ(asked().size(), expected.size());
+    destroy_all_clients();
+    EXPECT_EQ(sockets_of_ours(), 0);
+}
+
+TEST_F(clients, of_no_service_are_a_forked_childs)
+{
+    for (const Expected& service : expected)
+        service.get();
+    EXPECT_EQ(sockets_of_ours(), static_cast<int>(expected.size()));
+    const pid_t child = fork();
+    if (child == 0)
+        _exit(sockets_of_ours());
+    int status = -1;
+    EXPECT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0);
+    EXPECT_EQ(sockets_of_ours(), static_cast<int>(expected.size()));
+    destroy_all_clients();
 }
 
 TEST_F(clients, one_that_cannot_be_created_says_why_and_is_tried_again)

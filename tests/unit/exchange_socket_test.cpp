@@ -1,6 +1,7 @@
 // The socket of calls: its descriptor, what a host may have put in its place, its port.
 #include <dirent.h>
 #include <fcntl.h>
+#include <map>
 #include <set>
 
 #include "tests/unit/exchange.h"
@@ -134,6 +135,31 @@ TEST_F(exchange, file_that_took_the_sockets_number_is_neither_written_nor_closed
     if (file != number)
         close(file);
     close(number);
+}
+
+// Of those that bindresvport would take.
+TEST(udp_socket, ports_that_other_servers_want_are_left_to_them)
+{
+    if (geteuid() != 0)
+        GTEST_SKIP() << "reserved ports are for root";
+    const std::map<in_port_t, const char*> others = {
+        {623, "IPMI"},     {631, "printers"}, {636, "LDAP"},   {655, "tinc"}, {664, "IPMI"},  {749, "Kerberos"},
+        {750, "Kerberos"}, {754, "Kerberos"}, {783, "spamd"},  {853, "DNS"},  {873, "rsync"}, {902, "virtual machines"},
+        {989, "FTP"},      {990, "FTP"},      {992, "telnet"}, {993, "IMAP"}, {995, "POP3"},
+    };
+    Socket daemon;
+    std::set<in_port_t> ports;
+    for (uint32_t choice = 0; choice < 424; choice++) { // each port is some choice's first
+        UdpSocket one;
+        ASSERT_TRUE(open_udp_socket(one, daemon.port(), LocalPort::Reserved, choice << 8, 0));
+        const in_port_t port = Socket::port_of(one.fd);
+        EXPECT_EQ(others.count(port), 0U) << port;
+        ports.insert(port);
+        one.close();
+    }
+    EXPECT_GT(ports.size(), 424 - others.size() - 40); // the machine's own servers have some
+    EXPECT_GE(*ports.begin(), 600);
+    EXPECT_LT(*ports.rbegin(), 1024);
 }
 
 TEST(udp_socket, reserved_ports_are_found_however_many_are_taken)

@@ -1,9 +1,11 @@
 // One call over a kept socket, against a daemon whose datagrams the test has
 // laid ready: the call's bytes, which datagrams count as its reply, what each
 // reply means, and the deadline.
+#include <atomic>
 #include <cerrno>
 #include <csignal>
 #include <sys/time.h>
+#include <thread>
 
 #include "tests/unit/exchange.h"
 
@@ -214,6 +216,39 @@ TEST_F(exchange, late_reply_is_not_the_next_calls)
     daemon_sends(answer(late, 99));
     EXPECT_EQ(call_answered_by(answer(next_xid(), 6)), RPC_SUCCESS);
     EXPECT_EQ(reply, 6);
+}
+
+// A thousand of them are looked through when the time is over; before, any number is.
+TEST_F(exchange, thousands_of_strange_datagrams_in_time_are_passed_over)
+{
+    std::atomic<bool> is_over = false;
+    const uint32_t xid = next_xid();
+    std::thread chatter([&] {
+        for (int round = 0; round < 200 && !is_over; round++) {
+            for (int i = 0; i < 20; i++)
+                daemon_sends(answer(xid - 1, 99));
+            usleep(500); // no more than the socket has room for
+        }
+        while (!is_over) {
+            daemon_sends(answer(xid, 6));
+            usleep(500);
+        }
+    });
+    EXPECT_EQ(call(), RPC_SUCCESS);
+    is_over = true;
+    chatter.join();
+    EXPECT_EQ(reply, 6);
+}
+
+TEST_F(exchange, versions_that_the_daemon_has_are_told)
+{
+    EXPECT_EQ(call_answered_by(accepted(next_xid(), 2, units({3, 8}))), RPC_PROGVERSMISMATCH);
+    EXPECT_EQ(error().re_vers.low, 3U);
+    EXPECT_EQ(error().re_vers.high, 8U);
+    // cut off
+    EXPECT_EQ(call_answered_by(accepted(next_xid(), 2, units({3}))), RPC_PROGVERSMISMATCH);
+    EXPECT_EQ(error().re_vers.low, 0U);
+    EXPECT_EQ(error().re_vers.high, 0U);
 }
 
 TEST_F(exchange, call_without_any_wait_takes_what_is_there)

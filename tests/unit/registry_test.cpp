@@ -1,16 +1,25 @@
 // The list primitives and the registry of APIs.
+#include <atomic>
 #include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
 
 #include "tests/golden/golden_list.h"
 #include "tests/unit/support.h"
 
 // malloc as the whole program calls it (linked with --wrap=malloc).
 static bool memory_is_out;
-static int until_refusal; // the n-th request from now on, and no other, gets none
+static thread_local void (*on_request)(); // what a thread does in its next request
+static int until_refusal;                 // the n-th request from now on, and no other, gets none
 extern "C" void* __real_malloc(size_t size);
 extern "C" void* __wrap_malloc(size_t size);
 extern "C" void* __wrap_malloc(size_t size)
 {
+    if (void (*const act)() = on_request) {
+        on_request = nullptr;
+        act();
+    }
     const bool is_refused = memory_is_out || (until_refusal > 0 && --until_refusal == 0);
     return is_refused ? nullptr : __real_malloc(size);
 }
@@ -238,6 +247,43 @@ TEST_F(registry, delapi_unlinks_once)
     EXPECT_EQ(lua_delapi("a"), 1);
     EXPECT_EQ(apinode_head.next, &apinode_head);
     EXPECT_EQ(apinode_head.prev, &apinode_head);
+}
+
+namespace
+{
+std::atomic<bool> is_within, was_within, may_end;
+}
+
+// The other thread is within the registry, asking for memory, when the host forks.
+TEST_F(registry, forking_waits_for_who_is_within_and_both_processes_go_on)
+{
+    is_within = was_within = may_end = false;
+    add("a");
+    std::thread other([] {
+        on_request = [] {
+            is_within = true;
+            usleep(100000); // which a fork that does not wait is quicker than
+            was_within = true;
+        };
+        add("b");
+        while (!may_end) // in no other lock that a fork would leave held
+            usleep(1000);
+    });
+    while (!is_within)
+        std::this_thread::yield();
+    const pid_t child = fork();
+    if (child == 0) {
+        alarm(10); // that ends a child which nobody lets in
+        _exit(names() == Names{"a", "b"} && add("c") == 1 && lua_getapibyname("c") ? 0 : 1);
+    }
+    EXPECT_TRUE(was_within);
+    int status = -1;
+    EXPECT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0);
+    may_end = true;
+    other.join();
+    EXPECT_EQ(add("c"), 1);
+    EXPECT_EQ(names(), (Names{"a", "b", "c"}));
 }
 
 TEST_F(registry, name_can_come_back_after_delapi)

@@ -52,8 +52,21 @@ if pcall(require, "cqueues") then
   shell.tell "clear"
 end
 
--- The page of fifteen tables: each daemon's, by the names of its fields.
-local dashboard = example("dashboard.cgi")
+-- The page of fifteen tables: each daemon's, by the names of its fields. Its second is
+-- short on a busy machine: the page is asked for again until no table is late, or only
+-- the one whose message has the text `late`.
+local function page(late)
+  local text
+  for _ = 1, 60 do
+    text = example("dashboard.cgi")
+    local count = select(2, text:gsub("within 1 seconds", ""))
+    if late and count == 1 and text:find(late, 1, true) or not late and count == 0 then
+      break
+    end
+  end
+  return text
+end
+local dashboard = page()
 check.equal("dashboard: tables", { select(2, dashboard:gsub("<h2>", "")), select(2, dashboard:gsub("<table>", "")) },
   { 15, 15 })
 check.equal("dashboard: nothing failed", dashboard:match('<p role="alert">(.-)</p>'), nil)
@@ -71,15 +84,15 @@ check.equal("dashboard: a wrong name is told",
   example("dashboard.cgi", "LIBRPC_NAMES="):match('<p role="alert">(.-)</p>'),
   "devinfo: expected a name of its fields, found model")
 shell.run(shell.interpreter .. [[ $LIBRPC_TEST_SOURCE/bin/rpcctl set portinfo port=5 'description=<b>"']])
-check.equal("dashboard: markup in a text", example("dashboard.cgi"):match("<td>ge5</td><td>(.-)</td>"),
+check.equal("dashboard: markup in a text", page():match("<td>ge5</td><td>(.-)</td>"),
   "&lt;b&gt;&quot;")
 shell.tell "stop lpdet"
-dashboard = example("dashboard.cgi")
+dashboard = page()
 check.equal("dashboard: one daemon's end", { select(2, dashboard:gsub("<table>", "")),
   dashboard:match('<h2>Loop detection by port</h2>\n<p role="alert">(.-) %[RPC') }, { 14,
   "oltmib_lpdet_portinfo_getn_1 (service lpdet, program 50018): the daemon has not registered with the port mapper" })
 shell.tell "fault oltmib_portinfo_getn_1 after=3 drop"
-dashboard = example("dashboard.cgi")
+dashboard = page "found 3 rows and no end"
 check.equal("dashboard: one daemon's silence", { select(2, dashboard:gsub("<table>", "")),
   dashboard:match('<h2>Ports</h2>\n<p role="alert">(.-)</p>'), dashboard:match("<td>(ge3)</td>"),
   dashboard:match("<td>ge4</td>") }, { 14,

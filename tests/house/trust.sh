@@ -1,9 +1,8 @@
 #!/bin/sh
-# check.sh DOCUMENT BUILD CTEST: every test that the document names in backticks
+# trust.sh DOCUMENT BUILD CTEST: every test that the document names in backticks
 # is one of the build's, and every line of its "shown by" tables names one.
 set -eu
 . "$(dirname "$0")/../../tools/fail.sh"
-tool=trust
 document=$1 build=$2 ctest=$3
 layers='unit|services|golden|e2e|calls|fuzz|memory|system_calls|lua|trust|host|hosts|soak|web'
 

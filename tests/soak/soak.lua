@@ -431,8 +431,9 @@ local summary = ("%d seconds, %d steps, %d calls, %d fields: %d wrong, 0 lost, 0
   math.floor(now() - started), rounds, sent, field_count, wrong_count)
 print("soak: " .. summary)
 print("soak: failed as the faults ask for: " .. table.concat(codes, ", "))
-print(("soak: resident memory %d KB at first, %d KB in the end, of them Lua's own %d and %d; descriptors %d and %d"):format(
-  first.resident, last.resident, first.own, last.own, first.descriptors, last.descriptors))
+print(("soak: resident memory %d KB at first, %d KB in the end, Lua's own of it %d and %d"):format(
+  first.resident, last.resident, first.own, last.own))
+print(("soak: descriptors %d at first, %d in the end"):format(first.descriptors, last.descriptors))
 write_plot(plot_path, summary, samples)
 print("soak: " .. plot_path)
 

@@ -285,9 +285,10 @@ void print_line(const ApiNode& node)
 void print_list()
 {
     mutex.lock();
-    size_t count = 0, at = 0;
+    size_t count = 0;
     for (ListLinks* node = apinode_head.next; node != &apinode_head; node = node->next)
         count++;
+    size_t at = 0;
     auto** nodes = static_cast<ApiNode**>(malloc(sizeof(void*) * (count + 1)));
     for (ListLinks* link = apinode_head.next; link != &apinode_head; link = link->next) {
         auto* node = static_cast<ApiNode*>(link);

@@ -44,6 +44,12 @@ check.equal("kinds", kinds, {
   int = true, unsigned = true, text = true, mac = true, hex = true, list = true, real = true, counter = true,
   bytes = true, skip = true,
 })
+local explained = {}
+for kind, meaning in pairs(schema.kinds) do
+  explained[kind] = type(meaning) == "string" and meaning ~= ""
+end
+check.equal("every kind is explained", explained, kinds)
+check.equal("a list that there is not", { schema.fields, schema[1], schema[schema] }, {})
 check.equal("an unknown API", schema.api("oltmib_nothing_get_1"), nil)
 check.equal("a stub that is not registered", schema.api("oltmib_pminfo_get_1"), nil)
 check.equal("a name that is no text", pcall(schema.api, {}), false)

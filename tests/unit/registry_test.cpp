@@ -1,11 +1,17 @@
 // The list primitives and the registry of APIs.
+#include <algorithm>
 #include <atomic>
+#include <chrono>
+#include <fcntl.h>
+#include <future>
 #include <gtest/gtest.h>
+#include <sys/ioctl.h>
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
 
 #include "tests/golden/golden_list.h"
+#include "tests/support/captured_output.h"
 #include "tests/unit/support.h"
 
 // malloc as the whole program calls it (linked with --wrap=malloc).
@@ -252,6 +258,53 @@ TEST_F(registry, delapi_unlinks_once)
 namespace
 {
 std::atomic<bool> is_within, was_within, may_end;
+}
+
+TEST_F(registry, list_is_printed_the_same_without_memory_for_a_copy)
+{
+    for (const char* name : {"c", "a", "b"})
+        add(name);
+    CapturedOutput with_memory;
+    print_list();
+    const std::string usual = with_memory.text();
+    CapturedOutput without;
+    memory_is_out = true;
+    print_list();
+    memory_is_out = false;
+    EXPECT_EQ(without.text(), usual);
+    EXPECT_EQ(std::count(usual.begin(), usual.end(), '\n'), 3);
+}
+
+TEST_F(registry, printing_to_who_reads_nothing_holds_up_nobody)
+{
+    for (int i = 0; i < 2000; i++)
+        add("oltmib_example" + std::to_string(i) + "_get_1");
+    int ends[2];
+    ASSERT_EQ(pipe(ends), 0);
+    const int room = fcntl(ends[1], F_SETPIPE_SZ, 4096), before = dup(STDOUT_FILENO);
+    fflush(stdout);
+    dup2(ends[1], STDOUT_FILENO);
+    std::thread printer([] {
+        print_list();
+        fflush(stdout);
+    });
+    for (int waiting = 0; waiting < room - 1000; usleep(1000)) // no line more has room then
+        ASSERT_EQ(ioctl(ends[0], FIONREAD, &waiting), 0);
+    std::future<ApiNode*> found =
+        std::async(std::launch::async, [] { return lua_getapibyname("oltmib_example0_get_1"); });
+    EXPECT_EQ(found.wait_for(std::chrono::seconds(20)), std::future_status::ready);
+
+    std::thread reader([&] {
+        char bytes[4096];
+        while (read(ends[0], bytes, sizeof bytes) > 0)
+            continue;
+    });
+    printer.join();
+    dup2(before, STDOUT_FILENO);
+    close(ends[1]);
+    reader.join();
+    close(ends[0]);
+    close(before);
 }
 
 // The other thread is within the registry, asking for memory, when the host forks.

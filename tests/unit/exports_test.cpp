@@ -201,6 +201,9 @@ TEST_F(exports, call_whose_argument_cannot_be_copied_prints_the_call_and_nothing
 #ifdef __SANITIZE_ADDRESS__
     GTEST_SKIP() << "the sanitizer needs the address space";
 #endif
+    lua_pushcfunction(L, reinterpret_cast<lua_CFunction>(find("luaopen_librpc_status")));
+    lua_call(L, 0, 1);
+    lua_setglobal(L, "status");
     luaL_dostring(L, "argument = ('x'):rep(32 * 1024 * 1024)");
     rlimit before;
     ASSERT_EQ(getrlimit(RLIMIT_AS, &before), 0);
@@ -217,5 +220,7 @@ TEST_F(exports, call_whose_argument_cannot_be_copied_prints_the_call_and_nothing
         EXPECT_EQ(text.substr(0, beginning.size()), beginning);
         EXPECT_EQ(text.find("lua_callapi", beginning.size()), std::string::npos) << text.substr(text.size() - 200);
         EXPECT_EQ(run("print(values)"), "0\n");
+        EXPECT_EQ(run("print((status.last()))"), "out_of_memory\n");
+        luaL_dostring(L, "librpc.callapi('oltmib_nothing_get_1', '')"); // another reason
     }
 }

@@ -17,7 +17,10 @@ mentions() { # VERSION: files that have it as a word of its own
   grep -rlE --exclude-dir=tests --exclude-dir=vendor "(^|[^0-9.])${1//./\\.}([^0-9.]|\$)" . | sort
 }
 before=$(mentions "$version")
-grep -qx "## $version (not yet released)" CHANGELOG.md && tools/release.py finish 2031-02-03
+if grep -qx "## $version (not yet released)" CHANGELOG.md; then
+  sed -i "s/^## ${version//./\\.} .*/&\n\n- Something./" CHANGELOG.md # there may be nothing new yet
+  tools/release.py finish 2031-02-03
+fi
 grep -q "^## $version (20" CHANGELOG.md || fail CHANGELOG.md "the date of $version" "none"
 tools/release.py begin 98.7.6
 [ "$(tools/release.py check)" = 98.7.6 ] || fail "release check" 98.7.6 "another version"

@@ -88,8 +88,10 @@ struct CallLane {
 
     bool limit_receive(int64_t ms)
     {
+        if (!socket().set_wait(ms))
+            return false;
         receive_ms = ms;
-        return socket().set_wait(ms);
+        return true;
     }
 
     void wait_last(GroupCall& call)

@@ -84,6 +84,11 @@ const Function& find(lua_State* L, const char* name)
     return functions[0];
 }
 
+template <class Signature> Signature* next(const char* name)
+{
+    return reinterpret_cast<Signature*>(dlsym(RTLD_NEXT, name));
+}
+
 int arm(lua_State* L)
 {
     const Function& function = find(L, luaL_checkstring(L, 1));
@@ -109,11 +114,13 @@ int disarm(lua_State* L)
     return 1;
 }
 
+// Even while fcntl fails.
 int descriptors(lua_State* L)
 {
+    static const auto made = next<int(int, int, ...)>("fcntl");
     int count = 0;
     for (int fd = 0; fd < 1024; fd++)
-        count += fcntl(fd, F_GETFD) >= 0;
+        count += made(fd, F_GETFD) >= 0;
     lua_pushinteger(L, count);
     return 1;
 }
@@ -123,11 +130,6 @@ int close_standard(lua_State*)
     for (int fd = 0; fd <= STDERR_FILENO; fd++)
         close(fd);
     return 0;
-}
-
-template <class Signature> Signature* next(const char* name)
-{
-    return reinterpret_cast<Signature*>(dlsym(RTLD_NEXT, name));
 }
 } // namespace
 

@@ -6,7 +6,7 @@ local shell = {}
 local await = [[await() {
   tries=0
   until eval "$1" >/dev/null 2>&1; do
-    tries=$((tries + 1)); [ $tries -lt 3000 ] || return 1; sleep 0.02
+    tries=$((tries + 1)); [ $tries -lt 1500 ] || return 1; sleep 0.02
   done
 }
 ]]

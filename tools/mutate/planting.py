@@ -34,7 +34,7 @@ LIBRARY = (
 )
 MODULES = (Stage(r"^lua\.lua5\.1|^calls\.lua5\.1"), Stage("^(examples|generated)"))
 COMMAND_LINE = (Stage("rpcctl|output"), Stage(r"^lua\.lua5\.1|examples"))
-WEB = (Stage(r"^web\."),)
+WEB = (Stage(r"^web\.lighttpd"), Stage(r"^web\."))
 STAGES = (("lua/rpcctl", COMMAND_LINE), ("bin", COMMAND_LINE), ("lua", MODULES), ("web", WEB), ("", LIBRARY))
 
 

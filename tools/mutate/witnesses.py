@@ -22,7 +22,7 @@ PROGRAMS = {
     "calls_test": "tests/calls", "exports_test": "tests/unit", "differential_test": "tests/differential",
 }
 LEAST_LIMIT = 10  # seconds: a machine that others use stands still for some
-FACTOR = 8  # over what a test takes without a fault
+FACTOR = 4  # over what a test takes without a fault
 MOST_MEMORY, MOST_OUTPUT = 4 << 30, 64 << 20  # a fault may make a loop of anything
 SKIPPED = 77
 FAILED_CASE = re.compile(rb"^\[  FAILED  \] ([\w./]+)", re.MULTILINE)
@@ -153,7 +153,7 @@ class Bench:
             again = witness
             if ":" in name:  # the case alone
                 again = replace(witness, command=[*witness.command, f"--gtest_filter={name.split(':')[1]}"])
-            second, name = self.run(again, 2 * limit)
+            second, name = self.run(again, limit)
             if second in ("failed", "timed out"):
                 with self.lock:
                     found.append(f"{'caught by' if second == 'failed' else 'timed out in'} {name}")

@@ -17,19 +17,6 @@ local function shown(value)
   return problems().shown(value)
 end
 
-local function meant(...)
-  return problems().meant(...)
-end
-
-local function sorted_names(map)
-  local list = {}
-  for name in pairs(map) do
-    list[#list + 1] = name
-  end
-  table.sort(list)
-  return list
-end
-
 -- What stands in one file as read() collects it: complaints go to `mistakes`.
 local File = {}
 File.__index = File
@@ -66,8 +53,7 @@ function File:field(where, facts, position)
     if field_words[word] then
       right = self:word(where, word, value, field_words[word], position) and right
     else
-      local known = sorted_names(field_words)
-      self:complain(where(), meant("one of " .. table.concat(known, ", "), word, known), shown(word))
+      self:complain(where(), problems().one_of(field_words, word), shown(word))
       right = false
     end
   end
@@ -111,8 +97,8 @@ function File:unknown_field(where, word, texts)
       known[#known + 1] = position.name
     end
   end
-  self:complain(where, meant("a field of the table, or one of " .. table.concat(sorted_names(table_words), ", "), word,
-    known), shown(word))
+  self:complain(where, problems().meant("a field of the table, or one of " ..
+    table.concat(problems().names_in(table_words), ", "), word, known), shown(word))
 end
 
 function File:entry(all, name, entry)

@@ -121,12 +121,7 @@ words.roles_of_field = {
 local function role(known)
   return function(value)
     if not known[value] then
-      local list = {}
-      for name in pairs(known) do
-        list[#list + 1] = name
-      end
-      table.sort(list)
-      return require("librpc.record.problems").meant("one of " .. table.concat(list, ", "), value, list)
+      return require("librpc.record.problems").one_of(known, value)
     end
   end
 end

@@ -131,6 +131,22 @@ function problems.meant(what, name, names)
   return nearest and ("%s (did you mean %s?)"):format(what, nearest) or what
 end
 
+-- The names in a table, sorted.
+function problems.names_in(map)
+  local list = {}
+  for name in pairs(map) do
+    list[#list + 1] = name
+  end
+  table.sort(list)
+  return list
+end
+
+-- What a name that is none of a table's should have been.
+function problems.one_of(known, name)
+  local list = problems.names_in(known)
+  return problems.meant("one of " .. table.concat(list, ", "), name, list)
+end
+
 local function unknown(what, name, known)
   return problems.fail("unknown_api", "librpc", problems.meant("the name of " .. what, name, known),
     problems.shown(name))
@@ -147,14 +163,11 @@ end
 
 -- The names of all tables, sorted.
 local function table_names()
-  local seen, list = {}, {}
+  local seen = {}
   for _, api in ipairs(schema.apis) do
-    if not seen[api.table] then
-      seen[api.table], list[#list + 1] = true, api.table
-    end
+    seen[api.table] = true
   end
-  table.sort(list)
-  return list
+  return problems.names_in(seen)
 end
 
 -- What a name that no table has should have been.
@@ -181,15 +194,9 @@ function problems.check_options(where, options, types)
   if type(options) ~= "table" then
     return problems.fail("bad_type", where .. ": options", "a table", problems.shown(options))
   end
-  local known = {}
-  for name in pairs(types) do
-    known[#known + 1] = name
-  end
-  table.sort(known)
   for name, value in pairs(options) do
     if not types[name] then
-      return problems.fail("unknown_option", where .. ": options",
-        problems.meant("one of " .. table.concat(known, ", "), name, known), problems.shown(name))
+      return problems.fail("unknown_option", where .. ": options", problems.one_of(types, name), problems.shown(name))
     elseif type(value) ~= types[name] or value ~= value or type(value) == "number" and value < 0 then
       return problems.fail("bad_type", where .. ": options." .. name,
         types[name] == "number" and "a number from 0" or "a " .. types[name], problems.shown(value))

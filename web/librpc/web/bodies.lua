@@ -87,12 +87,7 @@ function bodies.take(where, object, members)
   for name, value in pairs(object) do
     local check = checks[members[name] or ""]
     if not check then
-      local known = {}
-      for member in pairs(members) do
-        known[#known + 1] = member
-      end
-      table.sort(known)
-      return bodies.fail(where, "one of " .. table.concat(known, ", "), name)
+      return bodies.fail(where, require("librpc.record.problems").one_of(members, name), name)
     elseif value ~= json.null then
       local right, expected, found, told = check(value)
       if not right then

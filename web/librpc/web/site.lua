@@ -30,17 +30,13 @@ local default_limits = {
   body = 65536, -- bytes
 }
 
-local function shown(value)
-  return require("librpc.record.problems").shown(value)
+-- Loaded with the first mistake.
+local function problems()
+  return require "librpc.record.problems"
 end
 
-local function sorted(map)
-  local list = {}
-  for name in pairs(map) do
-    list[#list + 1] = tostring(name)
-  end
-  table.sort(list)
-  return list
+local function shown(value)
+  return problems().shown(value)
 end
 
 -- The mistakes of one file, a line each.
@@ -52,9 +48,7 @@ function Mistakes:add(where, expected, found)
 end
 
 function Mistakes:unknown(where, word, known)
-  local list = sorted(known)
-  local expected = require("librpc.record.problems").meant("one of " .. table.concat(list, ", "), word, list)
-  self:add(where, expected, shown(word))
+  self:add(where, problems().one_of(known, word), shown(word))
 end
 
 local function check_tables(mistakes, where, value)
@@ -67,7 +61,7 @@ local function check_tables(mistakes, where, value)
     if type(i) ~= "number" then
       mistakes:add(where, "a list of tables", "the name " .. shown(i))
     elseif not tables.operations(name) then
-      mistakes:add(where, require("librpc.record.problems").meant_table(name), shown(name))
+      mistakes:add(where, problems().meant_table(name), shown(name))
     end
   end
 end
@@ -90,7 +84,7 @@ end }
 
 local function check_rights(mistakes, where, value, words)
   if type(value) ~= "table" then
-    return mistakes:add(where, "a table of " .. table.concat(sorted(words), ", "), shown(value))
+    return mistakes:add(where, "a table of " .. table.concat(problems().names_in(words), ", "), shown(value))
   end
   for word, item in pairs(value) do
     if words[word] then

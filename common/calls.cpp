@@ -1,6 +1,7 @@
 // Calls that run at once, see calls.h.
 #include "common/calls.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstddef>
 #include <cstdlib>
@@ -48,7 +49,7 @@ size_t size_of(const Api* api)
 {
     const unsigned request = api && api->request ? api->request->units : 0;
     const unsigned reply = !api ? 0 : api->reply ? api->reply->units : 1;
-    return call_header_size + sizeof(uint32_t) * (request > reply ? request : reply);
+    return call_header_size + sizeof(uint32_t) * std::max(request, reply);
 }
 } // namespace
 
@@ -78,7 +79,7 @@ void* ApiCalls::allocate(size_t size)
     static_assert(sizeof(Block) % alignment == 0, "what stands behind a block is aligned");
     size = (size + alignment - 1) / alignment * alignment;
     if (!blocks || blocks->size - blocks->used < size) {
-        const size_t room = size > usual ? size : usual;
+        const size_t room = std::max(size, usual);
         auto* block = static_cast<Block*>(malloc(sizeof(Block) + room));
         if (!block)
             return nullptr;

@@ -1,5 +1,6 @@
 // The Lua module librpc.calls: many calls at once, for pages and event loops.
 // Lua's errors are longjmps: what needs closing lives in userdata with a __gc.
+#include <algorithm>
 #include <cerrno>
 #include <climits>
 #include <cstdlib>
@@ -29,7 +30,7 @@ Deadline check_deadline(lua_State* L, int index)
         return Deadline::after(TIMEOUT);
     const double seconds = luaL_checknumber(L, index);
     luaL_argcheck(L, seconds >= 0, index, "expected seconds, found a negative number or none");
-    return Deadline::after(static_cast<int64_t>((seconds < most_seconds ? seconds : most_seconds) * ms_of_second));
+    return Deadline::after(static_cast<int64_t>(std::min(seconds, most_seconds) * ms_of_second));
 }
 
 void set_field_text(lua_State* L, const char* key, const char* text)

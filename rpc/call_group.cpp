@@ -1,4 +1,5 @@
 // A group's lanes: sending, receiving, failing, see call_group.h.
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <new>
@@ -39,7 +40,7 @@ bool CallGroup::add(GroupCall& call)
     bound = open_calls > 0 ? bound.or_sooner(call.deadline) : call.deadline;
     open_calls++;
     const size_t units = (call.size + MAX_AUTH_BYTES) / sizeof(uint32_t) + 1; // a reply may have a verifier
-    lane->largest = units > datagram_units ? datagram_units : units > lane->largest ? units : lane->largest;
+    lane->largest = std::min(datagram_units, std::max(units, lane->largest));
     lane->wait_last(call);
     if (clients == LaneClients::Own)
         lane->socket().was_just_used = false;

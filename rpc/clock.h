@@ -1,6 +1,7 @@
 // Time that only ever grows, and the deadlines of calls.
 #pragma once
 
+#include <algorithm>
 #include <climits>
 #include <cstdint>
 #include <ctime>
@@ -41,11 +42,7 @@ struct Deadline {
     // Milliseconds, rounded up, so that nothing ends before its time.
     int64_t left() const { return is_never() ? INT64_MAX : (at - microseconds_now() + us_of_ms - 1) / us_of_ms; }
     // What poll takes: 0 where the time is over.
-    int left_for_poll() const
-    {
-        const int64_t ms = left();
-        return ms <= 0 ? 0 : ms > INT_MAX ? INT_MAX : static_cast<int>(ms);
-    }
+    int left_for_poll() const { return static_cast<int>(std::clamp<int64_t>(left(), 0, INT_MAX)); }
     bool is_never() const { return at == INT64_MAX; }
     Deadline or_sooner(Deadline other) const { return other.at < at ? other : *this; }
     Deadline and_then(int64_t milliseconds) const { return {at + milliseconds * us_of_ms}; }

@@ -2,11 +2,13 @@
 local shell = {}
 
 -- A function of every shell here, for what has to come true first: tries a command (one
--- word) until it succeeds, and fails after a minute, which only a broken program needs.
+-- word) until it succeeds. It fails after half a minute, which only a broken program
+-- needs, and once the program in $child has ended, after one more look.
 local await = [[await() {
   tries=0
   until eval "$1" >/dev/null 2>&1; do
     tries=$((tries + 1)); [ $tries -lt 1500 ] || return 1; sleep 0.02
+    kill -0 ${child:-$$} 2>/dev/null || tries=1499
   done
 }
 ]]

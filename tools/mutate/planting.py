@@ -12,7 +12,7 @@ from dataclasses import dataclass, field
 from witnesses import Bench, listed
 
 # Every target that a test wants but the device, which stays as it was before any fault.
-TEST_TARGET = re.compile(r"\w+_test|fuzz_\w+|e2e_\w+|calls_host|rpc\w*|failing|refuse|many_states|own_names")
+TEST_TARGET = re.compile(r"\w+_test|fuzz_\w+|e2e_\w+|calls_host|rpc\w*(_lua[\d.]+)?|failing|refuse|many_states|own_names")
 
 
 @dataclass
@@ -81,7 +81,7 @@ class Copy:
     def measure(self, stage):
         """Finds the stage's witnesses. With no fault planted."""
         if stage.every_target:
-            names = re.findall(r"^([a-z]\w*): phony", run("cmake", "--build", self.build, "--target", "help").stdout, re.M)
+            names = re.findall(r"^([a-z][\w.]*): phony", run("cmake", "--build", self.build, "--target", "help").stdout, re.M)
             stage.targets = tuple(filter(TEST_TARGET.fullmatch, names))
         built = self.make((*stage.targets, "simulated_device") if stage.targets else ())
         if built.returncode != 0:

@@ -187,7 +187,8 @@ def check_form(text, families):
             key = (sample.name, tuple(sorted(sample.labels.items())))
             check(f"{key} once", key in seen, False)
             seen.add(key)
-            check(f"{sample.name}: counters end in _total", sample.name.endswith("_total"), family.type == "counter")
+    for name, kind in re.findall(r"^# TYPE (\S+) (\S+)$", text, re.M):  # the parser gives each counter that ending
+        check(f"{name}: counters end in _total", name.endswith("_total"), kind == "counter")
     check("families stand together", len(re.findall("^# TYPE ", text, re.M)), len(families))
 
 

@@ -1,4 +1,4 @@
--- What librpc.record gives, as JSON, for gateway_test.py to compare with:
+-- What librpc.record gives, as JSON, for the tests of subjects/ to compare with:
 --
 --     lua5.1 expected.lua reads      a list of { api, fields, row | code } of every get and getn
 --     lua5.1 expected.lua sets       a list of { api, fields, status | code } of every other API

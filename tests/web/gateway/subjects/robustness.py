@@ -1,0 +1,307 @@
+"""What the gateway withstands: bodies of every shape, of which docs/openapi.json says which are taken, any bytes from
+clients and from the device, many clients at once, daemons that are silent or were started anew."""
+import concurrent.futures
+import json
+import os
+import pathlib
+import random
+import subprocess
+import time
+
+from harness import (ORIGIN, PATIENT, SERVICES, SITE, SOURCE, check, check_in, in_parts, module_of, only, stopped_device,
+                     tell, test)
+
+WRONG_BODIES = (
+    b"", b" ", b"null", b"true", b"5", b'"x"', b"[]x", b"[1]", b"{", b'{"calls":', b'{"calls":[}', b"{'calls':[]}",
+    b'{"calls":[],}', b'{"calls":[]}{}', b"\xef\xbb\xbf{}", b'{"calls":"x"}', b'{"calls":5}', b'{"calls":{"a":1}}',
+    b'{"calls":[5]}', b'{"calls":["x"]}', b'{"calls":[[]],"x":1}', b'{"calls":[{"table":5}]}', b'{"calls":[{"x":1}]}',
+    b'{"calls":[{"table":"portinfo","key":5}]}', b'{"calls":[{"table":"portinfo","key":[1]}]}',
+    b'{"calls":[{"table":"portinfo","key":{"port":true}}]}', b'{"calls":[{"table":"portinfo","key":{"port":null}}]}',
+    b'{"calls":[{"table":"portinfo","key":{"port":{}}}],"x":1}', b'{"calls":[{"table":"portinfo","key":{"port":[[1]]}}]}',
+    b'{"calls":[],"seconds":"1"}', b'{"calls":[],"seconds":0}', b'{"calls":[],"seconds":-1}', b'{"calls":[],"seconds":NaN}',
+    b'{"calls":[],"seconds":Infinity}', b'{"calls":[],"seconds":1e999}', b'{"calls":[],"seconds":0x10}',
+    b'{"calls":[{"table":"\xff"}]}', b'{"calls":[{"table":"\xc0\x80"}]}', b'{"calls":[{"table":"\xed\xa0\x80"}]}',
+    b'{"calls":[{"table":"\\ud800"}]}', b'{"calls":[{"table":"a\x00b"}]}',
+    b"[" * 20000, b'{"a":' * 9 + b"1" + b"}" * 9, b'{"calls":' + b"[" * 30 + b"]" * 30 + b"}", b'{"":1}',
+    b'{"walks":[]}', b'{"calls":[],"calls":5}',
+)
+
+
+@test
+def bodies_of_every_wrong_shape_are_refused(gateway):
+    for body in WRONG_BODIES:
+        answer = gateway.post("/api/all", body)
+        check(f"{body[:60]!r}", answer.code, (400, "bad_body"))
+        check("with a sentence", answer.json["error"]["message"].startswith("body"), True)
+    for path, body in (("/api/rows", b'{"walks":[{"table":"svi","limit":0}]}'),
+                       ("/api/rows", b'{"walks":[{"table":"svi","limit":1.5}]}'),
+                       ("/api/rows", b'{"walks":[{"table":"svi","after":5}]}'),
+                       ("/api/rows", b'{"walks":[{"table":"svi","after":{"vlan":true}}]}'),
+                       ("/api/rows", b'{"calls":[]}'), ("/api/check", b'{"table":"svi","fields":[1]}'),
+                       ("/api/check", b'{"table":"svi","fields":5}'), ("/api/check", b'{"tabel":"svi"}')):
+        check(f"{path} {body!r}", gateway.post(path, body).code, (400, "bad_body"))
+    for body in b"[" * 20000, b'{"a":' * 9 + b"1" + b"}" * 9:
+        check_in("too deep", "nested", gateway.post("/api/all", body).json["error"]["message"])
+    many = {"calls": [{"table": "telnet"}] * 64}
+    check("as many as the limit", gateway.post("/api/all", many).status, 200)
+    check("more", gateway.post("/api/all", {"calls": many["calls"] * 2}).code, (400, "too_many"))
+    check("more walks", gateway.post("/api/rows", {"walks": [{"table": "telnet"}] * 65}).code, (400, "too_many"))
+    check("a large one", gateway.post("/api/all", b'{"calls":[]' + b" " * 65530 + b"}").code, (413, "too_large"))
+    check("a larger one", gateway.post("/api/all", b" " * 120000).status, 413)
+    for method in "PUT", "DELETE", "PATCH":
+        check(method, gateway.send(method, "/api/all", b"{}").status in (400, 403, 405, 501), True)
+    for path, allowed in ("/api/all", "POST"), ("/api/session", "GET, HEAD"):
+        answer = gateway.send("GET" if allowed == "POST" else "POST", path, None if allowed == "POST" else {})
+        check(f"{path} in another way", (answer.code, answer.headers.get("allow")), ((405, "bad_method"), allowed))
+    for path in "/api/nothing", "/api/all/more", "/api/../api/x", "/api/%00":
+        check(path, gateway.post(path, {"calls": []}).status in (400, 404), True)
+    check("a limit that is none", gateway.get("/api/log?limit=x").code, (400, "bad_body"))
+    check("afterwards", gateway.post("/api/all", {"calls": [{"table": "telnet"}]}).status, 200)
+
+
+@test
+def any_bytes_as_body_get_an_answer_with_a_code(gateway):
+    seed = int(os.environ.get("LIBRPC_TEST_SEED") or random.SystemRandom().randrange(1 << 32))
+    chance = random.Random(seed)
+    began, rounds = time.monotonic(), 0
+    seeds = [json.dumps(body).encode() for body in (
+        {"calls": [{"table": "portinfo", "key": {"port": 3}}, {"api": "oltmib_svi_get_1", "fields": {"vlan": 1}}]},
+        {"walks": [{"table": "vlaninfo", "after": {"vlan": 1}, "limit": 2}], "seconds": 0.5},
+        {"table": "vlaninfo", "key": {"vlan": 10}, "changes": {"name": "ä\u2028 \u0000"}, "read": {"name": "voice"}},
+        {"api": "oltmib_class_set_1", "fields": {"map": [1, 2, 3]}, "table": "x"})]
+    words = [b"null", b"true", b"-1", b"1e308", b"[]", b"{}", b'""', b"\\u0000", b"\xff", b"&", b'"table"', b"[" * 40,
+             b"portinfo", b"4294967296", b"$", b"\r\n", b"%s%n", b"\x00"]
+    token = gateway.token("root")
+    while time.monotonic() - began < 12:
+        body = bytearray(chance.choice(seeds))
+        for _ in range(chance.randrange(1, 6)):
+            place = chance.randrange(len(body) + 1)
+            kind = chance.randrange(4)
+            if kind == 0:
+                body[place:place + chance.randrange(4)] = b""
+            elif kind == 1:
+                body[place:place] = chance.choice(words)
+            elif kind == 2:
+                body[place:place + 1] = bytes([chance.randrange(256)])
+            else:
+                body[place:place] = bytes(body[chance.randrange(len(body) + 1):])[:40]
+        path = chance.choice(("/api/all", "/api/rows", "/api/check", "/api/change"))
+        sent = {"Origin": ORIGIN, "X-Librpc-Token": token}
+        answer = gateway.post(path, bytes(body), user="root", headers=sent)
+        right = answer.status == 200 or 400 <= answer.status < 500 or answer.status in (502, 503, 504)
+        try:
+            right = right and (answer.status == 200) == ("error" not in answer.json)
+        except ValueError:
+            right = False
+        if not right:
+            check(f"seed {seed}, round {rounds}: {path} {bytes(body)!r}", answer.code, "an answer, or a refusal")
+            return
+        rounds += 1
+    check("rounds", rounds > 50, True)
+    check("afterwards", gateway.get("/api/health").json["well"], True)
+    print(f"{rounds} bodies, seed {seed}")
+
+
+class Description:
+    """docs/openapi.json, and what is asked and answered beside it."""
+
+    def __init__(self, gateway):
+        self.gateway, self.jsonschema = gateway, module_of(gateway, "python3-jsonschema", "jsonschema")
+        document = json.loads((SOURCE / "docs" / "openapi.json").read_text(encoding="utf-8"))
+        self.components = document["components"]
+        self.operations = {f"{method.upper()} {path}": operation for path, methods in document["paths"].items()
+                           for method, operation in methods.items()}
+
+    def mistake(self, part, value):
+        """What is wrong with a value by the schema of a request or an answer; None where nothing is."""
+        schema = part["content"]["application/json"]["schema"]["$ref"]
+        validator = self.jsonschema.Draft202012Validator({"$ref": schema, "components": self.components})
+        return next((f"{list(error.absolute_path)}: {error.message[:300]}" for error in validator.iter_errors(value)),
+                    None)
+
+    def ask(self, operation, body=None, **options):
+        method, path = operation.split()
+        told = self.operations[operation]
+        answer = self.gateway.send(method, path, body, **options)
+        given = told["responses"].get(str(answer.status), told["responses"]["default"])
+        check(f"{operation} {str(body)[:200]}: the answer {answer.text[:300]!r}", self.mistake(given, answer.json),
+              None)
+        if body is not None:
+            is_refused = answer.code == (400, "bad_body") and answer.json["error"]["message"].startswith("body")
+            check(f"{operation} {str(body)[:300]}: refused", is_refused,
+                  self.mistake(told["requestBody"], body) is not None)
+
+
+def read_everything(told):
+    for operation in "GET /api/session", "GET /api/schema", "GET /api/health", "GET /api/log":
+        told.ask(operation)
+    schema = told.gateway.get("/api/schema").json
+    for part in in_parts(schema["tables"]):
+        told.ask("POST /api/rows", {"walks": [{"table": table["table"]} for table in part], "seconds": 20})
+        told.ask("POST /api/all", {"calls": [{"table": table["table"]} for table in part], "seconds": 20})
+    for part in in_parts([api["name"] for api in schema["apis"]]):
+        told.ask("POST /api/all", {"calls": [{"api": name} for name in part], "seconds": 20})
+
+
+def change_in_every_way(told):
+    root = {"user": "root", "headers": {"Origin": ORIGIN, "X-Librpc-Token": told.gateway.token("root")}}
+    for body in ({"table": "vlaninfo", "key": {"vlan": 10}, "changes": {"name": "a"}},
+                 {"table": "vlaninfo", "key": {"vlan": 10}, "changes": {"name": "b"}, "read": {"name": "voice"}},
+                 {"table": "vlaninfo", "key": {"vlan": 10}, "changes": {"name": "a&b"}},
+                 {"table": "vlaninfo", "key": {"vlan": 20}, "changes": {"name": "c"}, "add": True},
+                 {"table": "account", "key": {"user": "admin"}, "changes": {"password": "x"}},
+                 {"table": "snmp_community", "key": {"community": "public"}, "changes": {"view": "all"}},
+                 {"api": "oltmib_dyinggasp_support_1"}, {"api": "oltmib_telnet_set_1", "fields": {"tcp_port": 23}},
+                 {"table": "queueweight", "changes": {"weights": [8, 7, 6, 5, 4, 3, 2, 1]}}, {"table": 5}, {"key": 1}):
+        told.ask("POST /api/change", body, **root)
+
+
+def send_wrong_bodies(told):
+    for body in WRONG_BODIES:
+        try:
+            parsed = json.loads(body.decode())
+            json.dumps(parsed, allow_nan=False, ensure_ascii=False).encode()  # half a character is none
+        except (ValueError, RecursionError):
+            continue
+        for path in "/api/all", "/api/rows", "/api/check":
+            told.ask("POST " + path, parsed)
+
+
+@test
+@only("lighttpd")
+def openapi_says_what_the_gateway_takes_and_gives(gateway):
+    told = Description(gateway)
+    check("addresses", set(told.operations), set(gateway.expected("gateway")["addresses"]))
+    for schema in told.components["schemas"].values():
+        told.jsonschema.Draft202012Validator.check_schema(schema)
+    read_everything(told)
+    change_in_every_way(told)
+    told.ask("GET /api/log")
+    send_wrong_bodies(told)
+    gateway.configure(SITE.replace(PATIENT, ""))
+    tell("fault nsminfo drop")
+    told.ask("POST /api/rows", {"walks": [{"table": "portinfo"}], "seconds": 0.2})
+    told.ask("POST /api/all", {"calls": [{"table": "portinfo", "key": {"port": 1}}], "seconds": 0.2})
+    with stopped_device():
+        told.ask("GET /api/health")
+
+
+@test
+def texts_of_the_device_are_json_whatever_their_bytes(gateway):
+    texts = {"markup": "<img src=x onerror=alert(1)>", "quotes": '"\\\'`', "controls": "\x01\x1f\x7f\t",
+             "right to left": "\u202eabc\u202c", "separators": "\u2028\u2029", "four bytes": "\U0001f600",
+             "an escape": "\\u003c/script\\u003e"}
+    for what, text in texts.items():
+        answer = gateway.change({"table": "portinfo", "key": {"port": 3}, "changes": {"description": text}})
+        check(what, answer.status, 200)
+        row = gateway.post("/api/all", {"calls": [{"table": "portinfo", "key": {"port": 3}}]}).json["results"][0]["row"]
+        check(what + ": read", row["description"], text)
+    libraries = f"LUA_PATH={SOURCE}/lua/?.lua\\;\\; LUA_CPATH={gateway.build}/?.so\\;\\;"
+    subprocess.run(["bash", "-c", libraries + " lua5.1 -e 'require \"librpc\" assert(librpc.callapi("
+                    "\"oltmib_vlaninfo_set_1\", \"10&1&\\255a\\195(\\195\\164\\237\\160\\128&1\"))'"], check=True)
+    answer = gateway.post("/api/all", {"calls": [{"table": "vlaninfo", "key": {"vlan": 10}}]})
+    check("bytes that are no UTF-8", answer.text.decode("utf-8", "strict").count("\ufffd"), 5)
+    row = answer.json["results"][0]["row"]
+    check("are shown as such", row["name"], "\ufffda\ufffd(\u00e4\ufffd\ufffd\ufffd")
+    check("and are no other row's", gateway.change({"table": "vlaninfo", "key": {"vlan": 10}, "changes": {
+        "tagged": "ge5"}, "read": row}).status, 200)
+
+
+@test
+@only("lighttpd")
+def compiled_lua_of_another_kind_is_passed_over(gateway):
+    compiled = pathlib.Path("/srv/librpc-web/librpc.luac")
+    check("there is one", compiled.read_bytes()[:4], b"\x1bLua")
+    for what, text in {"another machine's": b"\x1bLua\x51\x00\x00" + compiled.read_bytes()[7:],
+                       "another version's": b"\x1bLua\x54" + compiled.read_bytes()[5:],
+                       "a part": compiled.read_bytes()[:1000], "nothing": b"", "none": None}.items():
+        if text is None:
+            compiled.unlink()
+        else:
+            compiled.write_bytes(text)
+        check(what, gateway.get("/api/health").json["well"], True)
+
+
+@test
+def fifty_clients_at_once_each_get_their_own(gateway):
+    rounds = 6
+
+    def client(number):
+        port = number % 8 + 1
+        wrong = []
+        for _ in range(rounds):
+            answer = gateway.post("/api/all", {"calls": [{"table": "portinfo", "key": {"port": port}},
+                                                         {"table": "nothing"},
+                                                         {"table": "portstat", "key": {"port": 9 - port}}],
+                                               "seconds": 20}, timeout=120)
+            found = answer.json["results"] if answer.status == 200 else answer.code
+            if answer.status != 200 or (found[0].get("row", {}).get("name"), found[1]["failure"]["code"],
+                                        found[2].get("row", {}).get("name")) != (f"ge{port}", "unknown_api",
+                                                                                 f"ge{9 - port}"):
+                wrong.append(found)
+        return wrong
+    # busybox keeps nine connections waiting; more are refused for some seconds
+    clients = 8 if gateway.name == "busybox" else 50
+    with concurrent.futures.ThreadPoolExecutor(clients) as pool:
+        wrong = sum(pool.map(client, range(clients)), [])
+    check("wrong answers", wrong[:3], [])
+
+
+@test
+def a_silent_daemon_costs_the_deadline_and_its_own_place(gateway):
+    schema = gateway.get("/api/schema").json
+    first = {}
+    for table in schema["tables"]:
+        if "get" in table["operations"] and table["key"] in (None, []):
+            first.setdefault(table["service"], table["table"])
+    calls = [{"api": f"oltmib_{table}_get_1"} for table in first.values()]
+    check("services", sorted(first), sorted(SERVICES))
+    gateway.configure(SITE.replace(PATIENT, ""))
+    tell("fault nsminfo drop")
+    spent = {}
+    for what, ask in {
+        "all": lambda: gateway.post("/api/all", {"calls": calls}).json["results"],
+        "rows": lambda: gateway.post("/api/rows", {"walks": [{"table": table} for table in first.values()]})
+            .json["results"],
+    }.items():
+        for _ in range(3):  # a machine that stood still for a moment is not the gateway
+            began = time.monotonic()
+            results = ask()
+            spent[what] = min(spent.get(what, 99), time.monotonic() - began)
+        failed = [service for service, one in zip(first, results) if "failure" in one]
+        check(what, failed, ["nsminfo"])
+    with stopped_device():  # which answers the question whether it is there whatever its faults
+        began = time.monotonic()
+        health = gateway.get("/api/health").json
+        spent["health"] = time.monotonic() - began
+    check("health", (health["well"], {one["state"] for one in health["services"]}), (False, {"stuck"}))
+    for what, seconds in spent.items():
+        check(f"{what}: {seconds:.2f} s of at most 1.2", 1.0 <= seconds <= 1.2, True)
+    check("fewer seconds", gateway.post("/api/all", {"calls": [{"table": "portinfo", "key": {"port": 1}}],
+                                                     "seconds": 0.2}).json["results"][0]["failure"]["code"],
+          "timed_out")
+    began = time.monotonic()
+    check("a change", gateway.change({"table": "vlaninfo", "key": {"vlan": 10}, "changes": {"name": "x"}}).code,
+          (504, "timed_out"))
+    check("is given up as early", time.monotonic() - began < 5, True)
+    tell("clear")
+    tell("stop lpdet")
+    services = {one["name"]: one for one in gateway.get("/api/health").json["services"]}
+    check("absent", (services["lpdet"]["state"], services["lpdet"]["failure"]["code"]), ("absent", "no_daemon"))
+    tell("start lpdet")
+    check("back", gateway.get("/api/health").json["well"], True)
+
+
+@test
+def a_daemon_that_was_started_anew_costs_no_read(gateway):
+    calls = {"calls": [{"api": "oltmib_lpdet_global_get_1"}, {"table": "portinfo", "key": {"port": 3}}]}
+    walks = {"walks": [{"table": "lpdet_portinfo"}, {"table": "portinfo"}]}
+    for round_ in range(4):
+        for _ in range(8):  # each process of a server's
+            gateway.post("/api/all", calls)
+            gateway.post("/api/rows", walks)
+        tell("restart lpdet")
+        tell("restart nsminfo")
+        for answer in gateway.post("/api/all", calls), gateway.post("/api/rows", walks):
+            check(f"round {round_}", [one.get("failure") for one in answer.json["results"]], [None, None])
+        check("health", gateway.get("/api/health").json["well"], True)

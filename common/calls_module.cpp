@@ -305,7 +305,7 @@ int group_timeout(lua_State* L)
     if (due.at == INT64_MAX)
         lua_pushnil(L);
     else
-        lua_pushnumber(L, due.left() > 0 ? static_cast<double>(due.left()) / ms_of_second : 0);
+        lua_pushnumber(L, static_cast<double>(std::max<int64_t>(due.left(), 0)) / ms_of_second);
     return 1;
 }
 

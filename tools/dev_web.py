@@ -15,7 +15,8 @@ import signal
 import socket
 import sys
 
-import web_server
+sys.dont_write_bytecode = True
+import web_server  # noqa: E402
 
 SOURCE = pathlib.Path(__file__).resolve().parent.parent
 INSIDE = "LIBRPC_WEB_LISTENER"  # the descriptor's number, for the half that runs inside

@@ -7,6 +7,8 @@
 #include <map>
 #include <memory>
 #include <random>
+#include <sys/wait.h>
+#include <thread>
 
 #include "common/calls.h"
 #include "tests/support/private_network.h"
@@ -296,6 +298,27 @@ TEST_F(group, a_reply_that_is_longer_than_its_request_is_read)
     daemon.send(request, reply);
     calls.wait(Deadline::after(10000), {});
     EXPECT_EQ(ends()[id].code, CallCode::Success);
+}
+
+// What the process does at a fork is done once, however many groups there were; a
+// second time it would wait for its own lock.
+TEST_F(group, a_process_with_threads_forks_after_any_number_of_groups)
+{
+    const pid_t forking = fork();
+    if (forking == 0) {
+        alarm(10);                            // that ends what waits for itself
+        std::thread another([] { pause(); }); // with one thread no lock is taken
+        for (int i = 0; i < 3; i++)
+            ApiCalls(CallsOf::Loop).close();
+        const pid_t child = fork();
+        if (child == 0)
+            _exit(0);
+        int status = -1;
+        _exit(waitpid(child, &status, 0) == child && status == 0 ? 0 : 1);
+    }
+    int status = -1;
+    EXPECT_EQ(waitpid(forking, &status, 0), forking);
+    EXPECT_EQ(status, 0);
 }
 
 // Two sockets, two daemons: the same xid may be under way to both.

@@ -50,6 +50,18 @@ local function message()
   local datagram, address, _, one = require "librpc.calls".message("oltmib_devinfo_get_1", "1")
   return datagram and #datagram .. address .. tostring(one:reply "not its own") or nil
 end
+-- who answers, and with which code nobody does; nil where memory had something to do with it
+local function services()
+  local told, is_refused = {}, false
+  for i, one in ipairs(require "librpc.calls".services(5)) do
+    if type(one.service) ~= "string" or (one.seconds == nil) == (one.failure == nil) then
+      error("expected seconds or a failure of each service, found both or neither")
+    end
+    told[i] = one.service .. " " .. (one.failure and one.failure.code or "")
+    is_refused = is_refused or one.failure and one.failure.code == "out_of_memory"
+  end
+  return not is_refused and table.concat(told, "|") or nil
+end
 local cases = {
   open = {before = {}, refused = open, after = {open, good}},
   first_call = {before = {open}, refused = good, after = {good}},
@@ -62,6 +74,7 @@ local cases = {
   at_once = {before = {open, open_calls}, refused = at_once, after = {at_once}},
   second_at_once = {before = {open, at_once}, refused = at_once, after = {at_once}},
   group = {before = {open, open_calls}, refused = group, after = {group}},
+  services = {before = {open, open_calls}, refused = services, after = {services}},
   message = {before = {open, open_calls}, refused = message, after = {message}},
   no_daemon = {before = {open}, refused = unserved, fails = true, after = {good}},
 }

@@ -8,11 +8,12 @@ local here = arg[0]:match("^(.*)/") or "."
 local most = 5000
 
 local cases = {"open", "first_call", "second_call", "long_argument", "failing_call", "first_call_fails",
-  "call_after_failure", "no_daemon", "open_calls", "at_once", "second_at_once", "group", "message"}
+  "call_after_failure", "no_daemon", "open_calls", "at_once", "second_at_once", "group", "message",
+  "services"}
 
 -- The others ask for none, on top of what Lua itself has left over.
 local wants_memory = {open = true, long_argument = true, no_daemon = true, open_calls = true,
-  at_once = true, second_at_once = true, group = true, message = true}
+  at_once = true, second_at_once = true, group = true, message = true, services = true}
 
 local function tell_device(command)
   assert(os.execute(('"$SIM_DEVICE" --tell "$SIM_CONTROL" %s >/dev/null'):format(command)) == 0)

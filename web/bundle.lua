@@ -47,8 +47,15 @@ local chunk, problem = loadstring(table.concat(parts), "=librpc.luac") -- luache
 if not chunk then
   fail("modules", "Lua", problem)
 end
-local file
+
+local file, is_written
 file, problem = io.open(output, "wb")
-if not file or not file:write(string.dump(chunk)) or not file:close() then
-  fail(output, "a file that can be written", problem or "none")
+if file then
+  is_written, problem = file:write(string.dump(chunk))
+end
+if is_written then
+  is_written, problem = file:close()
+end
+if not is_written then
+  fail(output, "a file that can be written", problem)
 end

@@ -20,6 +20,7 @@ class Stage:
     tests: str  # names, a regular expression
     targets: tuple = ()  # that a fault may change; none: all, which Lua's does not
     every_target: bool = False
+    is_sanitized: bool = False  # in a build folder of its own
     witnesses: list = field(default_factory=list)
 
 
@@ -31,15 +32,20 @@ LIBRARY = (
           ("rpc", "host_test", "e2e_process", "calls_host")),
     Stage(r"^(exports_test|differential_test)$|^golden[.](other_seeds|cases)|^(system_calls|memory|fuzz|e2e|calls|lua)",
           every_target=True),
+    # reads that go wrong and change nothing that anybody sees
+    Stage(r"^(unit|services|calls)_test$", ("unit_test", "services_test", "calls_test"), is_sanitized=True),
 )
 MODULES = (Stage(r"^lua\.lua5\.1|^calls\.lua5\.1"), Stage("^(examples|generated)"))
 COMMAND_LINE = (Stage("rpcctl|output"), Stage(r"^lua\.lua5\.1|examples"))
-WEB = (Stage(r"^web\.lighttpd"), Stage(r"^web\."))
+WEB = (Stage(r"^web\.lighttpd"), Stage(r"^web\.(nginx|apache|busybox)"), Stage(r"^web\."))
 STAGES = (("lua/rpcctl", COMMAND_LINE), ("bin", COMMAND_LINE), ("lua", MODULES), ("web", WEB), ("", LIBRARY))
 
 
 def stages_of(path):
-    return next(stages for prefix, stages in STAGES if path.as_posix().startswith(prefix))
+    stages = next(stages for prefix, stages in STAGES if path.as_posix().startswith(prefix))
+    if path.suffix == ".h":  # the library alone is built sooner than all tests that include it
+        return (stages[1], stages[0], *stages[2:])
+    return stages
 
 
 def fail(where, expected, found):
@@ -56,11 +62,21 @@ def run(*command, cwd=None, check=True):
 class Copy:
     def __init__(self, root, name, slow, jobs, stages):
         self.root, self.slow, self.stages = root, slow, stages
-        self.tree, self.build = root / "build-mutate" / name / "tree", root / "build-mutate" / name / "build"
+        self.folder = root / "build-mutate" / name
+        self.tree = self.folder / "tree"
         self.bench = Bench(jobs)
         self.copy_tree()
-        run("cmake", "-S", self.tree, "-B", self.build, "-G", "Ninja", "-DCMAKE_BUILD_TYPE=Debug",
-            "-DCMAKE_CXX_FLAGS_DEBUG=-O0", "-DLIBRPC_TESTS=ON", "-DLIBRPC_WERROR=OFF")
+        self.configure(self.build_of(None))
+        servers = root / "build" / "web"  # what `./dev test web` unpacks; without it those tests are skipped
+        if servers.exists() and not (self.build_of(None) / "web").exists():
+            (self.build_of(None) / "web").symlink_to(servers)
+
+    def build_of(self, stage):
+        return self.folder / ("build-asan" if stage and stage.is_sanitized else "build")
+
+    def configure(self, build, *options):
+        run("cmake", "-S", self.tree, "-B", build, "-G", "Ninja", "-DCMAKE_BUILD_TYPE=Debug",
+            "-DCMAKE_CXX_FLAGS_DEBUG=-O0", "-DLIBRPC_TESTS=ON", "-DLIBRPC_WERROR=OFF", *options)
 
     def copy_tree(self):
         """The tree as it is; what has not changed keeps its time, so that little is built again."""
@@ -75,21 +91,25 @@ class Copy:
             if old.is_file() and old.relative_to(self.tree) not in wanted:
                 old.unlink()
 
-    def make(self, targets):
-        return run("cmake", "--build", self.build, *(["--target", *targets] if targets else []), check=False)
+    def make(self, stage, *more):
+        targets = ["--target", *stage.targets, *more] if stage.targets else []
+        return run("cmake", "--build", self.build_of(stage), *targets, check=False)
 
     def measure(self, stage):
         """Finds the stage's witnesses. With no fault planted."""
+        build = self.build_of(stage)
+        if stage.is_sanitized:
+            self.configure(build, "-DLIBRPC_SANITIZE=address,undefined")
         if stage.every_target:
-            names = re.findall(r"^([a-z][\w.]*): phony", run("cmake", "--build", self.build, "--target", "help").stdout, re.M)
+            names = re.findall(r"^([a-z][\w.]*): phony", run("cmake", "--build", build, "--target", "help").stdout, re.M)
             stage.targets = tuple(filter(TEST_TARGET.fullmatch, names))
-        built = self.make((*stage.targets, "simulated_device") if stage.targets else ())
+        built = self.make(stage, "simulated_device")
         if built.returncode != 0:
             fail("a build without a fault", "success", built.stdout[-3000:])
         known = {one.name for stages in STAGES for other in stages[1] for one in other.witnesses}
         left_out = set() if self.slow else {"slow", "luajit"}
-        asked = [one for one in listed(self.build) if re.search(stage.tests, one.name) and one.name not in known
-                 and not left_out & set(one.labels)]
+        asked = [one for one in listed(build, stage.is_sanitized) if re.search(stage.tests, one.name)
+                 and (stage.is_sanitized or one.name not in known) and not left_out & set(one.labels)]
         stage.witnesses, failed = self.bench.measure(asked)
         if failed or not stage.witnesses:
             found = f"{len(failed)} that fail: {', '.join(failed[:9])}" if failed else "none that runs"
@@ -107,7 +127,7 @@ class Copy:
                     self.measure(stage)
                 if place.read_text() != changed:
                     place.write_text(changed)
-                if stage.targets and self.make(stage.targets).returncode != 0:
+                if stage.targets and self.make(stage).returncode != 0:
                     return "does not compile"
                 if verdict := self.bench.verdict(stage.witnesses):
                     return verdict

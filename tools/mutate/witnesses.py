@@ -35,12 +35,13 @@ class Witness:
     folder: str
     environment: dict = field(default_factory=dict)
     labels: list = field(default_factory=list)
+    most_addresses: int = MOST_MEMORY
     skips: str = ""  # what its output has when it is skipped
     seconds: float = 0.0  # without a fault
     catches: int = 0
 
 
-def listed(build):
+def listed(build, is_sanitized):
     """Every witness that the build folder has."""
     done = subprocess.run(["ctest", "--test-dir", str(build), "--show-only=json-v1"], stdout=subprocess.PIPE, check=True)
     found = []
@@ -56,11 +57,16 @@ def listed(build):
         program = build / folder / name
         if program.exists():
             found.append(Witness(name, [str(program), "--gtest_fail_fast", "--gtest_brief=1"], str(program.parent)))
+    for witness in found:
+        if is_sanitized or "web" in witness.labels:  # these, and browsers, reserve more addresses than there is memory
+            witness.most_addresses = resource.RLIM_INFINITY
+        if is_sanitized:
+            witness.environment["ASAN_OPTIONS"] = f"detect_leaks=0:hard_rss_limit_mb={MOST_MEMORY >> 20}"
     return found
 
 
-def limit_process():
-    resource.setrlimit(resource.RLIMIT_AS, (MOST_MEMORY, MOST_MEMORY))
+def limit_process(most_addresses):
+    resource.setrlimit(resource.RLIMIT_AS, (most_addresses, most_addresses))
     resource.setrlimit(resource.RLIMIT_FSIZE, (MOST_OUTPUT, MOST_OUTPUT))
     resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
 
@@ -82,7 +88,7 @@ class Bench:
                     return "stopped", witness.name
                 process = subprocess.Popen(witness.command, cwd=witness.folder, env={**os.environ, **witness.environment},
                                            stdin=subprocess.DEVNULL, stdout=output, stderr=subprocess.STDOUT,
-                                           start_new_session=True, preexec_fn=limit_process)
+                                           start_new_session=True, preexec_fn=lambda: limit_process(witness.most_addresses))
                 self.running.add(process)
             try:
                 status = process.wait(limit)

@@ -223,6 +223,21 @@ def compiled_lua_of_another_kind_is_passed_over(gateway):
 
 
 @test
+@only("lighttpd")
+def what_cannot_be_compiled_is_told(gateway):
+    folders = [str(SOURCE / "web"), str(SOURCE / "lua")]
+    for arguments, told in {
+        ("/run",): "arguments: expected OUTPUT FOLDER..., found 1",
+        ("/nowhere/librpc.luac", *folders): "/nowhere/librpc.luac: expected a file that can be written, found "
+                                            "/nowhere/librpc.luac: No such file or directory",
+        ("/dev/full", *folders): "/dev/full: expected a file that can be written, found No space left on device",
+        ("/run/librpc.luac", "/run"): "librpc.names: expected its source in /run, found none",
+    }.items():
+        made = subprocess.run(["lua5.1", SOURCE / "web" / "bundle.lua", *arguments], capture_output=True, text=True)
+        check(" ".join(arguments), (made.returncode, made.stderr), (1, f"bundle: {told}\n"))
+
+
+@test
 def fifty_clients_at_once_each_get_their_own(gateway):
     rounds = 6
 

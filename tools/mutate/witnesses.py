@@ -35,8 +35,8 @@ class Witness:
     folder: str
     environment: dict = field(default_factory=dict)
     labels: list = field(default_factory=list)
-    most_addresses: int = MOST_MEMORY
     skips: str = ""  # what its output has when it is skipped
+    most_addresses: int = MOST_MEMORY
     seconds: float = 0.0  # without a fault
     catches: int = 0
 

@@ -91,7 +91,10 @@ function bodies.take(where, object, members)
     elseif value ~= json.null then
       local right, expected, found, told = check(value)
       if not right then
-        return bodies.fail(where .. ": " .. name, expected, found == nil and value or found)
+        if found == nil then
+          found = value
+        end
+        return bodies.fail(where .. ": " .. name, expected, found)
       end
       taken[name] = told or value
     end

@@ -45,7 +45,7 @@ end
 -- The API that a check or a change is about: that of its name, or the table's set.
 local function api_of(body)
   if body.api and body.table then
-    return bodies.fail("body", "api, or table", json.array { 1 })
+    return refusals.make("bad_body", "body: expected api, or table, found both")
   end
   local api, message, code
   if body.api then

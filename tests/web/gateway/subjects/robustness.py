@@ -27,19 +27,43 @@ WRONG_BODIES = (
 )
 
 
+# Wrong ones, and what is said of them.
+WHOLE = "expected a whole number from 1, found"
+TOLD = (
+    ("/api/rows", b'{"walks":[{"table":"svi","limit":0}]}', f"body: walks: item 1: limit: {WHOLE} 0"),
+    ("/api/rows", b'{"walks":[{"table":"svi","limit":1.5}]}', f"body: walks: item 1: limit: {WHOLE} 1.5"),
+    ("/api/rows", b'{"walks":[{"table":"svi","limit":"1"}]}', f'body: walks: item 1: limit: {WHOLE} "1"'),
+    ("/api/rows", b'{"walks":[{"table":"svi","limit":1e999}]}', f"body: walks: item 1: limit: {WHOLE} inf"),
+    ("/api/rows", b'{"walks":[{},{"table":"svi","after":5}]}', "body: walks: item 2: after: expected an object of fields, found 5"),
+    ("/api/rows", b'{"walks":[{"table":"svi","after":{"vlan":true}}]}',
+     'body: walks: item 1: after: expected a text, a number or an array of them as field "vlan", found true'),
+    ("/api/rows", b'{"walks":[],"seconds":0}', "body: seconds: expected a number above 0, found 0"),
+    ("/api/rows", b'{"walks":[],"seconds":false}', "body: seconds: expected a number above 0, found false"),
+    ("/api/rows", b'{"calls":[]}', 'body: expected one of seconds, walks, found "calls"'),
+    ("/api/rows", b'{"seconds":1}', "body: walks: expected an array, found none"),
+    ("/api/all", b'{"calls":{"a":1}}', "body: calls: expected an array, found an object"),
+    ("/api/all", b'{"calls":[[1]]}', "body: calls: item 1: expected an object, found an array"),
+    ("/api/all", b'[1]', "body: expected an object, found an array"),
+    ("/api/check", b'{"table":"svi","fields":[1]}', "body: fields: expected an object of fields, found an array"),
+    ("/api/check", b'{"table":"svi","fields":{"a":{"b":1}}}',
+     'body: fields: expected a text, a number or an array of them as field "a", found an object'),
+    ("/api/check", b'{"table":"svi","fields":{"a":[1,[2]]}}',
+     'body: fields: expected a text, a number or an array of them as field "a", found an array'),
+    ("/api/check", b'{"table":5}', "body: table: expected a text, found 5"),
+    ("/api/check", b'{"tabel":"svi"}', 'body: expected one of api, fields, table (did you mean table?), found "tabel"'),
+    ("/api/check", b'{"table":"svi","api":"oltmib_svi_set_1"}', "body: expected api, or table, found both"),
+)
+
+
 @test
 def bodies_of_every_wrong_shape_are_refused(gateway):
     for body in WRONG_BODIES:
         answer = gateway.post("/api/all", body)
         check(f"{body[:60]!r}", answer.code, (400, "bad_body"))
         check("with a sentence", answer.json["error"]["message"].startswith("body"), True)
-    for path, body in (("/api/rows", b'{"walks":[{"table":"svi","limit":0}]}'),
-                       ("/api/rows", b'{"walks":[{"table":"svi","limit":1.5}]}'),
-                       ("/api/rows", b'{"walks":[{"table":"svi","after":5}]}'),
-                       ("/api/rows", b'{"walks":[{"table":"svi","after":{"vlan":true}}]}'),
-                       ("/api/rows", b'{"calls":[]}'), ("/api/check", b'{"table":"svi","fields":[1]}'),
-                       ("/api/check", b'{"table":"svi","fields":5}'), ("/api/check", b'{"tabel":"svi"}')):
-        check(f"{path} {body!r}", gateway.post(path, body).code, (400, "bad_body"))
+    for path, body, message in TOLD:
+        answer = gateway.post(path, body)
+        check(f"{path} {body!r}", (*answer.code, answer.json.get("error", {}).get("message")), (400, "bad_body", message))
     for body in b"[" * 20000, b'{"a":' * 9 + b"1" + b"}" * 9:
         check_in("too deep", "nested", gateway.post("/api/all", body).json["error"]["message"])
     many = {"calls": [{"table": "telnet"}] * 64}
@@ -205,6 +229,54 @@ def texts_of_the_device_are_json_whatever_their_bytes(gateway):
     check("are shown as such", row["name"], "\ufffda\ufffd(\u00e4\ufffd\ufffd\ufffd")
     check("and are no other row's", gateway.change({"table": "vlaninfo", "key": {"vlan": 10}, "changes": {
         "tagged": "ge5"}, "read": row}).status, 200)
+
+
+def run_program(gateway, path, body=b"", **told):
+    """The CGI program without a server (RFC 3875): the status line, the headers, the text."""
+    environment = {**os.environ, **gateway.server.given, "SCRIPT_NAME": path, "REMOTE_USER": "ann",
+                   "CONTENT_TYPE": "application/json", "CONTENT_LENGTH": str(len(body)), **told}
+    made = subprocess.run(["lua5.1", "/srv/librpc-web/librpc.cgi"], env=environment, input=body, capture_output=True)
+    check(f"{path}: errors", (made.returncode, made.stderr), (0, b""))
+    head, _, text = made.stdout.partition(b"\r\n\r\n")
+    status, *headers = head.decode().split("\r\n")
+    return status, dict(header.split(": ", 1) for header in headers), text
+
+
+@test
+@only("lighttpd")
+def the_program_is_a_cgi_program_to_any_server(gateway):
+    ok, schema = "Status: 200 OK", run_program(gateway, "/api/schema")
+    check("a method that is not told is GET", schema[0], ok)
+    check("type", schema[1]["Content-Type"], "application/json")
+    check("path behind the program", run_program(gateway, "/api", PATH_INFO="/schema", REQUEST_METHOD="GET"), schema)
+    check("a program of its own address", run_program(gateway, "/x/librpc.cgi", PATH_INFO="/api/schema"), schema)
+    check("HEAD", run_program(gateway, "/api/schema", REQUEST_METHOD="HEAD"), (*schema[:2], b""))
+    same = run_program(gateway, "/api/schema", HTTP_IF_NONE_MATCH=schema[1]["ETag"])
+    check("what has not changed", (same[0], same[2]), ("Status: 304 Not Modified", b""))
+    check("the console where nobody else serves it", run_program(gateway, "/x/librpc.cgi", PATH_INFO="/")[0], ok)
+    check("and not where the server does", run_program(gateway, "/")[0], "Status: 404 Not Found")
+    for what, found, status in (
+        ("a query", run_program(gateway, "/api/log", QUERY_STRING="limit=x"), "400 Bad Request"),
+        ("no user", run_program(gateway, "/api/schema", REMOTE_USER=""), "403 Forbidden"),
+        ("another page's", run_program(gateway, "/api/schema", HTTP_ORIGIN="http://x"), "403 Forbidden"),
+        ("the same scheme", run_program(gateway, "/api/schema", HTTP_HOST="x", HTTP_ORIGIN="https://x", HTTPS="on"),
+         "200 OK"),
+        ("another scheme", run_program(gateway, "/api/schema", HTTP_HOST="x", HTTP_ORIGIN="http://x", HTTPS="on"),
+         "403 Forbidden"),
+        ("another method", run_program(gateway, "/api/schema", REQUEST_METHOD="POST"), "405 Method Not Allowed"),
+    ):
+        check(what, found[0], f"Status: {status}")
+    calls = b'{"calls":[{"table":"svi","key":{"vlan":1}}]}'
+    for what, told, status in (
+        ("a body", {}, "200 OK"), ("a shorter length", {"CONTENT_LENGTH": "9"}, "400 Bad Request"),
+        ("a longer one", {"CONTENT_LENGTH": "999"}, "200 OK"), ("none", {"CONTENT_LENGTH": ""}, "400 Bad Request"),
+        ("a length below 0", {"CONTENT_LENGTH": "-1"}, "400 Bad Request"),
+        ("as many as may be", {"CONTENT_LENGTH": "65536"}, "200 OK"),
+        ("one more", {"CONTENT_LENGTH": "65537"}, "413 Content Too Large"),
+        ("no number", {"CONTENT_LENGTH": "x"}, "413 Content Too Large"),
+        ("another type", {"CONTENT_TYPE": "text/plain"}, "415 Unsupported Media Type"),
+    ):
+        check(what, run_program(gateway, "/api/all", calls, REQUEST_METHOD="POST", **told)[0], f"Status: {status}")
 
 
 @test

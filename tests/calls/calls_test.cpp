@@ -417,6 +417,21 @@ TEST_F(group, what_is_under_way_to_a_daemon_takes_no_more_of_the_kernel_than_the
     EXPECT_EQ(tried, 30U);
 }
 
+TEST_F(group, a_window_is_filled_to_its_last_byte_and_no_further)
+{
+    const Service& service = *all_services[0];
+    Daemon& daemon = daemon_of(service.name);
+    constexpr size_t each = kernel_memory(4 * call_units);
+    static_assert(group_window % each == 0, "a window that null calls fill");
+    for (size_t i = 0; i < 2 * group_window / each; i++) {
+        CallStatus status;
+        EXPECT_NE(calls.call_null(service, Deadline::after(20000), status), 0U);
+    }
+    EXPECT_EQ(requests(daemon, group_window / each).size(), group_window / each);
+    calls.wait(Deadline::after(5), {});
+    EXPECT_TRUE(daemon.requests().empty());
+}
+
 TEST_F(group, a_call_waits_its_turn_and_goes_once_a_replies_make_room)
 {
     Daemon& daemon = daemon_of("erpsinfo");
@@ -436,6 +451,19 @@ TEST_F(group, a_call_waits_its_turn_and_goes_once_a_replies_make_room)
         EXPECT_EQ(all.size(), seen - at_once + 1);
     }
     EXPECT_EQ(all.size(), 20 - at_once + 1);
+}
+
+TEST_F(group, the_sooner_of_two_deadlines_counts_whichever_call_began_first)
+{
+    warm_up(small, daemon_of("nsminfo"));
+    for (const bool begins_first : {true, false}) {
+        const unsigned a = call(small, "1", begins_first ? 100 : 20000);
+        const unsigned b = call(small, "2", begins_first ? 20000 : 100);
+        calls.wait(Deadline::after(5000), {});
+        const auto ended = ends();
+        ASSERT_EQ(ended.size(), 1U) << begins_first;
+        EXPECT_EQ(ended.begin()->first, begins_first ? a : b);
+    }
 }
 
 TEST_F(group, a_wait_whose_time_is_over_still_finds_that_deadlines_are)

@@ -271,6 +271,16 @@ case "a_restarted_daemon_is_looked_up_anew" (function()
   expect_ports("after", 8, calls.all(ports(8), 5))
 end)
 
+case "a_daemon_that_was_silent_is_looked_up_anew" (function()
+  expect_ports("before", 8, calls.all(ports(8), 5))
+  tell "fault nsminfo drop"
+  equal(select(2, calls.all(ports(2), 0.2))[2].code, "timed_out", "code")
+  tell "clear"
+  tell "restart nsminfo"
+  equal(call(vlan, "10"), vlan10, "the next call")
+  expect_ports("after", 8, calls.all(ports(8), 5))
+end)
+
 case "no_port_mapper_fails_every_service_at_once" (function()
   call(devinfo, "")
   shell("kill $RPCBIND_PID; while kill -0 $RPCBIND_PID; do sleep 0.02; done")

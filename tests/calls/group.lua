@@ -110,6 +110,17 @@ case "a_deadline_is_told_by_the_descriptor_and_by_timeout" (function()
   equal(executions(), 2, "executions")
 end)
 
+case "a_deadline_is_told_by_a_descriptor_that_was_asked_for_later" (function()
+  tell "fault nsminfo drop"
+  local group = calls.group()
+  local id = group:call(vlan, "10", 0.5)
+  equal(group:wait(0.1), false, "nothing has ended")
+  equal(group:timeout() > 0, true, "there is time left")
+  local fd = group:pollfd()
+  equal(host.readable(fd, 5), true, "readable")
+  equal(select(2, ends_of(group, 1))[id].code, "timed_out", "code")
+end)
+
 case "the_time_in_the_queue_counts" (function()
   tell "fault erpsinfo drop"
   local group, ids = calls.group(), {}

@@ -2,6 +2,7 @@
 // way, in which order replies may come, who waits for whom.
 #include <algorithm>
 #include <fcntl.h>
+#include <functional>
 #include <gtest/gtest.h>
 #include <linux/sock_diag.h>
 #include <map>
@@ -671,6 +672,36 @@ TEST_F(group, sockets_that_a_page_leaves_after_a_failed_call_are_used_by_the_nex
         give_back_client(*service.client, *left, true);
         EXPECT_EQ(lend_idle_client(*service.client), nullptr);
     }
+}
+
+// Between two pages the host's own code runs, too.
+TEST_F(group, nothing_is_sent_to_what_took_a_clients_number_between_two_pages)
+{
+    Daemon& daemon = daemon_of("nsminfo");
+    const auto read_page = [&](const std::function<void()>& at_first) {
+        ApiCalls page(CallsOf::Page);
+        CallStatus status;
+        EXPECT_NE(page.call(small, "1", Deadline::after(20000), status), 0U);
+        at_first();
+        for (const Deadline end = Deadline::after(10000); !page.first_finished() && end.left() > 0;) {
+            page.wait(Deadline::after(5), {});
+            for (const auto& request : daemon.requests())
+                daemon.reply(request);
+        }
+        ASSERT_NE(page.first_finished(), nullptr);
+        EXPECT_NE(page.first_finished()->text, nullptr);
+        page.close();
+    };
+    read_page([] {});
+    const int number = socket_to(daemon);
+    ASSERT_GT(number, 2);
+    int pair[2];
+    ASSERT_EQ(socketpair(AF_UNIX, SOCK_DGRAM, 0, pair), 0);
+    ASSERT_EQ(dup2(pair[0], number), number);
+    char byte;
+    read_page([&] { EXPECT_EQ(recv(pair[1], &byte, 1, MSG_DONTWAIT), -1) << "the host's socket got a call"; });
+    EXPECT_GE(fcntl(number, F_GETFD), 0) << "the host's socket was closed";
+    close(number), close(pair[0]), close(pair[1]);
 }
 
 TEST_F(group, an_api_of_the_hosts_own_cannot_be_one_of_many)

@@ -4,6 +4,7 @@
 #include <map>
 #include <memory>
 #include <sys/wait.h>
+#include <thread>
 
 #include "tests/golden/golden_list.h"
 #include "tests/services/support.h"
@@ -149,6 +150,43 @@ TEST_F(clients, of_a_service_whose_call_failed_are_closed_when_they_come_back)
     give_back_client(service, *one, true);
     EXPECT_EQ(sockets_of_ours(), 1);
     give_back_client(service, *two, false);
+    EXPECT_EQ(sockets_of_ours(), 0);
+}
+
+TEST_F(clients, that_come_back_once_none_are_kept_are_closed)
+{
+    const ServiceClient& service = *all_services[0]->client;
+    CreationFailure failure;
+    Client* lent = lend_client(service, Deadline::after(10000), {}, failure);
+    ASSERT_NE(lent, nullptr);
+    keep_clients(false);
+    give_back_client(service, *lent, false);
+    EXPECT_EQ(sockets_of_ours(), 0);
+    keep_clients(true);
+    lent = lend_client(service, Deadline::after(10000), {}, failure);
+    ASSERT_NE(lent, nullptr);
+    give_back_client(service, *lent, false);
+    EXPECT_EQ(sockets_of_ours(), 1);
+    destroy_all_clients();
+}
+
+// While all are lent the processor is for those who have them.
+TEST_F(clients, are_waited_for_without_work)
+{
+    const ServiceClient& service = *all_services[0]->client;
+    CreationFailure failure;
+    std::vector<Client*> lent;
+    for (unsigned i = 0; i < most_clients; i++)
+        lent.push_back(lend_client(service, Deadline::after(10000), {}, failure));
+    std::thread waiting([&] { // with one thread no lock is taken
+        EXPECT_EQ(lend_client(service, Deadline::after(500), {}, failure), nullptr);
+        timespec worked;
+        clock_gettime(CLOCK_THREAD_CPUTIME_ID, &worked);
+        EXPECT_LT(worked.tv_sec * 1000 + worked.tv_nsec / 1000000, 50);
+    });
+    waiting.join();
+    for (Client* client : lent)
+        give_back_client(service, *client, true);
     EXPECT_EQ(sockets_of_ours(), 0);
 }
 

@@ -35,7 +35,7 @@ export default [
   {
     files: ["web/console/**/*.js"],
     languageOptions: { ecmaVersion: 2022, sourceType: "module", globals: globals.browser },
-    rules: { ...rules, "no-restricted-properties": ["error", ...markup] },
+    rules: { ...rules, "no-restricted-properties": ["error", ...markup], "max-lines-per-function": ["error", 70] },
   },
   {
     files: ["tests/web/**/*.mjs"],

@@ -70,10 +70,10 @@ async function start() {
 	} catch (failure) {
 		const part = failure_part(start);
 		part.update(failure);
-		main.replaceChildren(h("h1", {}, "The console cannot start"), part.node);
+		main.replaceChildren(h("h1", "The console cannot start"), part.node);
 		return;
 	}
-	if (model.user) document.getElementById("who").replaceChildren("Signed in as ", h("bdi", {}, model.user));
+	if (model.user) document.getElementById("who").replaceChildren("Signed in as ", h("bdi", model.user));
 	addEventListener("hashchange", show);
 	show();
 }

@@ -2,36 +2,25 @@
 // ports, what was changed last. Each part is read and fails on its own.
 import { h, say, set, keyed, plain, device_text } from "./dom.js";
 import * as gateway from "./gateway.js";
-import { model, table_of_role, arranged, to_row } from "./model.js";
+import { model, table_of_role, arranged, title_in, to_row } from "./model.js";
 import { ms, moment, count, input_text } from "./format.js";
 import { live, interval } from "./live.js";
-import { failure_part, head_row, heading, pairs_part, scroller, state_mark } from "./parts.js";
+import { card, clamped, failure_part, head_row, heading, pairs_part, scroller, state_mark } from "./parts.js";
 import { front_panel } from "./panel.js";
 
 const usual_seconds = 5;
-
-const card = (title, id, ...children) => h("section", { class: "card", id }, h("h2", {}, title), children);
 
 function summary_part() {
 	const state = state_mark("none", "Asking the daemons …");
 	const facts = {};
 	for (const name of ["daemons", "ports", "errors"]) facts[name] = { mark: state_mark("none", "") };
-	for (const fact of Object.values(facts)) fact.node = h("li", { hidden: true }, fact.mark.node);
+	for (const fact of Object.values(facts)) fact.node = h("li", { hidden: true }, fact.mark);
 	return {
-		node: h(
-			"div",
-			{ class: "summary", id: "summary" },
-			h("p", { class: "verdict" }, state.node),
-			h(
-				"ul",
-				{ class: "facts" },
-				Object.values(facts).map((fact) => fact.node),
-			),
-		),
+		node: h("div.summary", { id: "summary" }, h("p.verdict", state), h("ul.facts", Object.values(facts))),
 		verdict: state.update,
 		fact(name, kind, text) {
 			facts[name].mark.update(kind, text);
-			set(facts[name].node, "hidden", false);
+			facts[name].node.hidden = false;
 		},
 	};
 }
@@ -43,21 +32,21 @@ function identity_part(retry) {
 	const pairs = pairs_part([...keys, ...content]);
 	const failure = failure_part(retry);
 	return {
-		node: card("Identity", "identity", failure.node, pairs.node),
+		node: card("Identity", { id: "identity" }, failure, pairs),
 		read: (signal) => failure.around(async () => pairs.show(await gateway.row(table.table, {}, { signal }))),
 	};
 }
 
 function daemons_part(summary, retry) {
-	const body = h("tbody", {});
+	const body = h("tbody");
 	const failure = failure_part(retry);
 
 	function make() {
-		const name = h("bdi", {});
+		const name = h("bdi");
 		const state = state_mark("none", "");
 		const why = failure_part(retry, { small: true });
-		const taken = h("td", { class: "number" });
-		const row = h("tr", {}, h("th", { scope: "row" }, name), h("td", {}, state.node, " ", why.node), taken);
+		const taken = h("td.number");
+		const row = h("tr", h("th", { scope: "row" }, name), h("td", state, " ", why), taken);
 		return {
 			node: row,
 			update(service) {
@@ -76,9 +65,9 @@ function daemons_part(summary, retry) {
 	return {
 		node: card(
 			"Daemons",
-			"daemons",
-			failure.node,
-			scroller("Daemons", h("table", {}, head_row("Daemon", "State", ["Answer, ms", "number"]), body)),
+			{ id: "daemons" },
+			failure,
+			scroller("Daemons", h("table", head_row("Daemon", "State", ["Answer, ms", "number"]), body)),
 		),
 		async read(signal) {
 			let known = false;
@@ -93,15 +82,9 @@ function daemons_part(summary, retry) {
 					down.length ? "bad" : "good",
 					`${count(up)} of ${count(services.length)} daemons answer`,
 				);
+				const names = down.map((service) => plain(service.title || service.name)).join(", ");
 				if (well) summary.verdict("good", "The device is well");
-				else {
-					summary.verdict(
-						"bad",
-						up
-							? `Not well: ${down.map((service) => plain(service.title || service.name)).join(", ")}`
-							: "No daemon answers",
-					);
-				}
+				else summary.verdict("bad", up ? `Not well: ${names}` : "No daemon answers");
 			});
 			if (!known && !signal.aborted) summary.verdict("none", "Whether the device is well is not known");
 		},
@@ -109,21 +92,17 @@ function daemons_part(summary, retry) {
 }
 
 function log_part(retry) {
-	const body = h("tbody", {});
-	const none = h("p", { class: "quiet", hidden: true });
+	const body = h("tbody");
+	const none = h("p.quiet", { hidden: true });
 	const failure = failure_part(retry);
-	const table = scroller(
-		"Last changes",
-		h("table", {}, head_row("Time", "Who", "Table", "Row", "Fields", "Result"), body),
-	);
+	const table = scroller("Last changes", h("table", head_row("Time", "Who", "Table", "Row", "Fields", "Result"), body));
 	const side = (value) => (value?.secret ? "a new secret" : input_text(value?.after));
 
 	function make(change) {
 		const known = model.tables.get(change.table);
-		const title = (name) => known?.by_name.get(name)?.title ?? name;
 		const list = (of, value) =>
 			Object.entries(of ?? {})
-				.map(([name, one]) => `${title(name)} ${value(one)}`)
+				.map(([name, one]) => `${title_in(known, name)} ${value(one)}`)
 				.join(", ") || "–";
 		const texts = [
 			list(change.key, input_text),
@@ -133,27 +112,25 @@ function log_part(retry) {
 		return {
 			node: h(
 				"tr",
-				{},
-				h("td", { class: "time" }, moment(change.time)),
-				h("td", {}, device_text(change.user ?? "–")),
+				h("td.time", moment(change.time)),
+				h("td", device_text(change.user ?? "–")),
 				h(
 					"td",
-					{},
 					known ? h("a", { href: to_row(known, change.key ?? {}) }, known.title) : device_text(change.table ?? "–"),
 				),
-				texts.map((text) => h("td", {}, h("div", { class: "clamp" }, device_text(text)))),
+				texts.map((text) => h("td", clamped(device_text(text)))),
 			),
 		};
 	}
 
 	return {
-		node: card("Last changes", "changes", failure.node, none, table),
+		node: card("Last changes", { id: "changes" }, failure, none, table),
 		read: (signal) =>
 			failure.around(async () => {
 				const { changes, kept } = await gateway.log(signal);
 				say(none, kept === false ? "Changes go to the system's log." : "No change was made yet.");
-				set(none, "hidden", changes.length > 0);
-				set(table, "hidden", changes.length === 0);
+				none.hidden = changes.length > 0;
+				table.hidden = changes.length === 0;
 				keyed(body, changes, JSON.stringify, make);
 			}),
 	};
@@ -169,17 +146,7 @@ export function show_device() {
 		daemons_part(summary, retry),
 		log_part(retry),
 	].filter(Boolean);
-	const node = h(
-		"div",
-		{ class: "view device" },
-		heading("Device"),
-		summary.node,
-		h(
-			"div",
-			{ class: "cards" },
-			parts.map((part) => part.node),
-		),
-	);
+	const node = h("div.view.device", heading("Device"), summary, h("div.cards", parts));
 	poll = live(interval(usual_seconds), (signal) => Promise.all(parts.map((part) => part.read(signal))));
 	return { title: "Device", node, stop: poll.stop };
 }

@@ -3,10 +3,13 @@
 
 const properties = new Set(["value", "checked", "hidden", "disabled", "selected", "open", "indeterminate"]);
 
-// An element. `on` holds listeners by event; a property or attribute that is null
-// or false is left out.
-export function h(tag, settings = {}, ...children) {
+// An element: h("p.quiet", { hidden: true, on: { click } }, child ...). Settings may be left
+// out, what is null or false is; a part stands for its node.
+export function h(what, ...children) {
+	const [tag, ...classes] = what.split(".");
 	const node = document.createElement(tag);
+	if (classes.length) node.className = classes.join(" ");
+	const settings = children[0]?.constructor === Object && !children[0].node ? children.shift() : {};
 	for (const [name, value] of Object.entries(settings)) {
 		if (name === "on") {
 			for (const [event, listener] of Object.entries(value)) node.addEventListener(event, listener);
@@ -14,7 +17,8 @@ export function h(tag, settings = {}, ...children) {
 			set(node, name, value);
 		}
 	}
-	node.append(...children.flat().filter((child) => child !== null && child !== undefined && child !== false));
+	const shown = children.flat().filter((child) => (child ?? false) !== false);
+	node.append(...shown.map((child) => child.node ?? child));
 	return node;
 }
 
@@ -22,7 +26,7 @@ export function h(tag, settings = {}, ...children) {
 export function set(node, name, value) {
 	if (properties.has(name)) {
 		if (node[name] !== value) node[name] = value;
-	} else if (value === null || value === undefined || value === false) {
+	} else if ((value ?? false) === false) {
 		node.removeAttribute(name);
 	} else {
 		const text = value === true ? "" : String(value);
@@ -37,7 +41,7 @@ export function say(node, text) {
 
 // A device's text beside others: what it holds cannot turn their direction.
 export function device_text(text) {
-	return h("bdi", {}, text);
+	return h("bdi", text);
 }
 
 // The same for attributes and sentences, where no element can stand: without the
@@ -80,6 +84,10 @@ export function svg(tag, attributes = {}, ...children) {
 	return node;
 }
 
+// Beside a word that says the same.
+export const drawing = (size, kind, ...marks) =>
+	svg("svg", { viewBox: `0 0 ${size}`, class: kind, "aria-hidden": "true" }, ...marks);
+
 // The shapes of states, told apart without colour: a disc, a triangle, a cross, a ring.
 const shapes = {
 	good: [["circle", { cx: 8, cy: 8, r: 6 }]],
@@ -91,14 +99,10 @@ const shapes = {
 	none: [["circle", { cx: 8, cy: 8, r: 5, class: "ring" }]],
 };
 
-// A shape beside a word that says the same.
 export function shape(state) {
-	const marks = (shapes[state] ?? shapes.none).map(([tag, attributes]) => svg(tag, attributes));
-	return svg(
-		"svg",
-		{ viewBox: "0 0 16 16", class: `shape ${state}`, "aria-hidden": "true", focusable: "false" },
-		...marks,
-	);
+	const node = drawing("16 16", `shape ${state}`, ...(shapes[state] ?? shapes.none).map((mark) => svg(...mark)));
+	set(node, "focusable", "false");
+	return node;
 }
 
 let said = 0;
@@ -110,12 +114,16 @@ export function announce(text) {
 	said = setTimeout(() => say(document.getElementById("news"), text), 150);
 }
 
+const types = { csv: "text/csv;charset=utf-8", json: "application/json" };
+
 // A file for the reader's disk.
-export function download(name, type, text) {
-	const address = URL.createObjectURL(new Blob([text], { type }));
+export function save({ table }, ending, text, what) {
+	const name = `${table}-${new Date().toISOString().replace(/[:.]/g, "-")}.${ending}`;
+	const address = URL.createObjectURL(new Blob([text], { type: types[ending] }));
 	const link = h("a", { href: address, download: name });
 	document.body.append(link);
 	link.click();
 	link.remove();
 	setTimeout(() => URL.revokeObjectURL(address), 1000);
+	announce(`The ${what} shown were saved.`);
 }

@@ -7,6 +7,8 @@ import { new_id } from "./parts.js";
 const bytes_of = (text) => new TextEncoder().encode(text).length;
 const mac_forms = /^([0-9a-f]{2}([-:])([0-9a-f]{2}\2){4}[0-9a-f]{2}|([0-9a-f]{4}\.){2}[0-9a-f]{4}|[0-9a-f]{12})$/i;
 
+const is_whole = (kind) => ["int", "unsigned"].includes(kind);
+
 function hint_of({ kind, limits = {} }) {
 	switch (kind) {
 		case "int":
@@ -47,7 +49,7 @@ function sentence({ code, message, limits = {} }) {
 // What the browser can tell itself.
 function quick_check({ kind, values, limits = {} }, text) {
 	let code = null;
-	if (["int", "unsigned"].includes(kind) && !values) {
+	if (is_whole(kind) && !values) {
 		if (!/^\s*[-+]?\d+\s*$/.test(text)) code = "bad_number";
 		else if (Number(text) < limits.least || Number(text) > limits.most) code = "out_of_range";
 	} else if (kind === "mac") {
@@ -63,50 +65,48 @@ function quick_check({ kind, values, limits = {} }, text) {
 	return code && { code, limits };
 }
 
-export function make_field(field, { on_input, empty_choice = false, required = false }) {
-	const id = new_id("field");
-	const hint = h("span", { class: "hint", id: `${id}-hint` });
-	const wrong = h("span", { class: "wrong", id: `${id}-wrong`, hidden: true });
-	let control;
-	if (field.values) {
-		const words = Object.values(field.values);
-		control = h(
+function make_control({ kind, values, secret, limits, size }, empty_choice) {
+	if (values) {
+		const words = [...(empty_choice ? [""] : []), ...Object.values(values)];
+		return h(
 			"select",
-			{},
-			(empty_choice ? ["", ...words] : words).map((word) =>
-				h("option", { value: word }, word === "" ? "not given" : word),
-			),
+			words.map((word) => h("option", { value: word }, word || "not given")),
 		);
-	} else {
-		const number = ["int", "unsigned"].includes(field.kind);
-		control = h("input", {
-			type: field.secret ? "password" : "text",
-			inputmode: number && field.limits?.least >= 0 ? "numeric" : null,
-			autocomplete: field.secret ? "new-password" : "off",
-			autocapitalize: "off",
-			spellcheck: "false",
-			class: number ? "number" : field.kind === "text" && field.size > 60 ? "long" : null,
-			dir: field.kind === "text" ? "auto" : null,
-		});
 	}
-	control.id = id;
-	control.name = field.name;
-	set(control, "aria-describedby", `${id}-hint ${id}-wrong`);
-	set(control, "aria-required", required ? "true" : null);
-	const mark = h("span", { class: "changed", hidden: true }, "changed");
+	const number = is_whole(kind);
+	return h("input", {
+		type: secret ? "password" : "text",
+		inputmode: number && limits?.least >= 0 ? "numeric" : null,
+		autocomplete: secret ? "new-password" : "off",
+		autocapitalize: "off",
+		spellcheck: "false",
+		class: number ? "number" : kind === "text" && size > 60 ? "long" : null,
+		dir: kind === "text" ? "auto" : null,
+	});
+}
+
+export function make_field(field, { on_input, empty_choice, required }) {
+	const id = new_id("field");
+	const hint = h("span.hint", { id: `${id}-hint` });
+	const wrong = h("span.wrong", { id: `${id}-wrong`, hidden: true });
+	const control = make_control(field, empty_choice);
+	Object.assign(control, { id, name: field.name });
+	set(control, "aria-describedby", `${hint.id} ${wrong.id}`);
+	set(control, "aria-required", required && "true");
+	const mark = h("span.changed", { hidden: true }, "changed");
 	const node = h(
-		"div",
-		{ class: "field", "data-field": field.name },
-		h("label", { for: id }, field.title, field.unit ? h("span", { class: "unit" }, ` ${field.unit}`) : null),
-		h("div", { class: "entry" }, control, mark, hint, wrong),
+		"div.field",
+		{ "data-field": field.name },
+		h("label", { for: id }, field.title, field.unit && h("span.unit", ` ${field.unit}`)),
+		h("div.entry", control, mark, hint, wrong),
+		field.description && h("p.about", field.description),
 	);
-	if (field.description) node.append(h("p", { class: "about" }, field.description));
 
 	let base = control.value; // as read
 	let problem = null;
 	function note() {
 		const dirty = self.dirty();
-		set(mark, "hidden", !dirty);
+		mark.hidden = !dirty;
 		const typed = field.kind === "text" && !field.secret && dirty ? `${count(bytes_of(control.value))} bytes; ` : "";
 		say(hint, field.values ? "" : (field.secret ? "unchanged while empty; " : typed) + hint_of(field));
 	}
@@ -138,19 +138,16 @@ export function make_field(field, { on_input, empty_choice = false, required = f
 		},
 		wrong(found) {
 			problem = found;
-			set(wrong, "hidden", !found);
+			wrong.hidden = !found;
 			set(control, "aria-invalid", found ? "true" : null);
 			say(wrong, found ? sentence(found) : "");
 		},
 		problem: () => problem,
-		quick() {
-			self.wrong(self.dirty() && !(field.secret && control.value === "") ? quick_check(field, control.value) : null);
-		},
 	};
 	control.addEventListener("input", () => {
-		self.quick();
+		self.wrong(self.dirty() && quick_check(field, control.value));
 		note();
-		on_input(self);
+		on_input();
 	});
 	note();
 	return self;

@@ -1,10 +1,11 @@
 // Values as people read them, in the browser's locale; and as programs do.
 
-const grouped = new Intl.NumberFormat();
-const exact = new Intl.NumberFormat(undefined, { useGrouping: false, maximumFractionDigits: 20 });
-const compact = new Intl.NumberFormat(undefined, { notation: "compact", maximumFractionDigits: 2 });
-const rounded = new Intl.NumberFormat(undefined, { maximumFractionDigits: 1 });
-const milliseconds = new Intl.NumberFormat(undefined, { maximumFractionDigits: 1, minimumFractionDigits: 1 });
+const numbers = (options) => new Intl.NumberFormat(undefined, options);
+const grouped = numbers();
+const exact = numbers({ useGrouping: false, maximumFractionDigits: 20 });
+const compact = numbers({ notation: "compact", maximumFractionDigits: 2 });
+const rounded = numbers({ maximumFractionDigits: 1 });
+const milliseconds = numbers({ maximumFractionDigits: 1, minimumFractionDigits: 1 });
 const clock = new Intl.DateTimeFormat(undefined, { timeStyle: "medium" });
 const stamp = new Intl.DateTimeFormat(undefined, { dateStyle: "short", timeStyle: "medium" });
 
@@ -19,6 +20,7 @@ export function moment(text) {
 	return Number.isNaN(date.getTime()) ? String(text) : stamp.format(date);
 }
 
+const whole = /^-?\d+$/;
 const secret_text = "secret";
 
 // A value's text. Numbers that measure something are grouped; those that name
@@ -27,7 +29,7 @@ export function value_text(field, value) {
 	if (value === null && field.secret) return secret_text;
 	if (value === null || value === undefined) return "";
 	if (Array.isArray(value)) return value.join(", ");
-	if (field.kind === "counter" && /^-?\d+$/.test(value)) return grouped.format(BigInt(value));
+	if (field.kind === "counter" && whole.test(value)) return grouped.format(BigInt(value));
 	if (typeof value === "number") return (field.unit || field.kind === "real" ? grouped : exact).format(value);
 	return String(value);
 }
@@ -48,9 +50,7 @@ function long_time(seconds) {
 	];
 	return parts
 		.filter(([number]) => number > 0)
-		.map(([number, unit]) =>
-			new Intl.NumberFormat(undefined, { style: "unit", unit, unitDisplay: "short" }).format(number),
-		)
+		.map(([number, unit]) => numbers({ style: "unit", unit, unitDisplay: "short" }).format(number))
 		.join(" ");
 }
 
@@ -68,11 +68,13 @@ export function input_text(value) {
 	return Array.isArray(value) ? value.join(",") : String(value);
 }
 
+export const words_of = (text) => text.toLowerCase().split(/\s+/).filter(Boolean);
+
 // Sorts what is shown in a column: numbers by size, counters too, texts as people do.
 const collator = new Intl.Collator(undefined, { numeric: true });
 export function compare(field, a, b) {
 	if (typeof a === "number" && typeof b === "number") return a - b;
-	if (field.kind === "counter" && /^-?\d+$/.test(a) && /^-?\d+$/.test(b)) {
+	if (field.kind === "counter" && whole.test(a) && whole.test(b)) {
 		const difference = BigInt(a) - BigInt(b);
 		return difference < 0n ? -1 : Number(difference > 0n);
 	}
@@ -97,6 +99,3 @@ function cell(value) {
 }
 
 export const csv = (lines) => lines.map((line) => `${line.map(cell).join(",")}\r\n`).join("");
-
-// A name of a file that was made now.
-export const file_name = (table, ending) => `${table}-${new Date().toISOString().replace(/[:.]/g, "-")}.${ending}`;

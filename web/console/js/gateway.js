@@ -9,15 +9,11 @@ export class Failure extends Error {
 }
 
 let token = "";
-const watchers = new Set();
+let tell = null;
 
 // Calls watcher(failure or null) whenever the gateway is lost or found again.
 export function watch(watcher) {
-	watchers.add(watcher);
-}
-
-function tell(failure) {
-	for (const watcher of watchers) watcher(failure);
+	tell = watcher;
 }
 
 function lost(code, message) {
@@ -77,21 +73,27 @@ export const schema = () => request("api/schema");
 export const health = (signal) => request("api/health", { signal });
 export const log = (signal, limit = 10) => request(`api/log?limit=${limit}`, { signal });
 
+const several =
+	(path, name) =>
+	async (items, { seconds = 1, signal } = {}) =>
+		items.length ? (await request(path, { body: { [name]: items, seconds }, seconds, signal })).results : [];
+
 // The results of several reads, by position: each { row } or { failure }.
-export async function all(calls, { seconds = 1, signal } = {}) {
-	if (calls.length === 0) return [];
-	return (await request("api/all", { body: { calls, seconds }, seconds, signal })).results;
-}
+export const all = several("api/all", "calls");
 
 // The results of several walks: each { rows, ended } or { rows, failure }.
-export async function rows(walks, { seconds = 1, signal } = {}) {
-	if (walks.length === 0) return [];
-	return (await request("api/rows", { body: { walks, seconds }, seconds, signal })).results;
-}
+export const rows = several("api/rows", "walks");
+
+// Whole tables, where each stands once.
+export const rows_of = (tables, options) =>
+	rows(
+		[...new Set(tables)].filter(Boolean).map(({ table }) => ({ table })),
+		options,
+	);
 
 export async function row(table, key, options) {
 	const [result] = await all([{ table, key }], options);
-	if (result.failure) throw new Failure(result.failure.code, result.failure.message, { item: true });
+	if (result.failure) throw new Failure(result.failure.code, result.failure.message);
 	return result.row;
 }
 

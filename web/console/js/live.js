@@ -57,3 +57,15 @@ export function live(seconds, work) {
 		},
 	};
 }
+
+// Runs work(signal, ...) and gives up the run before.
+export function latest(work) {
+	let running = null;
+	const run = (...given) => {
+		run.stop();
+		running = new AbortController();
+		return work(running.signal, ...given);
+	};
+	run.stop = () => running?.abort();
+	return run;
+}

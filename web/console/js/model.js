@@ -15,22 +15,18 @@ function enrich(table, rights, apis) {
 	const fields = new Map(table.fields.map((field) => [field.name, field]));
 	const can = (operation) => table.operations.includes(operation);
 	const walked = can("getn");
+	const stored = walked || can("get");
 	return {
 		...table,
 		by_name: fields,
 		key_names: table.key ?? table.fields.filter((field) => field.key).map((field) => field.name),
 		walked,
-		readable: rights.read === true && (walked || can("get")),
-		stored: walked || can("get"),
+		readable: rights.read === true && stored,
+		stored,
 		changeable: rights.change === true && can("set"),
 		acts: apis.filter((api) => api.operation === "set" || api.operation === "other"),
 		may_change: rights.change === true,
-		haystack: [
-			table.table,
-			table.title,
-			table.description,
-			...table.fields.flatMap((field) => [field.name, field.title]),
-		]
+		haystack: [table.table, table.title, table.description, ...named(table.fields).flat()]
 			.filter(Boolean)
 			.join("\n")
 			.toLowerCase(),
@@ -53,30 +49,31 @@ export async function load() {
 	);
 }
 
+export const all_tables = () => [...model.tables.values()];
+
 export const service_title = (name) => model.services.find((service) => service.name === name)?.title ?? name;
+
+export const named = (fields) => fields.map((field) => [field.name, field.title]);
+
+export const title_in = (table, name) => table?.by_name.get(name)?.title ?? name;
 
 export const field_with = (table, role) => table.fields.find((field) => field.role === role);
 
+export const value_in = (table, role, row) => row[field_with(table, role)?.name];
+
 // The first table that may be read and whose fields have all these roles.
 export function table_with(...roles) {
-	return [...model.tables.values()].find((table) => table.readable && roles.every((role) => field_with(table, role)));
+	return all_tables().find((table) => table.readable && roles.every((role) => field_with(table, role)));
 }
 
-export const table_of_role = (role) =>
-	[...model.tables.values()].find((table) => table.readable && table.role === role);
+export const table_of_role = (role) => all_tables().find((table) => table.readable && table.role === role);
 
 // Tables that are told apart by the port alone and hold counters.
 export function counted_tables() {
-	return [...model.tables.values()].filter((table) => {
-		const port = field_with(table, "port");
-		return (
-			table.readable &&
-			table.walked &&
-			port &&
-			table.key_names.length === 1 &&
-			table.key_names[0] === port.name &&
-			table.fields.some((field) => field.kind === "counter")
-		);
+	return all_tables().filter((table) => {
+		const { readable, walked, key_names, fields } = table;
+		const is_told = key_names.length === 1 && key_names[0] === field_with(table, "port")?.name;
+		return readable && walked && is_told && fields.some((field) => field.kind === "counter");
 	});
 }
 
@@ -85,11 +82,11 @@ export function counted_tables() {
 export function arranged(table) {
 	const keys = table.key_names.map((name) => table.by_name.get(name)).filter(Boolean);
 	const others = table.fields.filter((field) => !keys.includes(field) && !is_closing(field) && field.kind !== "skip");
-	const named = others.filter(is_named);
-	const some = named.length > 0;
+	const known = others.filter(is_named);
+	const some = known.length > 0;
 	return {
 		keys,
-		content: some ? named : others,
+		content: some ? known : others,
 		more: some ? others.filter((field) => !is_named(field)) : [],
 		closing: table.fields.filter(is_closing),
 	};
@@ -103,6 +100,6 @@ export function key_of(table, row) {
 // Addresses of views.
 export const to_table = (table) => `#/tables/${encodeURIComponent(table.table)}`;
 export function to_row(table, key) {
-	const query = new URLSearchParams(Object.entries(key).map(([name, value]) => [name, String(value)])).toString();
+	const query = String(new URLSearchParams(key));
 	return `#/row/${encodeURIComponent(table.table)}${query ? `?${query}` : ""}`;
 }

@@ -1,18 +1,16 @@
 // Pieces that several views are made of.
 import { h, say, shape, set, plain, keyed, device_text } from "./dom.js";
-import { model } from "./model.js";
+import { model, service_title } from "./model.js";
 import { with_unit } from "./format.js";
 
-export const button = (text, click, settings = {}) => h("button", { type: "button", on: { click }, ...settings }, text);
+export const button = (text, click, settings) => h("button", { type: "button", on: { click }, ...settings }, text);
 
 // A shape and a word, which may change: state.update("good", "up").
 export function state_mark(state, word) {
-	const text = h("span", { class: "word" });
-	const node = h("span", { class: "state" }, shape(state), text);
-	let shown = state;
+	const text = h("span.word");
+	const node = h("span.state", shape(state), text);
 	const update = (next, next_word) => {
-		if (next !== shown) node.firstChild.replaceWith(shape(next));
-		shown = next;
+		if (next !== node.dataset.state) node.firstChild.replaceWith(shape(next));
 		set(node, "data-state", next);
 		say(text, next_word);
 	};
@@ -21,8 +19,8 @@ export function state_mark(state, word) {
 }
 
 // Why something failed, and a way to try again. update(null) hides it.
-export function failure_part(retry, { small = false, label = "Try again" } = {}) {
-	const sentence = h("span", { class: "sentence" });
+export function failure_part(retry, { small, label = "Try again" } = {}) {
+	const sentence = h("span.sentence");
 	const node = h(
 		small ? "span" : "div",
 		{ class: small ? "failure small" : "failure notice bad", hidden: true },
@@ -33,7 +31,7 @@ export function failure_part(retry, { small = false, label = "Try again" } = {})
 		retry && button(label, () => retry(), { class: "small" }),
 	);
 	const update = (failure) => {
-		set(node, "hidden", !failure);
+		node.hidden = !failure;
 		if (!failure) return;
 		set(node, "title", model.codes[failure.code]);
 		set(node, "data-code", failure.code ?? "failed");
@@ -63,7 +61,7 @@ export const heading = (text) => h("h1", { tabindex: "-1" }, text);
 
 // A page with a sentence and nothing else.
 export function sentence_page(title, ...text) {
-	return { title, node: h("div", { class: "view" }, heading(title), h("p", {}, text)) };
+	return { title, node: h("div.view", heading(title), h("p", text)) };
 }
 
 export function no_such_table(name) {
@@ -74,32 +72,41 @@ export function no_such_table(name) {
 	);
 }
 
+export function table_head(table, title, more) {
+	return [
+		h("p.crumbs", h("a", { href: "#/tables" }, "Tables"), " / ", service_title(table.service), more),
+		heading(title),
+		table.description && h("p", table.description),
+	];
+}
+
+export const card = (title, settings, ...children) => h("section.card", settings, h("h2", title), children);
+
 export function labelled(text, control) {
 	control.id ||= new_id("control");
-	return h("span", { class: "labelled" }, h("label", { for: control.id }, text), control);
+	return h("span.labelled", h("label", { for: control.id }, text), control);
 }
 
 export const search_box = (input, settings) =>
 	h("input", { type: "search", autocomplete: "off", spellcheck: "false", on: { input }, ...settings });
 
-export function choice(options, chosen, on_change) {
-	return h(
+export function choice(label, options, chosen, on_change) {
+	const box = h(
 		"select",
-		{ on: { change: (event) => on_change(event.target.value) } },
+		{ on: { change: () => on_change(box.value) } },
 		options.map(([value, text]) => h("option", { value, selected: String(value) === String(chosen) }, text)),
 	);
+	return labelled(label, box);
 }
 
 // Boxes to tick, as many as wanted. on_change(value, ticked) says whether it may be.
-export function ticks(legend, options, chosen, on_change, settings) {
+export function ticks(legend, options, chosen, on_change, title = "legend") {
 	return h(
-		"fieldset",
-		{ class: "ticks" },
-		h("legend", settings ?? {}, legend),
+		"fieldset.ticks",
+		h(title, legend),
 		options.map(([value, text]) =>
 			h(
-				"label",
-				{ class: "tick" },
+				"label.tick",
 				h("input", {
 					type: "checkbox",
 					value,
@@ -110,24 +117,25 @@ export function ticks(legend, options, chosen, on_change, settings) {
 						},
 					},
 				}),
-				h("bdi", {}, text),
+				h("bdi", text),
 			),
 		),
 	);
 }
 
+// A long text in a cell.
+export const clamped = (...text) => h("div.clamp", text);
+
 // A place for a wide table that scrolls by keyboard, too.
 export const scroller = (label, ...children) =>
-	h("div", { class: "scroller", tabindex: "0", role: "region", "aria-label": label }, children);
+	h("div.scroller", { tabindex: "0", role: "region", "aria-label": label }, children);
 
 // A table's first line; a title may come with a class.
 export function head_row(...titles) {
 	return h(
 		"thead",
-		{},
 		h(
 			"tr",
-			{},
 			titles.map((title) => [title].flat()).map(([title, kind]) => h("th", { scope: "col", class: kind }, title)),
 		),
 	);
@@ -135,7 +143,7 @@ export function head_row(...titles) {
 
 // Fields with their values, which change in place.
 export function pairs_part(fields) {
-	const list = h("dl", { class: "pairs" });
+	const list = h("dl.pairs");
 	return {
 		node: list,
 		show(row) {
@@ -146,7 +154,7 @@ export function pairs_part(fields) {
 				({ field }) => {
 					const value = device_text("");
 					return {
-						node: h("div", {}, h("dt", {}, field.title), h("dd", {}, value)),
+						node: h("div", h("dt", field.title), h("dd", value)),
 						update: ({ text }) => say(value, text),
 					};
 				},

@@ -1,7 +1,7 @@
 // Every table by service, with a search; and the rows of one.
-import { h, say, set, announce } from "./dom.js";
-import { model, to_table } from "./model.js";
-import { count } from "./format.js";
+import { h, say, announce } from "./dom.js";
+import { model, all_tables, to_table } from "./model.js";
+import { count, words_of } from "./format.js";
 import { heading, labelled, no_such_table, search_box } from "./parts.js";
 import { show_rows } from "./rows.js";
 import { show_row } from "./row.js";
@@ -9,7 +9,6 @@ import { show_row } from "./row.js";
 let asked = ""; // what was searched for last
 
 function hints(table, words) {
-	if (words.length === 0) return "";
 	const head = `${table.table}\n${table.title}`.toLowerCase();
 	const left = words.filter((word) => !head.includes(word));
 	const fields = table.fields.filter((field) =>
@@ -23,84 +22,55 @@ function hints(table, words) {
 	);
 }
 
-function show_list() {
-	const entries = [];
-	const groups = model.services.map((service) => {
-		const own = [...model.tables.values()].filter((table) => table.service === service.name);
-		const items = own.map((table) => {
-			const hint = h("span", { class: "hint" });
-			const item = h(
-				"li",
-				{},
-				h("a", { href: to_table(table) }, table.title),
-				table.title === table.table ? null : h("code", {}, table.table),
-				table.readable || table.may_change ? null : h("span", { class: "quiet" }, "no right to it"),
-				hint,
-			);
-			const entry = { table, item, hint };
-			entries.push(entry);
-			return entry;
-		});
-		return {
-			node: h(
-				"section",
-				{ class: "group" },
-				h("h2", {}, service.title || service.name),
-				h(
-					"ul",
-					{},
-					items.map((entry) => entry.item),
-				),
-			),
-			items,
-		};
-	});
-
-	const found = h("p", { class: "quiet", id: "found" });
-	const box = search_box(
-		() => {
-			filter();
-			announce(found.textContent);
-		},
-		{ "aria-describedby": found.id, value: asked },
+function make_entry(table) {
+	const hint = h("span.hint");
+	const node = h(
+		"li",
+		h("a", { href: to_table(table) }, table.title),
+		table.title !== table.table && h("code", table.table),
+		!table.readable && !table.may_change && h("span.quiet", "no right to it"),
+		hint,
 	);
-	function filter() {
-		asked = box.value;
-		const words = asked.toLowerCase().split(/\s+/).filter(Boolean);
-		let matches = 0;
-		for (const { table, item, hint } of entries) {
-			const fits = words.every((word) => table.haystack.includes(word));
-			set(item, "hidden", !fits);
-			say(hint, fits ? hints(table, words) : "");
-			matches += fits;
-		}
-		for (const { node, items } of groups) {
-			set(
-				node,
-				"hidden",
-				items.every((entry) => entry.item.hidden),
-			);
-		}
-		say(
-			found,
-			words.length ? `${count(matches)} of ${count(entries.length)} tables` : `${count(entries.length)} tables`,
-		);
-	}
-	filter();
 	return {
-		title: "Tables",
-		node: h(
-			"div",
-			{ class: "view tables" },
-			heading("Tables"),
-			h("search", { class: "bar", role: "search" }, labelled("Search names, titles and fields", box), found),
-			h(
-				"div",
-				{ class: "groups" },
-				groups.map((group) => group.node),
-			),
-		),
+		node,
+		search(words) {
+			const fits = words.every((word) => table.haystack.includes(word));
+			node.hidden = !fits;
+			say(hint, fits ? hints(table, words) : "");
+			return fits;
+		},
 	};
+}
+
+function make_group(service) {
+	const own = all_tables().filter((table) => table.service === service.name);
+	const entries = own.map(make_entry);
+	return { entries, node: h("section.group", h("h2", service.title || service.name), h("ul", entries)) };
+}
+
+function show_list() {
+	const groups = model.services.map(make_group);
+	const found = h("p.quiet", { id: "found" });
+	const input = () => {
+		search();
+		announce(found.textContent);
+	};
+	const box = search_box(input, { "aria-describedby": found.id, value: asked });
+	function search() {
+		asked = box.value;
+		const words = words_of(asked);
+		let matches = 0;
+		for (const { node, entries } of groups) {
+			const fitting = entries.filter((entry) => entry.search(words)).length;
+			node.hidden = fitting === 0;
+			matches += fitting;
+		}
+		const all = `${count(model.tables.size)} tables`;
+		say(found, words.length ? `${count(matches)} of ${all}` : all);
+	}
+	search();
+	const bar = h("search.bar", { role: "search" }, labelled("Search names, titles and fields", box), found);
+	return { title: "Tables", node: h("div.view.tables", heading("Tables"), bar, h("div.groups", groups)) };
 }
 
 export function show_tables({ rest, query }) {

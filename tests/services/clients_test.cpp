@@ -214,6 +214,21 @@ TEST_F(clients, of_no_service_are_a_forked_childs)
     destroy_all_clients();
 }
 
+// As the RPC library's own handle does.
+TEST_F(clients, handle_of_tells_why_the_last_call_through_it_was_not_sent)
+{
+    CLIENT* handle = expected.front().get();
+    ASSERT_NE(handle, nullptr);
+    expected.front().drop();
+    creation_fails = true;
+    const auto nothing = as_xdrproc(xdr_void);
+    EXPECT_EQ(clnt_call(handle, NULLPROC, nothing, nullptr, nothing, nullptr, (timeval{1, 0})), RPC_PROGNOTREGISTERED);
+    rpc_err error = {};
+    clnt_geterr(handle, &error);
+    EXPECT_EQ(error.re_status, RPC_PROGNOTREGISTERED);
+    creation_fails = false;
+}
+
 TEST_F(clients, one_that_cannot_be_created_says_why_and_is_tried_again)
 {
     for (const Expected& service : expected) {

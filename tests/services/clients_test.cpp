@@ -51,7 +51,7 @@ class clients : public testing::Test
         if (!is_private)
             GTEST_SKIP() << "a network of our own is for root";
         port_mapper = std::make_unique<FakePortMapper>([this](const PortMapperQuery& query) {
-            return FakePortMapper::accepted(query, {creation_fails ? 0U : 9U});
+            return FakePortMapper::accepted(query, {creation_fails ? 0U : daemon_port.load()});
         });
     }
 
@@ -83,6 +83,7 @@ class clients : public testing::Test
     }
 
     std::atomic<bool> creation_fails = false;
+    std::atomic<uint32_t> daemon_port = 9;
     std::unique_ptr<FakePortMapper> port_mapper;
 };
 } // namespace
@@ -214,19 +215,124 @@ TEST_F(clients, of_no_service_are_a_forked_childs)
     destroy_all_clients();
 }
 
-// As the RPC library's own handle does.
-TEST_F(clients, handle_of_tells_why_the_last_call_through_it_was_not_sent)
+// A host calls through a service's handle as through the RPC library's own.
+namespace
 {
-    CLIENT* handle = expected.front().get();
-    ASSERT_NE(handle, nullptr);
+class handle : public clients
+{
+  protected:
+    void SetUp() override
+    {
+        clients::SetUp();
+        if (IsSkipped())
+            return;
+        daemon_port = daemon.port();
+        of = expected.front().get();
+        ASSERT_NE(of, nullptr);
+        asked();
+    }
+    void TearDown() override { destroy_all_clients(); }
+
+    // Procedure 1 replies its argument, others reply nothing at all.
+    static std::optional<RpcServer::Units> answer(const RpcCall& call)
+    {
+        if (call.procedure != 1)
+            return std::nullopt;
+        return RpcServer::accepted(call, call.arguments);
+    }
+
+    clnt_stat call(rpcproc_t procedure, xdrproc_t encode, void* request, xdrproc_t decode, void* reply, long ms)
+    {
+        return clnt_call(of, procedure, encode, request, decode, reply, (timeval{ms / 1000, ms % 1000 * 1000}));
+    }
+    clnt_stat call(rpcproc_t procedure, long ms)
+    {
+        return call(procedure, as_xdrproc(xdr_void), nullptr, as_xdrproc(xdr_void), nullptr, ms);
+    }
+    clnt_stat last_error() const
+    {
+        rpc_err error = {};
+        error.re_status = RPC_FAILED; // which nothing here is
+        clnt_geterr(of, &error);
+        return error.re_status;
+    }
+    // Of the client that is kept; 0 without one.
+    int descriptor() const
+    {
+        int fd = 0;
+        return clnt_control(of, CLGET_FD, reinterpret_cast<char*>(&fd)) ? fd : 0;
+    }
+
+    RpcServer daemon{0, answer};
+    CLIENT* of = nullptr;
+};
+} // namespace
+
+TEST_F(handle, makes_calls_through_the_client_that_is_kept)
+{
+    for (int value = 7; value < 10; value++) {
+        int replied = 0;
+        EXPECT_EQ(call(1, as_xdrproc(xdr_int), &value, as_xdrproc(xdr_int), &replied, 10000), RPC_SUCCESS);
+        EXPECT_EQ(replied, value);
+        EXPECT_EQ(last_error(), RPC_SUCCESS);
+        EXPECT_EQ(sockets_of_ours(), 1);
+    }
+    EXPECT_TRUE(asked().empty());
+    ASSERT_EQ(daemon.queries().size(), 3U);
+    for (const RpcCall& one : daemon.queries())
+        EXPECT_EQ((std::pair{one.program, one.version}), (std::pair{expected.front().program, 1U}));
+}
+
+TEST_F(handle, tells_why_the_last_call_failed)
+{
+    int short_of = 0, of_nothing[2] = {};
+    EXPECT_EQ(call(2, 200), RPC_TIMEDOUT);
+    EXPECT_EQ(last_error(), RPC_TIMEDOUT);
+    EXPECT_EQ(call(1, as_xdrproc(xdr_void), nullptr, as_xdrproc(xdr_int), of_nothing, 10000), RPC_CANTDECODERES);
+    EXPECT_EQ(last_error(), RPC_CANTDECODERES);
+    EXPECT_EQ(call(1, as_xdrproc(xdr_int), &short_of, as_xdrproc(xdr_int), of_nothing, 10000), RPC_SUCCESS);
+    EXPECT_EQ(last_error(), RPC_SUCCESS);
     expected.front().drop();
     creation_fails = true;
-    const auto nothing = as_xdrproc(xdr_void);
-    EXPECT_EQ(clnt_call(handle, NULLPROC, nothing, nullptr, nothing, nullptr, (timeval{1, 0})), RPC_PROGNOTREGISTERED);
-    rpc_err error = {};
-    clnt_geterr(handle, &error);
-    EXPECT_EQ(error.re_status, RPC_PROGNOTREGISTERED);
-    creation_fails = false;
+    EXPECT_EQ(call(1, 10000), RPC_PROGNOTREGISTERED);
+    EXPECT_EQ(last_error(), RPC_PROGNOTREGISTERED);
+}
+
+TEST_F(handle, tells_its_descriptor_program_and_version_and_nothing_else)
+{
+    sockaddr_in peer = {};
+    socklen_t size = sizeof peer;
+    ASSERT_GT(descriptor(), 2);
+    ASSERT_EQ(getpeername(descriptor(), reinterpret_cast<sockaddr*>(&peer), &size), 0);
+    EXPECT_EQ(ntohs(peer.sin_port), daemon.port());
+    uint32_t number = 0;
+    EXPECT_TRUE(clnt_control(of, CLGET_PROG, reinterpret_cast<char*>(&number)));
+    EXPECT_EQ(number, expected.front().program);
+    EXPECT_TRUE(clnt_control(of, CLGET_VERS, reinterpret_cast<char*>(&number)));
+    EXPECT_EQ(number, 1U);
+    EXPECT_FALSE(clnt_control(of, CLGET_XID, reinterpret_cast<char*>(&number)));
+    CreationFailure failure;
+    Client* lent = lend_client(*all_services[0]->client, Deadline::after(10000), {}, failure);
+    ASSERT_NE(lent, nullptr);
+    EXPECT_EQ(descriptor(), 0) << "of a client that somebody else has";
+    give_back_client(*all_services[0]->client, *lent, false);
+    EXPECT_GT(descriptor(), 2);
+}
+
+TEST_F(handle, frees_what_a_reply_left_and_drops_the_clients_when_it_is_destroyed)
+{
+    char* text = nullptr;
+    char given[] = "text";
+    char* request = given;
+    ASSERT_EQ(call(1, as_xdrproc(xdr_wrapstring), &request, as_xdrproc(xdr_wrapstring), &text, 10000), RPC_SUCCESS);
+    EXPECT_STREQ(text, "text");
+    EXPECT_TRUE(clnt_freeres(of, as_xdrproc(xdr_wrapstring), reinterpret_cast<char*>(&text)));
+    EXPECT_EQ(text, nullptr);
+    clnt_abort(of);
+    EXPECT_EQ(sockets_of_ours(), 1);
+    clnt_destroy(of);
+    EXPECT_EQ(sockets_of_ours(), 0);
+    EXPECT_EQ(descriptor(), 0);
 }
 
 TEST_F(clients, one_that_cannot_be_created_says_why_and_is_tried_again)

@@ -65,7 +65,7 @@ end
 -- place that escapes, and it leaves no control character.
 function problems.shown(value)
   if type(value) ~= "string" then
-    return type(value) == "table" and "a table" or tostring(value)
+    return type(value) == "table" and "a table" or (tostring(value):gsub("%.0$", "")) -- 5, of Lua 5.3's floats, too
   end
   local count = characters_of(value)
   return quoted(value) .. (count > most_shown and (" (%d characters)"):format(count) or "")

@@ -226,7 +226,8 @@ class handle : public clients
         clients::SetUp();
         if (IsSkipped())
             return;
-        daemon_port = daemon.port();
+        daemon = std::make_unique<RpcServer>(0, answer); // in the private network
+        daemon_port = daemon->port();
         of = expected.front().get();
         ASSERT_NE(of, nullptr);
         asked();
@@ -263,7 +264,7 @@ class handle : public clients
         return clnt_control(of, CLGET_FD, reinterpret_cast<char*>(&fd)) ? fd : -1;
     }
 
-    RpcServer daemon{0, answer};
+    std::unique_ptr<RpcServer> daemon;
     CLIENT* of = nullptr;
 };
 } // namespace
@@ -278,8 +279,8 @@ TEST_F(handle, makes_calls_through_the_client_that_is_kept)
         EXPECT_EQ(sockets_of_ours(), 1);
     }
     EXPECT_TRUE(asked().empty());
-    ASSERT_EQ(daemon.queries().size(), 3U);
-    for (const RpcCall& one : daemon.queries())
+    ASSERT_EQ(daemon->queries().size(), 3U);
+    for (const RpcCall& one : daemon->queries())
         EXPECT_EQ((std::pair{one.program, one.version}), (std::pair{expected.front().program, 1U}));
 }
 
@@ -306,7 +307,7 @@ TEST_F(handle, tells_its_descriptor_program_and_version_and_nothing_else)
     socklen_t size = sizeof peer;
     ASSERT_GT(descriptor(), 2);
     ASSERT_EQ(getpeername(descriptor(), reinterpret_cast<sockaddr*>(&peer), &size), 0);
-    EXPECT_EQ(ntohs(peer.sin_port), daemon.port());
+    EXPECT_EQ(ntohs(peer.sin_port), daemon->port());
     uint32_t number = 0;
     EXPECT_TRUE(clnt_control(of, CLGET_PROG, reinterpret_cast<char*>(&number)));
     EXPECT_EQ(number, expected.front().program);

@@ -15,7 +15,9 @@ local group = calls.group()
 local function next_end()
   while true do
     group:wait()
-    for _, text, failure in group:finished() do
+    local finished, state = group:finished()
+    local id, text, failure = finished(state)
+    if id then
       return text and "a reply" or failure.code
     end
   end

@@ -5,10 +5,10 @@ local shell = {}
 -- word) until it succeeds. It fails after half a minute, which only a broken program
 -- needs, and once the program in $child has ended, after one more look.
 local await = [[await() {
-  tries=0
+  tries=0 most=1500
   until eval "$1" >/dev/null 2>&1; do
-    tries=$((tries + 1)); [ $tries -lt 1500 ] || return 1; sleep 0.02
-    kill -0 ${child:-$$} 2>/dev/null || tries=1499
+    tries=$((tries + 1)); [ $tries -lt $most ] || return 1; sleep 0.02
+    kill -0 ${child:-$$} 2>/dev/null || tries=$most
   done
 }
 ]]

@@ -99,6 +99,8 @@ TEST_F(look_up, port_mapper_that_refuses_every_version_is_asked_twice)
 {
     map([](const RpcCall& query) { return RpcServer::accepted(query, {3, 4}, version_mismatch); });
     expect_no_port_mapper("RPC: Port mapper failure - RPC: Program/version mismatch");
+    EXPECT_EQ(rpc_createerr.cf_error.re_vers.low, 3U);
+    EXPECT_EQ(rpc_createerr.cf_error.re_vers.high, 4U);
     EXPECT_EQ(versions_asked(), (Versions{2, 4}));
 }
 
@@ -152,17 +154,17 @@ TEST_F(look_up, port_beyond_65535_is_no_answer)
 }
 
 // Without privileges both sockets get a port from the same range, and here it
-// has but one.
+// has but the first one that is not reserved.
 TEST_F(look_up, own_port_is_refused_and_nobody_calls_himself)
 {
     std::atomic<uint32_t> told = 0;
     map([&](const RpcCall& query) { return RpcServer::accepted(query, {told = ntohs(query.from.sin_port)}); });
-    ASSERT_EQ(system("echo 45000 45000 > /proc/sys/net/ipv4/ip_local_port_range"), 0);
+    ASSERT_EQ(system("echo 1024 1024 > /proc/sys/net/ipv4/ip_local_port_range"), 0);
     ASSERT_EQ(seteuid(65534), 0);
     expect_no_client("refused", "nothing listens on the port that the daemon had",
                      "RPC: Remote system error - Connection refused");
     ASSERT_EQ(seteuid(0), 0);
-    EXPECT_EQ(told, 45000U);
+    EXPECT_EQ(told, 1024U);
 }
 
 // With privileges the socket's own port is never the daemon's.

@@ -153,6 +153,19 @@ TEST_F(exchange, every_denial_has_its_client_status)
     EXPECT_EQ(call_answered_by(units({next_xid(), 1, 1})), RPC_CANTDECODERES);
 }
 
+// The buffer still holds what came before.
+TEST_F(exchange, what_a_reply_lacks_is_not_taken_from_the_datagram_before_it)
+{
+    for (const Bytes& before : {answer(0, 1), units({0, 1, 1, 0, 2, 2}), units({0, 1, 1, 1, 5})})
+        for (size_t size = 8; size < before.size(); size += 4)
+            for (const uint32_t kind : {0U, 1U}) { // accepted and denied
+                Bytes cut = units({next_xid(), 1, kind, 7, 0, 9});
+                daemon_sends(before);
+                cut.resize(std::min<size_t>(size, kind == 0 ? 24 : 12));
+                EXPECT_EQ(call_answered_by(cut), RPC_CANTDECODERES) << size << ' ' << kind;
+            }
+}
+
 TEST_F(exchange, verifiers_up_to_400_bytes_are_skipped)
 {
     const std::pair<uint32_t, size_t> sizes[] = {{0, 0}, {1, 4}, {4, 4}, {5, 8}, {400, 400}};

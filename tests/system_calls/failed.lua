@@ -144,8 +144,12 @@ local function tell(command)
   return answer
 end
 
+local function carried_out()
+  return tonumber(tell("count *"))
+end
+
+local before = carried_out()
 local function in_a_child(...)
-  local before = tonumber(tell("count *"))
   local child = process.fork()
   if child == 0 then
     local has_failed, descriptors, wrong = try(...)
@@ -155,13 +159,15 @@ local function in_a_child(...)
     process.exit(0)
   end
   local ended = process.wait(child)
+  local executions = carried_out() - before
+  before = before + executions
   if ended ~= 0 then
     return false, 0, "expected an end with status 0, found " .. ended
   end
   local file = assert(io.open(answer_file))
   local has_failed, descriptors, wrong = file:read("*a"):match("^(%a+) (%d+) (.*)$")
   file:close()
-  return has_failed == "true", tonumber(descriptors), wrong ~= "" and wrong or nil, tonumber(tell("count *")) - before
+  return has_failed == "true", tonumber(descriptors), wrong ~= "" and wrong or nil, executions
 end
 
 local healthy_failed, most_descriptors, healthy_wrong, most_executions = in_a_child()

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <chrono>
 #include <csignal>
+#include <map>
 #include <mutex>
 #include <sys/wait.h>
 
@@ -193,6 +194,20 @@ TEST_F(slow_look_up, query_is_sent_four_times)
     });
     expect_success();
     EXPECT_EQ(mapper->queries().size(), 4U);
+}
+
+TEST_F(slow_look_up, query_in_another_version_is_sent_four_times_too)
+{
+    map([this](const RpcCall& query) -> std::optional<RpcServer::Units> {
+        if (query.version == 2)
+            return RpcServer::accepted(query, {4, 4}, version_mismatch);
+        return {};
+    });
+    expect_no_port_mapper("RPC: Timed out");
+    std::map<uint32_t, int> asked;
+    for (const RpcCall& query : mapper->queries())
+        asked[query.version]++;
+    EXPECT_EQ(asked, (std::map<uint32_t, int>{{2, 1}, {4, 4}}));
 }
 
 TEST_F(slow_look_up, silent_port_mapper_is_given_up_after_five_seconds)

@@ -24,6 +24,8 @@ Units text_units(const std::string& text)
     return units;
 }
 
+using namespace std::string_literals;
+
 std::string universal(const std::string& host, unsigned port)
 {
     return host + "." + std::to_string(port / 256) + "." + std::to_string(port % 256);
@@ -107,8 +109,9 @@ TEST_F(look_up, port_mapper_that_refuses_every_version_is_asked_twice)
 TEST_F(look_up, of_an_address_the_port_alone_counts)
 {
     for (const uint32_t version : {3U, 4U})
-        for (const char* host :
-             {"0.0.0.0", "192.0.2.7", "255.255.255.255", "::1", "fe80::1%eth0", "a.host.of.another"}) {
+        for (const std::string& host :
+             {"0.0.0.0"s, "192.0.2.7"s, "255.255.255.255"s, "::1"s, "fe80::1%eth0"s, "a.host.of.another"s,
+              std::string(64 - universal("", daemon->port()).size(), 'x')}) {
             map_versions(version, version, universal(host, daemon->port()));
             forget_clients();
             expect_success(host);
@@ -117,15 +120,18 @@ TEST_F(look_up, of_an_address_the_port_alone_counts)
 
 TEST_F(look_up, address_that_is_none_is_no_answer)
 {
-    for (const char* address :
-         {"127.0.0.1", "1", ".", "..", ".1.1.", "127.0.0.1.1", "127.0.0.1.256.1", "127.0.0.1.1.256", "127.0.0.1.-1.1",
-          "127.0.0.1.1.1 ", "127.0.0.1.1.0x1", "127.0.0.1.1111.1", "any", "127.0.0.1:1024"}) {
+    for (const char* address : {"127.0.0.1", "1", ".", "..", ".1.1.", "127.0.0.1.1", "127.0.0.1.256.1",
+                                "127.0.0.1.1.256", "127.0.0.1.-1.1", "127.0.0.1.1.1 ", "127.0.0.1.1.0x1",
+                                "127.0.0.1.1111.1", "127.0.0.1.0001.1", "127.0.0.1.1.0001", "any", "127.0.0.1:1024"}) {
         if (std::string(address) == "127.0.0.1" || std::string(address) == "127.0.0.1.1")
             continue; // whose last two numbers are a port like any other
         map_versions(4, 4, address);
         forget_clients();
         expect_no_port_mapper("RPC: Port mapper failure - RPC: Can't decode result", address);
     }
+    map_versions(4, 4, universal(std::string(65 - universal("", daemon->port()).size(), 'x'), daemon->port()));
+    forget_clients();
+    expect_no_port_mapper("RPC: Port mapper failure - RPC: Can't decode result", "65 characters");
     map_versions(4, 4, std::string(1000, '1'));
     expect_no_port_mapper("RPC: Port mapper failure - RPC: Can't decode result", "1000 digits");
 }
@@ -153,18 +159,37 @@ TEST_F(look_up, port_beyond_65535_is_no_answer)
     EXPECT_TRUE(daemon->queries().empty());
 }
 
-// Without privileges both sockets get a port from the same range, and here it
-// has but the first one that is not reserved.
+TEST_F(look_up, last_port_is_a_port)
+{
+    map_to(65535);
+    expect_refused();
+    map_versions(4, 4, "127.0.0.1.255.255");
+    expect_refused();
+}
+
+// Without privileges, or when all reserved ports are taken, both sockets get a port from
+// the same range, and here it has but the first one that is not reserved.
 TEST_F(look_up, own_port_is_refused_and_nobody_calls_himself)
 {
     std::atomic<uint32_t> told = 0;
     map([&](const RpcCall& query) { return RpcServer::accepted(query, {told = ntohs(query.from.sin_port)}); });
     ASSERT_EQ(system("echo 1024 1024 > /proc/sys/net/ipv4/ip_local_port_range"), 0);
-    ASSERT_EQ(seteuid(65534), 0);
-    expect_no_client("refused", "nothing listens on the port that the daemon had",
-                     "RPC: Remote system error - Connection refused");
-    ASSERT_EQ(seteuid(0), 0);
-    EXPECT_EQ(told, 1024U);
+    std::vector<int> taken;
+    for (const bool is_privileged : {false, true}) {
+        for (uint16_t port = 600; is_privileged && port < 1024; port++) {
+            const sockaddr_in address = loopback_address(port);
+            taken.push_back(socket(AF_INET, SOCK_DGRAM, 0));
+            ASSERT_EQ(bind(taken.back(), reinterpret_cast<const sockaddr*>(&address), sizeof address), 0) << port;
+        }
+        ASSERT_EQ(seteuid(is_privileged ? 0 : 65534), 0);
+        told = 0;
+        expect_no_client("refused", "nothing listens on the port that the daemon had",
+                         "RPC: Remote system error - Connection refused");
+        ASSERT_EQ(seteuid(0), 0);
+        EXPECT_EQ(told, 1024U);
+    }
+    for (const int one : taken)
+        close(one);
 }
 
 // With privileges the socket's own port is never the daemon's.

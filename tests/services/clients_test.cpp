@@ -52,7 +52,10 @@ class clients : public testing::Test
         if (!is_private)
             GTEST_SKIP() << "a network of our own is for root";
         port_mapper = std::make_unique<FakePortMapper>([this](const PortMapperQuery& query) {
-            return FakePortMapper::accepted(query, {creation_fails ? 0U : daemon_port.load()});
+            auto answer = std::optional(FakePortMapper::accepted(query, {creation_fails ? 0U : daemon_port.load()}));
+            if (mapper_is_silent)
+                answer.reset();
+            return answer;
         });
     }
 
@@ -83,7 +86,7 @@ class clients : public testing::Test
         return count;
     }
 
-    std::atomic<bool> creation_fails = false;
+    std::atomic<bool> creation_fails = false, mapper_is_silent = false;
     std::atomic<uint32_t> daemon_port = 9;
     std::unique_ptr<FakePortMapper> port_mapper;
 };
@@ -169,6 +172,56 @@ TEST_F(clients, that_come_back_once_none_are_kept_are_closed)
     ASSERT_NE(lent, nullptr);
     give_back_client(service, *lent, false);
     EXPECT_EQ(sockets_of_ours(), 1);
+    destroy_all_clients();
+}
+
+// A socket that a page leaves becomes a client where there is none, and is closed elsewhere.
+TEST_F(clients, one_at_most_is_made_of_the_sockets_that_pages_leave)
+{
+    const ServiceClient& service = *all_services[0]->client;
+    const auto leave_socket = [&] {
+        UdpSocket socket;
+        ASSERT_TRUE(open_udp_socket(socket, 9, LocalPort::Any, 0, 0));
+        keep_as_client(service, socket);
+    };
+    keep_clients(false);
+    leave_socket();
+    EXPECT_EQ(sockets_of_ours(), 0);
+    keep_clients(true);
+    leave_socket();
+    leave_socket();
+    EXPECT_EQ(sockets_of_ours(), 1);
+    CreationFailure failure;
+    std::vector<Client*> lent;
+    for (unsigned i = 0; i < most_clients; i++)
+        lent.push_back(lend_client(service, Deadline::after(10000), {}, failure));
+    EXPECT_EQ(asked().size(), most_clients - 1) << "one was there";
+    leave_socket();
+    EXPECT_EQ(sockets_of_ours(), static_cast<int>(most_clients));
+    for (Client* client : lent)
+        give_back_client(service, *client, true);
+    EXPECT_EQ(sockets_of_ours(), 0);
+}
+
+// Whose number nobody can have taken meanwhile. Calls of one length are told apart by their
+// deadlines; of others nothing is known.
+TEST_F(clients, lent_again_within_50_microseconds_are_known_to_be)
+{
+    const ServiceClient& service = *all_services[0]->client;
+    const int64_t first = Deadline::after(10000).at;
+    const auto was_just_used = [&](int64_t later) {
+        CreationFailure failure;
+        Client* client = lend_client(service, {first + later}, {}, failure);
+        const bool known = client->socket.was_just_used;
+        give_back_client(service, *client, false);
+        return known;
+    };
+    was_just_used(0);
+    EXPECT_TRUE(was_just_used(0));
+    EXPECT_TRUE(was_just_used(49));
+    EXPECT_FALSE(was_just_used(99));
+    EXPECT_FALSE(was_just_used(98));
+    EXPECT_TRUE(was_just_used(98));
     destroy_all_clients();
 }
 
@@ -344,6 +397,25 @@ TEST_F(handle, asks_whether_its_caller_gives_up_in_that_thread_and_until_then_on
     EXPECT_EQ(asked_of, 1) << "a later call";
     for (Client* client : lent)
         give_back_client(service, *client, true);
+}
+
+TEST_F(handle, waits_for_the_port_mapper_as_long_as_its_call_may_take_and_its_caller_wants)
+{
+    destroy_all_clients();
+    mapper_is_silent = true;
+    const Deadline soon = Deadline::after(4000); // the port mapper alone may take five seconds
+    EXPECT_EQ(call(1, 200), RPC_TIMEDOUT);
+    const Caller caller = {[](void*) { return true; }, nullptr};
+    set_handle_caller(&caller);
+    EXPECT_EQ(call(1, 10000), RPC_SYSTEMERROR);
+    rpc_err error = {};
+    clnt_geterr(of, &error);
+    EXPECT_EQ(error.re_errno, EINTR);
+    set_handle_caller(nullptr);
+    EXPECT_GT(soon.left(), 0);
+    EXPECT_EQ(sockets_of_ours(), 0);
+    mapper_is_silent = false;
+    EXPECT_EQ(call(1, 10000), RPC_SUCCESS);
 }
 
 TEST_F(handle, frees_what_a_reply_left_and_drops_the_clients_when_it_is_destroyed)

@@ -3,8 +3,21 @@
 #include <fcntl.h>
 #include <map>
 #include <set>
+#include <utility>
 
 #include "tests/unit/exchange.h"
+
+// sendmsg as the whole program calls it (linked with --wrap=sendmsg).
+static int next_refusal; // the errno of the next one, 0: it sends
+extern "C" ssize_t __real_sendmsg(int fd, const msghdr* message, int flags);
+extern "C" ssize_t __wrap_sendmsg(int fd, const msghdr* message, int flags);
+extern "C" ssize_t __wrap_sendmsg(int fd, const msghdr* message, int flags)
+{
+    if (next_refusal == 0)
+        return __real_sendmsg(fd, message, flags);
+    errno = std::exchange(next_refusal, 0);
+    return -1;
+}
 
 namespace
 {
@@ -135,6 +148,29 @@ TEST_F(exchange, file_that_took_the_sockets_number_is_neither_written_nor_closed
     if (file != number)
         close(file);
     close(number);
+}
+
+// The guard of a send makes what is no UDP socket refuse it. Systems that do not know the
+// guard refuse it on a UDP socket, too: the call goes without it then.
+TEST_F(exchange, refused_guard_fails_no_call_over_a_socket_of_ours)
+{
+    for (const int number :
+         {EBADF, ENOTSOCK, EISCONN, EOPNOTSUPP, EINVAL, EAFNOSUPPORT, EPIPE, ENOTCONN, EDESTADDRREQ, EPROTOTYPE}) {
+        next_refusal = number;
+        EXPECT_EQ(call_answered_by(answer(next_xid(), 6)), RPC_SUCCESS) << strerror(number);
+        EXPECT_EQ(next_refusal, 0) << strerror(number);
+        EXPECT_EQ(daemon.received().size(), 1U) << strerror(number);
+    }
+}
+
+TEST_F(exchange, any_other_failure_to_send_is_told_and_nothing_is_sent)
+{
+    for (const int number : {EACCES, EAGAIN, ECONNREFUSED, EMSGSIZE, ENETUNREACH, ENOBUFS, ENOMEM, EPERM}) {
+        next_refusal = number;
+        EXPECT_EQ(call(), RPC_CANTSEND) << strerror(number);
+        EXPECT_EQ(error().re_errno, number);
+        EXPECT_TRUE(daemon.received().empty()) << strerror(number);
+    }
 }
 
 // Of those that bindresvport would take.

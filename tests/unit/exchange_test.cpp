@@ -4,6 +4,7 @@
 #include <atomic>
 #include <cerrno>
 #include <csignal>
+#include <cstring>
 #include <sys/time.h>
 #include <thread>
 
@@ -251,6 +252,30 @@ TEST_F(exchange, thousands_of_strange_datagrams_in_time_are_passed_over)
     is_over = true;
     chatter.join();
     EXPECT_EQ(reply, 6);
+}
+
+// The process may have been stopped, but a daemon that keeps sending holds nobody up.
+TEST_F(exchange, a_thousand_datagrams_are_looked_through_when_the_time_is_over_and_no_more)
+{
+    for (const int strange : {1000, 1001}) {
+        const int room = 1 << 22;
+        if (setsockopt(client.socket.fd, SOL_SOCKET, SO_RCVBUFFORCE, &room, sizeof room) != 0)
+            GTEST_SKIP() << "room for so many is for root";
+        for (int i = 0; i < strange; i++)
+            daemon_sends(answer(next_xid() - 1, 99));
+        daemon_sends(answer(next_xid(), 6));
+        EXPECT_EQ(call(5, timeval{0, 0}), strange == 1000 ? RPC_SUCCESS : RPC_TIMEDOUT);
+    }
+}
+
+TEST_F(exchange, errno_of_before_is_no_failure_of_an_empty_datagram)
+{
+    for (const int number : {ETIME, EBADF, ECONNREFUSED, EAGAIN, EINTR}) {
+        daemon_sends({});
+        daemon_sends(answer(next_xid(), 6));
+        errno = number;
+        EXPECT_EQ(call(), RPC_SUCCESS) << strerror(number);
+    }
 }
 
 TEST_F(exchange, versions_that_the_daemon_has_are_told)

@@ -5,7 +5,7 @@
 --     lua5.1 expected.lua changes    a list of { table, key, changes, back, status, changed | code }: each change
 --                                    is made, and taken back
 --     lua5.1 expected.lua secrets    the fields that are secret, as TABLE.FIELD
---     lua5.1 expected.lua gateway    the gateway's own addresses and codes
+--     lua5.1 expected.lua gateway    the gateway's addresses, its own codes, the statuses of all
 --     lua5.1 expected.lua get TABLE KEY FIELD    one field of one row; KEY as JSON
 local cjson = require "cjson"
 local names = require "librpc.names"
@@ -126,14 +126,18 @@ end
 
 -- Of the gateway itself, for what documents say of it.
 local function gateway()
-  local addresses, codes = {}, {}
+  local addresses, codes, statuses = {}, {}, {}
+  local refusals = require "librpc.web.refusals"
   for path, methods in pairs(require("librpc.web.handler").addresses) do
     addresses[#addresses + 1] = (methods.GET and "GET " or "POST ") .. path
   end
-  for code, own in pairs(require("librpc.web.refusals").own) do
-    codes[code] = own
+  for _, meanings in ipairs { refusals.own, record.codes, require("librpc.status").codes } do
+    for code, own in pairs(meanings) do
+      codes[code] = refusals.own[code]
+      statuses[code] = select(2, refusals.make(code, own)).status
+    end
   end
-  return { addresses = addresses, codes = codes }
+  return { addresses = addresses, codes = codes, statuses = statuses }
 end
 
 local function get(table_name, key, field)

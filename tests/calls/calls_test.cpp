@@ -172,17 +172,24 @@ class group : public testing::Test
     // The same of those that need no waiting.
     static size_t requests_there(const Daemon& daemon) { return daemon.requests().size(); }
 
-    // The descriptor of this process that is connected to the daemon, or -1.
-    static int socket_to(const Daemon& daemon)
+    // The descriptors of this process that are connected to a port.
+    static std::vector<int> sockets_to(uint16_t port)
     {
+        std::vector<int> found;
         for (int fd = 3; fd < 100; fd++) {
             sockaddr_in peer = {};
             socklen_t size = sizeof peer;
             if (getpeername(fd, reinterpret_cast<sockaddr*>(&peer), &size) == 0 && peer.sin_family == AF_INET &&
-                peer.sin_port == htons(daemon.port))
-                return fd;
+                peer.sin_port == htons(port))
+                found.push_back(fd);
         }
-        return -1;
+        return found;
+    }
+    // The first that is connected to the daemon, or -1.
+    static int socket_to(const Daemon& daemon)
+    {
+        const std::vector<int> found = sockets_to(daemon.port);
+        return found.empty() ? -1 : found.front();
     }
 
     // A first call, after which the port is known.
@@ -580,6 +587,23 @@ TEST_F(patient_mapper, ports_of_several_services_are_asked_for_at_once)
     call(largest, "1");
     EXPECT_EQ(requests(a, 1).size() + requests(b, 1).size() + requests(c, 1).size(), 3U);
     EXPECT_EQ(mapper->queries().size(), 3U);
+}
+
+TEST_F(patient_mapper, a_query_under_way_is_the_parents_when_it_forks)
+{
+    Daemon &a = daemon_of("nsminfo"), &b = daemon_of("devinfo"), &c = daemon_of("erpsinfo");
+    call(small, "1");
+    EXPECT_EQ(sockets_to(111).size(), 1U);
+    const pid_t child = fork();
+    if (child == 0)
+        _exit(sockets_to(111).empty() ? 0 : 1);
+    int status = -1;
+    EXPECT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0);
+    EXPECT_EQ(sockets_to(111).size(), 1U);
+    call(other, "x");
+    call(largest, "1");
+    EXPECT_EQ(requests(a, 1).size() + requests(b, 1).size() + requests(c, 1).size(), 3U);
 }
 
 // The new daemon has another port, and the old one's is silent, not closed.

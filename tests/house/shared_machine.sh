@@ -131,6 +131,15 @@ case_folder_of_dev_serves_a_plain_build() {
   expect_text "cmake --build build" "golden_test"
 }
 
+# Of what tests need, ./dev demo installs GoogleTest alone.
+case_what_the_demo_builds_wants_no_python() {
+  without python3
+  run cmake --preset release
+  expect_success "cmake --preset release"
+  run ctest --test-dir build -N -L web
+  expect_text "ctest -N" "web.python3"
+}
+
 case_package_that_would_remove_others_is_left_out() {
   without luajit lua5.2
   missing='luajit lua5.2'

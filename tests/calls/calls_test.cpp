@@ -1,6 +1,7 @@
 // calls at once, with a port mapper and daemons of the test's own: what is under
 // way, in which order replies may come, who waits for whom.
 #include <algorithm>
+#include <atomic>
 #include <fcntl.h>
 #include <functional>
 #include <gtest/gtest.h>
@@ -198,7 +199,7 @@ class group : public testing::Test
         const unsigned id = call(name, "1");
         daemon.reply(requests(daemon, 1).at(0));
         calls.wait(Deadline::after(10000), {});
-        EXPECT_EQ(ends()[id].code, CallCode::Success);
+        EXPECT_EQ(ends().at(id).code, CallCode::Success);
     }
 
     std::map<uint32_t, std::unique_ptr<Daemon>> daemons;
@@ -241,7 +242,7 @@ TEST_F(group, late_doubled_and_strange_replies_are_passed_over)
     const auto first = requests(daemon, 1).at(0);
     while (calls.is_open())
         calls.wait(Deadline::after(10000), {});
-    EXPECT_EQ(ends()[late].code, CallCode::TimedOut);
+    EXPECT_EQ(ends().at(late).code, CallCode::TimedOut);
 
     const unsigned a = call(small, "2"), b = call(small, "3");
     const auto came = requests(daemon, 2);
@@ -256,12 +257,12 @@ TEST_F(group, late_doubled_and_strange_replies_are_passed_over)
     calls.wait(Deadline::after(10000), {});
     auto found = ends();
     ASSERT_EQ(found.size(), 1U);
-    EXPECT_EQ(found[b].text.substr(0, 2), "3&");
+    EXPECT_EQ(found.at(b).text.substr(0, 2), "3&");
     daemon.reply(came[0]);
     calls.wait(Deadline::after(10000), {});
     found = ends();
     ASSERT_EQ(found.size(), 1U);
-    EXPECT_EQ(found[a].text.substr(0, 2), "2&");
+    EXPECT_EQ(found.at(a).text.substr(0, 2), "2&");
     EXPECT_FALSE(calls.is_open());
 }
 
@@ -305,7 +306,7 @@ TEST_F(group, a_reply_that_is_longer_than_its_request_is_read)
     reply.resize(reply.size() + units);
     daemon.send(request, reply);
     calls.wait(Deadline::after(10000), {});
-    EXPECT_EQ(ends()[id].code, CallCode::Success);
+    EXPECT_EQ(ends().at(id).code, CallCode::Success);
 }
 
 // What the process does at a fork is done once, however many groups there were; a
@@ -346,8 +347,8 @@ TEST_F(group, a_replies_xid_counts_for_its_own_service_only)
         calls.wait(Deadline::after(10000), {});
         all.merge(ends());
     }
-    EXPECT_EQ(all[a].text.substr(0, 2), "7&");
-    EXPECT_EQ(all[b].text.substr(0, 5), "name&");
+    EXPECT_EQ(all.at(a).text.substr(0, 2), "7&");
+    EXPECT_EQ(all.at(b).text.substr(0, 5), "name&");
 }
 
 // More than it receives in one go.
@@ -387,9 +388,9 @@ TEST_F(group, nothing_is_sent_to_what_took_the_sockets_number_between_two_calls)
         calls.wait(Deadline::after(10000), {});
         all.merge(ends());
     }
-    EXPECT_EQ(all[first].code, CallCode::Failed);
-    EXPECT_EQ(all[second].code, CallCode::Failed);
-    EXPECT_EQ(all[third].text.substr(0, 2), "3&");
+    EXPECT_EQ(all.at(first).code, CallCode::Failed);
+    EXPECT_EQ(all.at(second).code, CallCode::Failed);
+    EXPECT_EQ(all.at(third).text.substr(0, 2), "3&");
     EXPECT_GE(fcntl(number, F_GETFD), 0) << "the host's socket was closed";
     close(number), close(pair[0]), close(pair[1]);
 }
@@ -481,7 +482,7 @@ TEST_F(group, a_wait_whose_time_is_over_still_finds_that_deadlines_are)
     usleep(20000); // as if the process had been stopped
     calls.wait(Deadline{milliseconds_now() - 10}, {});
     EXPECT_FALSE(calls.is_open());
-    EXPECT_EQ(ends()[id].code, CallCode::TimedOut);
+    EXPECT_EQ(ends().at(id).code, CallCode::TimedOut);
 }
 
 TEST_F(group, a_reply_that_came_in_time_is_taken_however_late_somebody_looks)
@@ -492,7 +493,7 @@ TEST_F(group, a_reply_that_came_in_time_is_taken_however_late_somebody_looks)
     daemon.reply(requests(daemon, 1).at(0));
     usleep(600000);
     calls.wait(Deadline{milliseconds_now() - 10}, {});
-    EXPECT_EQ(ends()[id].text.substr(0, 2), "5&");
+    EXPECT_EQ(ends().at(id).text.substr(0, 2), "5&");
 }
 
 // However much one daemon has to say, another's reply is taken in the same turn.
@@ -606,6 +607,41 @@ TEST_F(patient_mapper, a_query_under_way_is_the_parents_when_it_forks)
     EXPECT_EQ(requests(a, 1).size() + requests(b, 1).size() + requests(c, 1).size(), 3U);
 }
 
+namespace
+{
+class mute_mapper : public group
+{
+  protected:
+    std::optional<Units> mapper_answer(const PortMapperQuery& query) override
+    {
+        if (is_mute)
+            return {};
+        return group::mapper_answer(query);
+    }
+    std::atomic<bool> is_mute = false;
+};
+} // namespace
+
+// A call failed, so that the port is asked for again; others are still under way.
+TEST_F(mute_mapper, replies_are_taken_while_the_port_is_asked_for)
+{
+    Daemon& daemon = daemon_of("nsminfo");
+    warm_up(small, daemon);
+    const unsigned lost = call(small, "1", 30), open = call(small, "2");
+    const std::vector<Daemon::Request> sent = requests(daemon, 2);
+    calls.wait(Deadline::after(10000), {});
+    ASSERT_EQ(ends().at(lost).code, CallCode::TimedOut);
+    is_mute = true;
+    call(small, "3");
+    calls.wait(Deadline::after(20), {});
+    EXPECT_TRUE(daemon.requests().empty()) << "it waits for the port";
+    daemon.reply(sent.at(1));
+    calls.wait(Deadline::after(10000), {});
+    const auto ended = ends();
+    EXPECT_EQ(ended.size(), 1U) << "the port is still asked for";
+    EXPECT_EQ(ended.at(open).code, CallCode::Success);
+}
+
 // The new daemon has another port, and the old one's is silent, not closed.
 TEST_F(group, after_a_failure_the_next_call_goes_where_the_daemon_is_then)
 {
@@ -615,21 +651,21 @@ TEST_F(group, after_a_failure_the_next_call_goes_where_the_daemon_is_then)
     requests(old, 2);
     usleep(40000);
     calls.wait(Deadline::after(10000), {});
-    EXPECT_EQ(ends()[lost].code, CallCode::TimedOut);
+    EXPECT_EQ(ends().at(lost).code, CallCode::TimedOut);
 
     // still there: the open call goes on
     unsigned next = call(small, "3");
     const auto came = requests(old, 1);
     old.reply(came.at(0));
     calls.wait(Deadline::after(10000), {});
-    EXPECT_EQ(ends()[next].text.substr(0, 2), "3&");
+    EXPECT_EQ(ends().at(next).text.substr(0, 2), "3&");
     EXPECT_TRUE(calls.is_open());
 
     const unsigned again = call(small, "4", 30);
     requests(old, 1);
     usleep(40000);
     calls.wait(Deadline::after(10000), {});
-    EXPECT_EQ(ends()[again].code, CallCode::TimedOut);
+    EXPECT_EQ(ends().at(again).code, CallCode::TimedOut);
     const std::unique_ptr<Daemon> kept = std::move(daemons.begin()->second); // its port stays taken
     daemons.clear();
     Daemon& fresh = daemon_of("nsminfo");
@@ -640,8 +676,8 @@ TEST_F(group, after_a_failure_the_next_call_goes_where_the_daemon_is_then)
         calls.wait(Deadline::after(10000), {});
         all.merge(ends());
     }
-    EXPECT_EQ(all[next].text.substr(0, 2), "5&");
-    EXPECT_EQ(all[open].code, CallCode::Refused);
+    EXPECT_EQ(all.at(next).text.substr(0, 2), "5&");
+    EXPECT_EQ(all.at(open).code, CallCode::Refused);
 }
 
 // A page's sockets are the next calls' clients, under numbers that nobody can guess.

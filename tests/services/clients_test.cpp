@@ -158,6 +158,23 @@ TEST_F(clients, of_a_service_whose_call_failed_are_closed_when_they_come_back)
     EXPECT_EQ(sockets_of_ours(), 0);
 }
 
+TEST_F(clients, that_are_lent_while_theirs_are_dropped_are_closed_when_they_come_back)
+{
+    const ServiceClient& service = *all_services[0]->client;
+    CreationFailure failure;
+    for (const bool all_services_too : {false, true}) {
+        Client* lent = lend_client(service, Deadline::after(10000), {}, failure);
+        ASSERT_NE(lent, nullptr);
+        if (all_services_too)
+            destroy_all_clients();
+        else
+            destroy_client(service);
+        EXPECT_EQ(sockets_of_ours(), 1) << "it is somebody's";
+        give_back_client(service, *lent, false);
+        EXPECT_EQ(sockets_of_ours(), 0);
+    }
+}
+
 TEST_F(clients, that_come_back_once_none_are_kept_are_closed)
 {
     const ServiceClient& service = *all_services[0]->client;

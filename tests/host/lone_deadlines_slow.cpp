@@ -198,7 +198,7 @@ TEST_F(slow_look_up, query_is_sent_four_times)
 
 TEST_F(slow_look_up, query_in_another_version_is_sent_four_times_too)
 {
-    map([this](const RpcCall& query) -> std::optional<RpcServer::Units> {
+    map([](const RpcCall& query) -> std::optional<RpcServer::Units> {
         if (query.version == 2)
             return RpcServer::accepted(query, {4, 4}, version_mismatch);
         return {};

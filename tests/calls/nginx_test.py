@@ -17,6 +17,7 @@ VLAN = "oltmib_vlaninfo_get_1"
 VLAN_10 = "10&1&voice&1&ge1,ge2&ge3,ge4&&0&0\n"
 SLOW = 5  # seconds that the slow daemon takes
 MANY = 50  # requests at once
+AT_ONCE = 10  # of them are sent before the daemon has read them: its socket has room for some 30
 failures = []
 
 
@@ -98,9 +99,13 @@ def beside_slow_ones():
     tell(f"fault nsminfo delay {SLOW * 1000}")
     before = int(tell("count nsminfo"))
     with concurrent.futures.ThreadPoolExecutor(MANY) as pool:
-        slow = [pool.submit(call, VLAN, "10") for _ in range(MANY)]
-        while int(tell("count nsminfo")) < before + MANY:
-            time.sleep(0.02)
+        slow = []
+        while len(slow) < MANY:
+            slow += [pool.submit(call, VLAN, "10") for _ in range(AT_ONCE)]
+            while int(tell("count nsminfo")) < before + len(slow):
+                if ended := [one.result()[:2] for one in slow if one.done()]:
+                    sys.exit(f"nginx_test: {VLAN}: expected calls that wait {SLOW} s, found {ended[0]}")
+                time.sleep(0.02)
         pages = [get("/page")[::2] for _ in range(100)]
         others = [call("oltmib_vrrp_ssstate_get_1", "1")[::2] for _ in range(100)]
         equal("slow calls that had ended while the pages were read", sum(one.done() for one in slow), 0)

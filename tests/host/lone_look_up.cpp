@@ -1,6 +1,7 @@
 // A service's first call: what the port mapper may say, and what comes of it.
 #include <fcntl.h>
 #include <map>
+#include <poll.h>
 #include <set>
 #include <sys/resource.h>
 
@@ -45,6 +46,22 @@ class look_up : public Lone
         });
     }
 
+    // What a query says in the end, and the port where it says one.
+    static std::pair<PortQuery::State, uint16_t> ask()
+    {
+        PortQuery query(program, server_version, Life::Long);
+        PortQuery::State state = query.start(1);
+        while (state == PortQuery::State::Asking) {
+            pollfd readable = {query.fd(), POLLIN, 0};
+            poll(&readable, 1, query.next().left_for_poll());
+            errno = EIO; // of somebody else's failure
+            state = query.receive();
+            if (state == PortQuery::State::Asking)
+                state = query.check_time();
+        }
+        return {state, query.port()};
+    }
+
     std::vector<uint32_t> versions_asked()
     {
         std::vector<uint32_t> versions;
@@ -62,6 +79,12 @@ TEST_F(look_up, port_mapper_of_version_2_is_asked_once)
     map_versions(2, 2, "");
     expect_success();
     expect_success();
+    const std::vector<RpcCall> queries = mapper->queries();
+    ASSERT_EQ(queries.size(), 1U);
+    // PMAPPROC_GETPORT of program, version, UDP and no port (RFC 1833)
+    EXPECT_EQ(queries[0].program, 100000U);
+    EXPECT_EQ(queries[0].procedure, 3U);
+    EXPECT_EQ(queries[0].arguments, (Units{program, 1, 17, 0}));
     EXPECT_EQ(versions_asked(), Versions{2});
 }
 
@@ -116,6 +139,30 @@ TEST_F(look_up, of_an_address_the_port_alone_counts)
             forget_clients();
             expect_success(host);
         }
+}
+
+TEST_F(look_up, the_last_two_numbers_of_an_address_are_its_port)
+{
+    const std::pair<const char*, uint16_t> ports[] = {
+        {"1.2.3.4.0.1", 1},       {"1.2.3.4.1.0", 256},    {"1.2.3.4.10.9", 2569},   {"1.2.3.4.90.100", 23140},
+        {"1.2.3.4.209.8", 53512}, {"1.2.3.4.0.255", 255},  {"1.2.3.4.255.0", 65280}, {"1.2.3.4.007.080", 1872},
+        {"0.0.0.0.99.99", 25443}, {"1.2.3.4.19.92", 4956},
+    };
+    for (const auto& [address, port] : ports) {
+        map_versions(4, 4, address);
+        EXPECT_EQ(ask(), std::make_pair(PortQuery::State::Found, port)) << address;
+    }
+}
+
+TEST_F(look_up, an_empty_datagram_is_no_answer_and_no_failure)
+{
+    map([this, port = daemon->port()](const RpcCall& query) {
+        for (int i = 0; i < 3; i++)
+            serving.load()->send(query.from, {});
+        return RpcServer::accepted(query, {port});
+    });
+    for (int i = 0; i < 5; i++)
+        EXPECT_EQ(ask(), std::make_pair(PortQuery::State::Found, daemon->port()));
 }
 
 TEST_F(look_up, address_that_is_none_is_no_answer)

@@ -440,6 +440,27 @@ TEST_F(group, a_window_is_filled_to_its_last_byte_and_no_further)
     EXPECT_TRUE(daemon.requests().empty());
 }
 
+TEST_F(group, a_window_is_whole_again_after_its_socket_failed)
+{
+    const Service& service = *all_services[0];
+    constexpr size_t most = 96;
+    Daemon& old = daemon_of(service.name);
+    CallStatus status;
+    for (size_t i = 0; i < 3 * most; i++)
+        EXPECT_NE(calls.call_null(service, Deadline::after(20000), status), 0U);
+    old.reply(requests(old, most).at(0)); // so that one more is sent, to nobody
+    daemons.clear();
+    Daemon& fresh = daemon_of(service.name);
+    size_t ended = 0, came = 0;
+    for (const Deadline end = Deadline::after(10000); came < most && end.left() > 0; ended += ends().size()) {
+        calls.wait(Deadline::after(5), {});
+        came += requests_there(fresh);
+    }
+    EXPECT_EQ(ended, most + 1);
+    calls.wait(Deadline::after(5), {});
+    EXPECT_EQ(came + requests_there(fresh), most);
+}
+
 TEST_F(group, a_call_waits_its_turn_and_goes_once_a_replies_make_room)
 {
     Daemon& daemon = daemon_of("erpsinfo");
@@ -560,6 +581,27 @@ TEST_F(group, an_endless_row_of_calls_leaves_another_service_its_turn)
     EXPECT_TRUE(found);
 }
 
+TEST_F(group, a_daemon_that_sends_without_end_leaves_others_their_turn)
+{
+    Daemon& busy = daemon_of("nsminfo");
+    warm_up(small, busy);
+    const unsigned open = call(small, "1");
+    const auto asked = requests(busy, 1);
+    const int room = 1 << 22, socket = socket_to(busy);
+    if (setsockopt(socket, SOL_SOCKET, SO_RCVBUFFORCE, &room, sizeof room) != 0)
+        GTEST_SKIP() << "room for so many is for root";
+    for (int i = 0; i < 1000; i++)
+        busy.reply(asked.at(0), asked.at(0).xid() + 1);
+    busy.reply(asked.at(0));
+    calls.process();
+    uint32_t next;
+    EXPECT_EQ(recv(socket, &next, sizeof next, MSG_DONTWAIT | MSG_PEEK | MSG_TRUNC) > 0, true)
+        << "all were taken in one go";
+    for (int i = 0; i < 100 && calls.is_open(); i++)
+        calls.process();
+    EXPECT_EQ(ends().at(open).code, CallCode::Success);
+}
+
 namespace
 {
 // Answers nobody before it has been asked for three services.
@@ -678,6 +720,33 @@ TEST_F(group, after_a_failure_the_next_call_goes_where_the_daemon_is_then)
     }
     EXPECT_EQ(all.at(next).text.substr(0, 2), "5&");
     EXPECT_EQ(all.at(open).code, CallCode::Refused);
+}
+
+TEST_F(group, a_page_leaves_no_socket_to_where_the_daemon_was)
+{
+    Daemon& old = daemon_of("nsminfo");
+    ApiCalls page(CallsOf::Page);
+    CallStatus status;
+    EXPECT_NE(page.call(small, "1", Deadline::after(30), status), 0U);
+    EXPECT_NE(page.call(small, "2", Deadline::after(20000), status), 0U);
+    while (!page.first_finished()) // the first, by its time
+        page.wait(Deadline::after(10000), {});
+    EXPECT_EQ(requests_there(old), 2U);
+    const std::unique_ptr<Daemon> kept = std::move(daemons.begin()->second);
+    daemons.clear();
+    Daemon& fresh = daemon_of("nsminfo");
+    EXPECT_NE(page.call(small, "3", Deadline::after(20000), status), 0U);
+    for (const Deadline end = Deadline::after(10000); page.is_open() && end.left() > 0;) {
+        page.wait(Deadline::after(5), {});
+        for (const auto& request : fresh.requests())
+            fresh.reply(request);
+        while (page.first_finished())
+            page.drop_finished();
+    }
+    page.close();
+    EXPECT_EQ(sockets_to(kept->port).size(), 0U);
+    EXPECT_EQ(sockets_to(fresh.port).size(), 1U);
+    destroy_all_clients();
 }
 
 // A page's sockets are the next calls' clients, under numbers that nobody can guess.

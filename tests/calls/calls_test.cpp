@@ -461,6 +461,20 @@ TEST_F(group, a_window_is_whole_again_after_its_socket_failed)
     EXPECT_EQ(came + requests_there(fresh), most);
 }
 
+TEST_F(group, calls_are_gathered_until_they_are_sent_and_not_after)
+{
+    Daemon& daemon = daemon_of("nsminfo");
+    warm_up(small, daemon);
+    calls.gather();
+    call(small, "1");
+    call(small, "2");
+    EXPECT_EQ(requests_there(daemon), 0U);
+    calls.send_gathered();
+    EXPECT_EQ(requests_there(daemon), 2U);
+    call(small, "3");
+    EXPECT_EQ(requests_there(daemon), 1U);
+}
+
 TEST_F(group, a_call_waits_its_turn_and_goes_once_a_replies_make_room)
 {
     Daemon& daemon = daemon_of("erpsinfo");

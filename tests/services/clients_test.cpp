@@ -206,6 +206,10 @@ TEST_F(clients, one_at_most_is_made_of_the_sockets_that_pages_leave)
     EXPECT_EQ(sockets_of_ours(), 0);
     keep_clients(true);
     leave_socket();
+    EXPECT_EQ(sockets_of_ours(), 1);
+    destroy_all_clients();
+    EXPECT_EQ(sockets_of_ours(), 0) << "it is known to be there";
+    leave_socket();
     leave_socket();
     EXPECT_EQ(sockets_of_ours(), 1);
     CreationFailure failure;

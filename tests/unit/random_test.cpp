@@ -9,6 +9,7 @@
 
 #include "rpc/clock.h"
 #include "rpc/udp_socket.h"
+#include "tests/unit/standing_clock.h"
 
 // getrandom as the whole program calls it (linked with --wrap=getrandom).
 static ssize_t most_random = -1; // bytes that the kernel has, -1: as many as it likes
@@ -22,18 +23,6 @@ extern "C" ssize_t __wrap_getrandom(void* bytes, size_t size, unsigned flags)
         return __real_getrandom(bytes, size, flags);
     errno = EAGAIN;
     return most_random == 0 ? -1 : __real_getrandom(bytes, static_cast<size_t>(most_random), flags);
-}
-
-// The same of the clock.
-static int64_t standing_still = -1; // microseconds, -1: it goes on
-extern "C" int __real_clock_gettime(clockid_t clock, timespec* now);
-extern "C" int __wrap_clock_gettime(clockid_t clock, timespec* now);
-extern "C" int __wrap_clock_gettime(clockid_t clock, timespec* now)
-{
-    if (standing_still < 0)
-        return __real_clock_gettime(clock, now);
-    *now = {static_cast<time_t>(standing_still / 1000000), static_cast<long>(standing_still % 1000000 * 1000)};
-    return 0;
 }
 
 namespace

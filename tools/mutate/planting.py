@@ -30,7 +30,7 @@ LIBRARY = (
     Stage(r"^(unit|services|golden|calls)_test$", ("unit_test", "services_test", "golden_test", "calls_test")),
     Stage(r"^(host|(calls|e2e)\.lua5\.1)|^lua\.lua5\.1\.(at_once|calls|global|interrupt|schema|status)",
           ("rpc", "host_test", "e2e_process", "calls_host")),
-    Stage(r"^(exports_test|differential_test)$|^golden[.](other_seeds|cases)|^(system_calls|memory|fuzz|e2e|calls|lua)",
+    Stage(r"^(exports_test|differential_test)$|^golden[.](other_seeds|cases)|^(system_calls|memory|fuzz|e2e|calls|lua|compile_fail)",
           every_target=True),
     # reads that go wrong and change nothing that anybody sees
     Stage(r"^(unit|services|calls)_test$", ("unit_test", "services_test", "calls_test"), is_sanitized=True),

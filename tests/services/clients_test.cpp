@@ -6,6 +6,7 @@
 #include <memory>
 #include <sys/wait.h>
 #include <thread>
+#include <utility>
 
 #include "tests/golden/golden_list.h"
 #include "tests/services/support.h"
@@ -396,6 +397,43 @@ TEST_F(handle, tells_its_descriptor_program_and_version_and_nothing_else)
     EXPECT_EQ(descriptor(), -1) << "of a client that somebody else has";
     give_back_client(*all_services[0]->client, *lent, false);
     EXPECT_GT(descriptor(), 2);
+}
+
+// Only where nothing has left may another socket send.
+TEST_F(handle, sends_once_when_its_socket_heard_of_a_failure_before)
+{
+    EXPECT_EQ(call(1, 10000), RPC_SUCCESS);
+    const int kept = descriptor();
+    daemon.reset();
+    EXPECT_EQ(send(kept, "x", 1, 0), 1); // to a port that is closed, of which the next send is told
+    daemon = std::make_unique<RpcServer>(0, answer);
+    daemon_port = daemon->port();
+    EXPECT_EQ(call(1, 10000), RPC_CANTSEND);
+    rpc_err error = {};
+    clnt_geterr(of, &error);
+    EXPECT_EQ(error.re_errno, ECONNREFUSED);
+    EXPECT_TRUE(asked().empty());
+    EXPECT_TRUE(daemon->queries().empty());
+}
+
+TEST_F(handle, sends_once_when_its_socket_is_closed_while_it_waits)
+{
+    daemon = std::make_unique<RpcServer>(0, [this](const RpcCall& call) {
+        daemon->send(call.from, {}); // so that the call looks around
+        return std::nullopt;
+    });
+    daemon_port = daemon->port();
+    expected.front().drop();
+    of = expected.front().get();
+    asked();
+    int number = descriptor();
+    const auto close_it = [](void* fd) { return close(std::exchange(*static_cast<int*>(fd), -1)) == 1; };
+    const Caller caller = {close_it, &number};
+    set_handle_caller(&caller);
+    EXPECT_EQ(call(2, 10000), RPC_CANTRECV);
+    set_handle_caller(nullptr);
+    EXPECT_TRUE(asked().empty());
+    EXPECT_EQ(daemon->queries().size(), 1U);
 }
 
 TEST_F(handle, asks_whether_its_caller_gives_up_in_that_thread_and_until_then_only)

@@ -30,6 +30,15 @@ extern "C" void* __wrap_malloc(size_t size)
     return is_refused ? nullptr : __real_malloc(size);
 }
 
+// The same of calloc.
+static bool no_room_for_more_hints;
+extern "C" void* __real_calloc(size_t count, size_t size);
+extern "C" void* __wrap_calloc(size_t count, size_t size);
+extern "C" void* __wrap_calloc(size_t count, size_t size)
+{
+    return no_room_for_more_hints ? nullptr : __real_calloc(count, size);
+}
+
 // Replaced nodes are kept on purpose: no leaks.
 extern "C" const char* __lsan_default_suppressions();
 extern "C" const char* __lsan_default_suppressions() { return "leak:lua_addapi\nleak:add_described_api\n"; }
@@ -204,6 +213,26 @@ TEST_F(registry, same_name_twice_leaves_one_node_at_the_tail_with_the_second_fun
     EXPECT_STREQ(first->name, "twice"); // unlinked, still there for who holds it
     EXPECT_EQ(first->func, func_one);
     EXPECT_EQ(reinterpret_cast<uintptr_t>(first->next), 0x100100U);
+}
+
+// More names than the library's own, so that some have no hint that leads to their node.
+TEST_F(registry, name_without_memory_for_its_hint_is_one_like_any_other)
+{
+    Names expected;
+    for (int i = 0; i < 1000; i++)
+        expected.push_back("hint" + std::to_string(i));
+    no_room_for_more_hints = true;
+    for (const std::string& name : expected)
+        EXPECT_EQ(add(name, func_one), 1);
+    no_room_for_more_hints = false;
+    EXPECT_EQ(names(), expected);
+    for (const std::string& name : expected)
+        EXPECT_EQ(add(name, func_two), 1);
+    EXPECT_EQ(names(), expected);
+    for (const ListLinks* at = apinode_head.next; at != &apinode_head; at = at->next)
+        EXPECT_EQ(static_cast<const ApiNode*>(at)->func, func_two);
+    for (const std::string& name : expected)
+        EXPECT_EQ(lua_delapi(name.c_str()), 1);
 }
 
 TEST_F(registry, addapi_without_memory_returns_0_and_changes_nothing)

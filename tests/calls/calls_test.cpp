@@ -8,7 +8,9 @@
 #include <linux/sock_diag.h>
 #include <map>
 #include <memory>
+#include <poll.h>
 #include <random>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <thread>
 
@@ -614,6 +616,36 @@ TEST_F(group, a_daemon_that_sends_without_end_leaves_others_their_turn)
     for (int i = 0; i < 100 && calls.is_open(); i++)
         calls.process();
     EXPECT_EQ(ends().at(open).code, CallCode::Success);
+}
+
+TEST_F(group, a_descriptor_without_room_for_its_timer_is_none_and_can_be_had_later)
+{
+    daemon_of("nsminfo");
+    const auto next_number = [] {
+        const int next = dup(0);
+        close(next);
+        return next;
+    };
+    rlimit before;
+    getrlimit(RLIMIT_NOFILE, &before);
+    const int next = next_number();
+    const rlimit room_for_one = {static_cast<rlim_t>(next) + 1, before.rlim_max};
+    setrlimit(RLIMIT_NOFILE, &room_for_one);
+    EXPECT_EQ(calls.descriptor(), -1);
+    EXPECT_EQ(errno, EMFILE);
+    setrlimit(RLIMIT_NOFILE, &before);
+    EXPECT_EQ(next_number(), next) << "something stayed open";
+
+    const unsigned lost = call(small, "1", 30);
+    pollfd readable = {calls.descriptor(), POLLIN, 0};
+    ASSERT_GT(readable.fd, 2);
+    calls.keep_alarm();
+    while (calls.is_open()) {
+        ASSERT_EQ(poll(&readable, 1, 10000), 1);
+        calls.process();
+        calls.keep_alarm();
+    }
+    EXPECT_EQ(ends().at(lost).code, CallCode::TimedOut);
 }
 
 namespace

@@ -618,6 +618,29 @@ TEST_F(group, a_daemon_that_sends_without_end_leaves_others_their_turn)
     EXPECT_EQ(ends().at(open).code, CallCode::Success);
 }
 
+// An alarm that rings early would have its host look again and again.
+TEST_F(group, the_descriptor_rests_before_a_deadline_and_once_nothing_is_open)
+{
+    Daemon& daemon = daemon_of("nsminfo");
+    warm_up(small, daemon);
+    pollfd readable = {calls.descriptor(), POLLIN, 0};
+    ASSERT_GT(readable.fd, 2);
+    for (const int64_t deadline : {1050, 1000}) {
+        const unsigned id = call(small, "1", deadline);
+        const auto asked = requests(daemon, 1);
+        calls.keep_alarm();
+        usleep(60000); // the first is due in more than a second, of which 50 milliseconds are a part
+        EXPECT_EQ(poll(&readable, 1, 0), 0) << deadline;
+        daemon.reply(asked.at(0));
+        EXPECT_EQ(poll(&readable, 1, 10000), 1) << deadline;
+        calls.process();
+        EXPECT_EQ(ends().at(id).code, CallCode::Success) << deadline;
+        calls.keep_alarm();
+    }
+    usleep(1000000); // beyond the second one's deadline
+    EXPECT_EQ(poll(&readable, 1, 0), 0);
+}
+
 TEST_F(group, a_descriptor_without_room_for_its_timer_is_none_and_can_be_had_later)
 {
     daemon_of("nsminfo");

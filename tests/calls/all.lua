@@ -146,6 +146,8 @@ case "two_sets_of_one_table_are_refused" (function()
   equal(message, "calls.all: item 4: expected one set of a table, found a second of oltmib_vlaninfo_set_1 "
     .. "(their order is not promised: callapi keeps it)")
   equal(executions(), 0, "executions")
+  local _, failures = calls.all({ { "oltmib_nothing_set_1", "1" }, { "oltmib_nothing_set_1", "2" } }, 5)
+  equal(failures[1].code .. " " .. failures[2].code, "unknown_api unknown_api", "sets of no table")
   local texts = calls.all({ { set, "30&1&a" }, { "oltmib_sysloginfo_set_1", "1&2" }, { vlan, "10" } }, 5)
   equal(texts[1] .. texts[2] .. texts[3], "00" .. vlan10, "sets of two tables beside a get")
   equal(call(vlan, "30"):match("^30&1&a&") ~= nil, true, "the row that was set")

@@ -173,16 +173,19 @@ class Gateway:
         sent = {"Origin": ORIGIN, "X-Librpc-Token": token or self.token(user), **(headers or {})}
         return self.post("/api/change", body, user=user, headers=sent)
 
-    def expected(self, *arguments):
-        """What librpc.record gives: see expected.lua."""
+    def lua(self, *arguments, source=None):
+        """What Lua prints that has the library and the gateway's modules; `source` is a program of its own."""
         libraries = next(pathlib.Path(self.packages).glob("usr/lib/*/lua/5.1"), "")
         environment = {**os.environ, "LUA_PATH": f"{SOURCE}/lua/?.lua;{SOURCE}/web/?.lua;;",
                        "LUA_CPATH": f"{self.build}/?.so;{libraries}/?.so;;",
                        "LD_LIBRARY_PATH": self.server.given["LD_LIBRARY_PATH"],
                        "LIBRPC_NAMES": f"{SOURCE}/sim/names.lua"}
-        made = subprocess.run(["lua5.1", HERE / "expected.lua", *arguments], env=environment, check=True,
-                              capture_output=True, text=True)
-        return json.loads(made.stdout)
+        return subprocess.run(["lua5.1", *(["-"] if source else []), *arguments], env=environment, input=source,
+                              check=True, stdout=subprocess.PIPE, text=True).stdout
+
+    def expected(self, *arguments):
+        """What librpc.record gives: see expected.lua."""
+        return json.loads(self.lua(HERE / "expected.lua", *arguments))
 
 
 def golden(name):

@@ -34,12 +34,13 @@ def every_code_has_its_status(gateway):
 @test
 @only("lighttpd")
 def the_logs_last_changes_are_shown_the_newest_first(gateway):
-    def shown(count, query="", size=100):
-        """The numbers of the changes that are shown of so many, whose lines have so many bytes."""
+    def shown(count, query="", size=100, longer=0):
+        """The numbers of the changes that are shown of so many, whose lines have so many bytes, the first some more."""
         lines = [json.dumps({"table": "vlaninfo", "number": number}) for number in range(count)]
         text = "".join(line[:-1] + "," + json.dumps("pad") + ":" + json.dumps("x" * (size - len(line) - 10)) + "}\n"
                        for line in lines)
-        check("bytes", len(text), count * size)
+        text = text.replace("xx", "xx" + "x" * longer, 1)
+        check("bytes", len(text), count * size + longer)
         pathlib.Path(LOG).write_text(text, encoding="utf-8")
         return [one["number"] for one in gateway.get("/api/log" + query).json["changes"]]
     newest = list(range(299, -1, -1))
@@ -50,6 +51,8 @@ def the_logs_last_changes_are_shown_the_newest_first(gateway):
         check(query, shown(300, query), newest[:count])
     # of long lines those that stand whole in the last 256 KiB
     check("long lines", shown(300, "?limit=200", 2000), newest[:math.floor(262144 / 2000)])
+    check("as many bytes as are looked at", shown(128, "?limit=200", 2048), newest[-128:])
+    check("one byte more", shown(128, "?limit=200", 2048, longer=1), newest[-128:-1])
     for wrong in "?limit=", "?limit=x", "?limit=-1", "?limit=5&x", "?x=5":
         check(wrong, gateway.get("/api/log" + wrong).code, (400, "bad_body"))
 
@@ -112,6 +115,31 @@ def a_token_counts_for_its_day_and_goes_two_days_later(gateway):
 
 
 @test
+@only("lighttpd")
+def a_token_is_of_the_day_that_begins_at_midnight_and_of_all_its_bytes(gateway):
+    gateway.lua("/run/librpc-web", source="""
+        local tokens = require "librpc.web.tokens"
+        for _, now in ipairs { 20000 * 86400 - 1, 20000 * 86400 } do
+          os.time = function() return now end
+          assert(tokens.of({ state = arg[1] }, "ann"))
+        end""")
+    folder = pathlib.Path("/run/librpc-web")
+    check("days", sorted(path.name for path in folder.glob("*.[0-9]*")), ["616e6e.19999", "616e6e.20000"])
+    token = gateway.token("root")
+    body = {"table": "vlaninfo", "key": {"vlan": 10}, "changes": {"name": "mine"}}
+
+    def next_to(one):
+        return chr(ord(one) + 1)
+    for what, other in {"the first byte": next_to(token[0]) + token[1:],
+                        "the last byte": token[:-1] + next_to(token[-1]),
+                        "one byte less, and one that differs": next_to(token[0]) + token[1:-1]}.items():
+        check(what, gateway.change(body, token=other).code, (403, "bad_token"))
+    for path in folder.glob("*.[0-9]*"):
+        path.write_text(token + "0", encoding="utf-8")
+    check("of a longer file what the session tells", gateway.change(body, token=gateway.token("root")).status, 200)
+
+
+@test
 @only("busybox")
 def files_are_declared_as_what_they_are(gateway):
     console = SOURCE / "web" / "console"
@@ -130,9 +158,14 @@ def files_are_declared_as_what_they_are(gateway):
 @test
 @only("lighttpd")
 def times_are_seconds_and_milliseconds_of_calls(gateway):
-    for one in gateway.get("/api/health").json["services"]:
-        check(one["name"], 0 < one["ms"] < 20000, True)
+    began = time.monotonic()
+    services = gateway.get("/api/health").json["services"]
+    spent = (time.monotonic() - began) * 1000
+    for one in services:
+        check(one["name"], 0 < one["ms"] < spent, True)
         check("hundredths", abs(one["ms"] * 100 - round(one["ms"] * 100)) < 1e-6, True)
-    for line in gateway.get("/metrics").text.decode().splitlines():
-        if line.startswith(("librpc_service_seconds{", "librpc_table_seconds{")):
-            check(line, 0 < float(line.split()[-1]) < 20, True)
+    timed = [line for line in gateway.get("/metrics").text.decode().splitlines()
+             if line.startswith(("librpc_service_seconds{", "librpc_table_seconds{"))]
+    check("each service's and each table's", len(timed), len(services) + 4)
+    for line in timed:
+        check(line, 0 < float(line.split()[-1]) < 20, True)

@@ -228,7 +228,8 @@ def syslog_gets_what_a_file_gets(gateway):
         check("no syslog, no change", gateway.change(body).code, (500, "no_log"))
         lines.bind("/dev/log")
         os.chmod("/dev/log", 0o666)
-        check("a change", gateway.change(body).status, 200)
+        answer = gateway.change(body)
+        check("a change", (answer.status, answer.json.get("logged")), (200, True))
         check_in("its line", '"fields":{"name":{"after":"phones","before":"voice"}}', lines.recv(4096).decode())
         texts = {"changes": {"content": "x" * 511}}, {"changes": {"content": "y" * 511}}
         for text in texts:
@@ -237,3 +238,76 @@ def syslog_gets_what_a_file_gets(gateway):
         check("its line is whole", json.loads(re.sub(rb"^[^{]*", b"", lines.recv(8192)))["fields"]["content"],
               {"before": "x" * 511, "after": "y" * 511})
         check("which cannot be shown", gateway.get("/api/log").json, {"changes": [], "kept": False})
+
+
+@test
+@only("lighttpd")
+def a_new_row_has_the_keys_and_the_changes_by_either_name(gateway):
+    answer = gateway.change({"table": "vlaninfo", "key": {"field1": 31}, "add": True,
+                             "changes": {"field3": "guests", "active": "on", "tagged": "ge1"}})
+    check("added", (answer.status, answer.json.get("changed")),
+          (200, {"field3": {"after": "guests"}, "active": {"after": "on"}, "tagged": {"after": "ge1"}}))
+    for field, value in {"name": "guests", "active": "on", "tagged": "ge1", "untagged": ""}.items():
+        check(field, gateway.expected("get", "vlaninfo", '{"vlan":31}', field), [value])
+    sets = tell("count oltmib_vlaninfo_set_1")
+    wrong = gateway.change({"table": "vlaninfo", "key": {"vlan": 32, "nane": 1}, "changes": {"name": "x"}, "add": True})
+    check("a field that is none", (wrong.code, list(wrong.json["error"]["wrong"])), ((400, "unknown_field"), ["nane"]))
+    check("a key that is none", gateway.change({"table": "vlaninfo", "key": {"vlan": "x"}, "changes": {"name": "x"},
+                                                "add": True}).code, (400, "bad_number"))
+    check("no key", gateway.change({"table": "mstp_if", "key": {}, "changes": {"cost": 5}, "add": True}).code,
+          (400, "no_key"))
+    tell("fault oltmib_vlaninfo_get_1 count=1 error system_err")
+    failed = gateway.change({"table": "vlaninfo", "key": {"vlan": 32}, "changes": {"name": "x"}, "add": True})
+    check("nobody knows whether it is there", failed.code, (502, "rejected"))
+    check("nothing was sent", tell("count oltmib_vlaninfo_set_1"), sets)
+    # tables without getn, and without get: the row that is there is told all the same
+    for table, key, field in ("telnet", {}, "tcp_port"), ("pminfo", {"session": 1}, "to_port"):
+        there = gateway.expected("get", table, json.dumps(key), field)[0]
+        body = {"table": table, "key": key, "changes": {field: there}}
+        answer = gateway.change({**body, "add": True})
+        check(f"{table}: is there", (answer.code, answer.json["error"]["row"][field]), ((409, "row_exists"), there))
+        answer = gateway.change({**body, "read": {field: 4711}})
+        check(f"{table}: changed", (answer.code, answer.json["error"]["field"], answer.json["error"]["row"][field]),
+              ((409, "changed_meanwhile"), field, there))
+
+
+@test
+@only("lighttpd")
+def what_cannot_be_changed_is_told_in_a_sentence_and_not_logged(gateway):
+    for what, body, code, message in (
+        ("no row", {"table": "vlaninfo", "key": {"vlan": 77}, "changes": {"name": "x"}}, (404, "no_row"),
+         "oltmib_vlaninfo_get_1: res: expected 0, of a row that is there, found 1"),
+        ("a table that is never read", {"table": "vlanbitmapinfo", "key": {"vlan": 1}, "changes": {"bitmap": "x"}},
+         (400, "no_operation"), 'vlanbitmapinfo: expected set, found "get"'),
+        ("an API that walks", {"api": "oltmib_vlaninfo_getn_1"}, (400, "no_operation"),
+         "oltmib_vlaninfo_getn_1: expected an API that changes something, found one that reads"),
+        ("no such API", {"api": "oltmib_vlan_set_1"}, (404, "unknown_api"), None),
+        ("wrong fields of an API", {"api": "oltmib_vlaninfo_set_1", "fields": {"vlan": "x", "name": "a&b"}},
+         (400, "separator"), None),
+    ):
+        answer = gateway.change(body)
+        check(what, answer.code, code)
+        if message:
+            check(what, answer.json["error"]["message"], message)
+    check("all wrong ones", set(answer.json["error"]["wrong"]), {"name", "vlan"})
+    check("the log", pathlib.Path(LOG).exists(), False)
+    check("who may not", gateway.change({"table": "telnet", "key": {}, "changes": {"tcp_port": 1}}, user="olga")
+          .json["error"]["message"], "telnet: expected a table that the user may change, found another")
+
+
+@test
+@only("lighttpd")
+def a_change_whose_line_is_lost_says_so(gateway):
+    answer = gateway.change({"api": "oltmib_dyinggasp_support_1"})
+    check("what is no set", (answer.status, answer.json.get("status", "none"), "row" in answer.json,
+                             answer.json["logged"]), (200, None, True, True))
+    line = json.loads(pathlib.Path(LOG).read_text(encoding="utf-8"))
+    check("its line", (line["result"], line["fields"], line["api"], line["from"]),
+          (0, {}, "oltmib_dyinggasp_support_1", "127.0.0.1"))
+    check("no complaint", "expected the line" in gateway.server.log_text(), False)
+    gateway.configure(SITE.replace(LOG, "/dev/full"))
+    answer = gateway.change({"table": "vlaninfo", "key": {"vlan": 10}, "changes": {"name": "phones"}})
+    check("a full disk", (answer.status, answer.json.get("logged")), (200, False))
+    check("the change is made", gateway.expected("get", "vlaninfo", '{"vlan":10}', "name"), ["phones"])
+    check_in("the server's log has the line", "librpc.web: log: expected the line of a change to be written, found that "
+             'it was not: {"fields":{"name":{"after":"phones","before":"voice"}}', gateway.server.log_text())

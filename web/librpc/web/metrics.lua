@@ -33,11 +33,12 @@ function Page:sample(name, labels, value)
   self[#self + 1] = ("%s{%s} %s"):format(name, table.concat(labels, ","), value)
 end
 
--- A counter's digits; those that the device tells with a sign are 64 bits, too.
-local function count_of(value)
+-- What was counted, as digits: those that the device tells with a sign have none, either. A
+-- counter has 64 bits, a whole number that counts 32.
+local function count_of(field, value)
   local digits = tostring(value)
   if digits:sub(1, 1) == "-" then
-    return ("%.0f"):format(tonumber(digits) + 2 ^ 64)
+    return ("%.0f"):format(tonumber(digits) + 2 ^ (field.kind == "counter" and 64 or 32))
   end
   return digits
 end
@@ -87,26 +88,25 @@ local function put_table(page, table_name, rows)
       page:family(name, ("%s: %s%s"):format(entry and entry.title or table_name, field.title,
         field.unit and " (" .. field.unit .. ")" or ""), "counter")
       for i, row in ipairs(rows) do
-        page:sample(name, labels[i], count_of(row[field.name]))
+        page:sample(name, labels[i], count_of(field, row[field.name]))
       end
     end
   end
 end
 
--- The tables that are asked for: those of the configuration that the user may read.
+-- The tables that are asked for: those of the configuration that the user may read, each once.
 local function wanted_tables(request)
-  local wanted, list = request.site.metrics, {}
+  local wanted, list, seen = request.site.metrics, {}, {}
   if wanted == "*" then
-    local seen = {}
     wanted = {}
     for _, api in ipairs(require("librpc.schema").apis) do
-      if not seen[api.table] and (api.operation == "get" or api.operation == "getn") then
-        seen[api.table], wanted[#wanted + 1] = true, api.table
-      end
+      wanted[#wanted + 1] = (api.operation == "get" or api.operation == "getn") and api.table or nil
     end
   end
   for _, name in ipairs(wanted) do
-    list[#list + 1] = request.rights.may_read(name) and name or nil
+    if not seen[name] and request.rights.may_read(name) then
+      seen[name], list[#list + 1] = true, name
+    end
   end
   return list
 end

@@ -4,8 +4,9 @@ import base64
 import json
 import pathlib
 import re
+import subprocess
 
-from harness import LOG, SITE, SOURCE, blocks, check, check_in, in_parts, only, tell, test
+from harness import APIS, LOG, SITE, SOURCE, TABLES, blocks, check, check_in, in_parts, only, tell, test
 
 
 @test
@@ -160,18 +161,32 @@ def secrets_never_leave(gateway):
     kept = pathlib.Path(LOG).read_text(encoding="utf-8") + gateway.server.log_text()
     check("no secret in a log", attempts.mark in kept, False)
     check("no secret in a log, cut", attempts.mark[:4] in kept, False)
+    keys = [json.loads(line)["key"] for line in pathlib.Path(LOG).read_text(encoding="utf-8").splitlines()
+            if '"table":"snmp_community"' in line and '"key"' in line]
+    check("a secret key is logged as one", keys, [{"community": {"secret": True}}] * 2)
     check("changes were logged", kept.count('{"secret":true}') > 6, True)
 
 
 @test
 def every_answer_says_that_it_is_data_and_whose(gateway):
-    for answer in (gateway.get("/api/session"), gateway.get("/api/nothing"), gateway.post("/api/all", {}),
+    nothing = gateway.get("/api/nothing")
+    for answer in (gateway.get("/api/session"), nothing, gateway.post("/api/all", {}),
                    gateway.get("/metrics")):
         check("headers", {name: answer.headers.get(name) for name in (
             "cache-control", "x-content-type-options", "x-frame-options", "content-security-policy")}, {
             "cache-control": "no-store", "x-content-type-options": "nosniff", "x-frame-options": "DENY",
             "content-security-policy": "default-src 'none'; frame-ancestors 'none'"})
+        if gateway.name == "nginx":  # which would send it in pieces
+            check("length", answer.headers.get("content-length"), str(len(answer.text)))
         check("no CORS", [name for name in answer.headers if name.startswith("access-control")], [])
+    check("an error, its members by name", nothing.text.decode().replace("\\/", "/"),
+          '{"error":{"code":"bad_address","field":null,"message":"/api/nothing: expected an address of the '
+          'gateway, found none","status":404}}')
+    path = "/api/" + "x" * 300
+    check("a long address", gateway.get(path).json["error"]["message"],
+          path[:200] + ": expected an address of the gateway, found none")
+    check("a code's own sentence", gateway.change({}, token="x").json["error"]["message"],
+          "the token is not the user's, or older than a day")
 
 
 @test
@@ -258,3 +273,104 @@ def mistakes_of_the_configuration_are_told_and_nobody_is_let_in(gateway):
     check("nothing is read", gateway.post("/api/all", {"calls": [{"table": "account"}]}).code, (500, "no_names"))
     gateway.configure(SITE.replace("metrics", "without_names = true, metrics"), names="return {}")
     check("unless the configuration says so", gateway.get("/api/session").status, 200)
+
+
+# Files of a configuration, and what is said of each behind its path: nothing where it is right.
+CONFIGURATIONS = {
+    "return {}": (),
+    "return { limits = { rows = 1 / 0 } }": ("limits: rows: expected a number above 0, found inf",),
+    "return { limits = { rows = 0 / 0 } }": ("limits: rows: expected a number above 0, found",),
+    'return { limits = { rows = "5" } }': ('limits: rows: expected a number above 0, found "5"',),
+    "return { limits = { seconds = 0.001 } }": (),
+    "return { limits = 5 }": ("limits: expected a table of numbers, found 5",),
+    "return { everybody = { read = { portinfo = true } } }":
+        ('everybody: read: expected a list of tables, found the name "portinfo"',),
+    "return { everybody = { change = { 5 } } }": ("everybody: change: expected the name of a table, found 5",),
+    'return { users = 5, groups = "x" }': ('groups: expected rights by name, found "x"',
+                                          "users: expected rights by name, found 5"),
+    "return { groups = { a = { members = { 5 } } } }": ("groups: a: members: expected a list of users, found 5",),
+    'return { groups = { a = { members = { "ann", "" } } } }': ('groups: a: members: expected a list of users, found ""',),
+    'return { groups = { a = { members = { ann = "ann" } } } }':
+        ('groups: a: members: expected a list of users, found "ann"',),
+    'return { groups = { a = { members = { "ann", "olga" }, read = "*" } } }': (),
+    'return { origins = "https://olt.example" }': ('origins: expected a list of origins, found "https://olt.example"',),
+    'return { origins = { "https://olt.example" } }': (),
+    'return { without_names = "yes" }': ('without_names: expected true or false, found "yes"',),
+    "return { without_names = false, without_user = false }": (),
+    "return { log = 5, state = false }": ('log: expected "syslog" or a path from / on, without quotes, found 5',
+                                          "state: expected a path from / on, without quotes, found false"),
+    'return { log = "syslog", state = "/run/x y" }': (),
+    'return { state = "/run/a\\nb" }': ("state: expected a path from / on, without quotes, found",),
+    "return { users = { ann = 5 }, log = 1, metrics = 2, state = 3 }": (
+        'log: expected "syslog" or a path from / on, without quotes, found 1',
+        'metrics: expected a list of tables, or "*" for all, found 2',
+        "state: expected a path from / on, without quotes, found 3",
+        "users: ann: expected a table of change, read, found 5"),
+    "return setmetatable": ("file: expected Lua that returns a table, found nil",),
+    "\x1bLua": ("file: expected Lua as text, found compiled Lua",),
+    "\x1creturn {}": ("file: expected Lua that returns a table, found line 1: ",),
+}
+
+
+@test
+@only("lighttpd")
+def every_mistake_of_a_configuration_has_its_line(gateway):
+    paths = [pathlib.Path(f"/run/site{number}.lua") for number in range(len(CONFIGURATIONS))]
+    for path, text in zip(paths, CONFIGURATIONS):
+        path.write_text(text, encoding="utf-8")
+    told = {text: tuple(f"{path}: {line}" for line in lines) for path, (text, lines) in zip(paths, CONFIGURATIONS.items())}
+    told["not there"] = ("/run/nowhere.lua: file: expected one that can be read, found No such file or directory",)
+    told["a folder"] = ("/run: file: expected one that can be read, found none",)
+    found = json.loads(gateway.lua(*paths, "/run/nowhere.lua", "/run", source="""
+        local site, all = require "librpc.web.site", {}
+        for i, path in ipairs(arg) do
+          local read, mistakes = site.read(path)
+          all[i] = read and "" or mistakes
+        end
+        print(require("cjson").encode(all))"""))
+    for (text, lines), mistakes in zip(told.items(), found):
+        check(f"{text}: lines", mistakes.count("\n") + 1 if mistakes else 0, len(lines))
+        for line, mistake in zip(lines, mistakes.split("\n")):
+            check(text, mistake[:len(line)], line)
+
+
+@test
+@only("lighttpd")
+def a_configuration_is_needed_where_it_is_named(gateway):
+    folder = pathlib.Path("/etc/librpc")
+    if folder.exists():  # an installed package's, which only this test does not see
+        subprocess.run(["mount", "-t", "tmpfs", "none", folder], check=True)
+    usual = json.loads(gateway.lua(source="""
+        local site = require("librpc.web.site").read()
+        print(require("cjson").encode { site.log, site.state, site.everybody.read, site.limits.rows })"""))
+    check("none where none is named", usual, ["syslog", "/run/librpc-web", "*", 20000])
+    gateway.configure("return { limits = { row = 5 }, log = 5 }")
+    gateway.get("/api/session")
+    check_in("all mistakes in a line", "librpc.web: /srv/etc/web.lua: limits: expected one of body, calls, deadline, rows, "
+             'seconds (did you mean rows?), found "row"; /srv/etc/web.lua: log: expected', gateway.server.log_text())
+    pathlib.Path("/srv/etc/web.lua").unlink()
+    check("named, and not there", gateway.get("/api/session").code, (500, "bad_configuration"))
+    check_in("is told", "web.lua: file: expected one that can be read, found No such file", gateway.server.log_text())
+
+
+@test
+@only("lighttpd")
+def rights_of_everybody_a_user_and_each_group_add_up(gateway):
+    gateway.configure("""return {
+      everybody = { read = { "portinfo" } },
+      users = { olga = { read = { "svi" }, change = { "portinfo" } } },
+      groups = {
+        one = { members = { "ann", "olga" }, read = { "telnet" }, change = { "svi" } },
+        two = { members = { "olga", "ann" }, read = { "ssh", "web" }, change = { "ssh" } },
+        three = { read = "*", change = "*" },
+        four = { members = { "root" }, read = "*", change = "*" },
+      } }""")
+
+    def of(user):
+        session = gateway.get("/api/session", user=user).json["tables"]
+        return [sorted(table for table, rights in session.items() if rights[word]) for word in ("read", "change")]
+    check("ann", of("ann"), [["portinfo", "ssh", "telnet", "web"], ["ssh"]])
+    check("olga", of("olga"), [["portinfo", "ssh", "svi", "telnet", "web"], ["portinfo", "ssh", "svi"]])
+    # of what is neither get nor set, nobody says that it changes nothing
+    changing = {re.sub(r"_1$|_set_1$", "", name[len("oltmib_"):]) for name in APIS if "_get_" not in name and "_getn_" not in name}
+    check("root", of("root"), [sorted(TABLES), sorted(changing)])

@@ -4,10 +4,12 @@ import json
 import pathlib
 import re
 import shutil
+import struct
 import subprocess
 
 from harness import (APIS, ORIGIN, PATIENT, SERVICES, SITE, SOURCE, TABLES, USERS, blocks, check, check_in, in_parts,
                      module_of, only, skip, tell, test, web_server)
+from subjects.robustness import run_program
 
 
 def fields_of(schema):
@@ -302,3 +304,154 @@ def the_page_of_the_document_shows_its_table(gateway):
     tell("stop nsminfo")
     check_in("why there is none", "the daemon has not registered with the port mapper", shown())
     tell("start nsminfo")
+
+
+@test
+@only("lighttpd")
+def every_table_is_walked_on_behind_each_of_its_rows(gateway):
+    schema = gateway.get("/api/schema").json
+    fields = fields_of(schema)
+    tables = [table["table"] for table in schema["tables"] if "getn" in table["operations"]]
+
+    def rows(walks):
+        results = []
+        for part in in_parts(walks):
+            results += gateway.post("/api/rows", {"walks": part, "seconds": 20}).json["results"]
+        return results
+
+    whole = rows([{"table": table} for table in tables])
+    check("walked", [(table, one.get("failure")) for table, one in zip(tables, whole) if one.get("ended") != "end"], [])
+    several = [(table, one["rows"]) for table, one in zip(tables, whole) if len(one["rows"]) > 1]
+    check("many", len(several) > 30, True)
+    behind = rows([{"table": table, "after": there[0]} for table, there in several])
+    for (table, there), found in zip(several, behind):
+        if table != "snmp_community":  # whose key is a secret: nobody can say which row was the last
+            check(table, (found.get("failure"), [without_counters(fields[table], row) for row in found["rows"]]),
+                  (None, [without_counters(fields[table], row) for row in there[1:]]))
+
+
+@test
+@only("lighttpd")
+def a_row_among_those_of_a_walk_is_a_read_like_any(gateway):
+    def results(*keys, **more):
+        calls = [{"table": table, "key": key} for table, key in keys]
+        found = gateway.post("/api/all", {"calls": calls, **more}).json["results"]
+        return [one["failure"]["code"] if "failure" in one else one["row"] for one in found]
+    (row,) = results(("pminfo", {"session": 1}))
+    check("alone", (row["session"], row["description"]), (1, "capture at port 6"))
+    check("a key that is none", results(("pminfo", {"session": "x"}), ("pminfo", {"line": 1})),
+          ["bad_number", "unknown_field"])
+    check("none", gateway.post("/api/all", {"calls": [{"table": "pminfo", "key": {"session": 7}}]})
+          .json["results"][0]["failure"]["message"],
+          "oltmib_pminfo_getn_1: expected the row of that key, found none among 1")
+    tell("fault oltmib_portinfo_get_1 drop")
+    check("the seconds are those of all", results(("portinfo", {"port": 1}), ("pminfo", {"session": 1}), seconds=0.5),
+          ["timed_out", "deadline"])
+
+
+# Names with which what counts is told by roles, and rows are told apart in every way.
+METRIC_NAMES = """return {
+  ["*"] = { ends = { 1 } },
+  lldpifstat = {
+    title = 'LLDP \\\\ "frames"',
+    value1 = { name = "port", role = "port" }, text1 = { name = "called", role = "port_name" },
+    value2 = { role = "octets_in", unit = "bytes" }, value3 = { role = "octets_out", title = "bytes out" },
+    value4 = { role = "packets_in" }, value5 = { role = "packets_out" }, value6 = { role = "errors_in" },
+    value7 = { role = "errors_out" }, value8 = { role = "speed" },
+  },
+  mbaserialstatis = { title = "Lines", key = {}, err = { name = "errors", role = "errors_in" } },
+  portstat = { field2 = { role = "errors_in" } },
+  dosif = { title = "By port", ifx = { name = "port", secret = true } },
+  igmpsnp = { title = "Snooping", int2 = { name = "grp_age", role = "errors_in" } },
+  igmpsnp_grp = { key = { "int1", "text32a" }, int1 = { name = "vlan" }, int2 = { name = "age", role = "errors_in" } },
+}"""
+
+
+@test
+@only("lighttpd")
+def metrics_are_told_to_the_letter(gateway):
+    tables = ("lldpifstat", "mbaserialstatis", "dosif", "acl", "dosglobal", "igmpsnp", "igmpsnp_grp", "acl")
+    listed = ", ".join(f'"{table}"' for table in tables)
+    site = SITE.replace(PATIENT, "limits = { deadline = 20, rows = %d }, ")
+    site = re.sub("metrics = {.*?}", f"metrics = {{ {listed} }}", site)
+    gateway.configure(site % 20000, names=METRIC_NAMES)
+
+    def lines():
+        return [re.sub(r" \d{5,}$", " N", line) for line in gateway.get("/metrics").text.decode().splitlines()
+                if "_total" in line]
+    told = lines()
+    for name, title, value in (("value2", " (bytes)", 120), ("value3", "", 118), ("value4", "", 0), ("value5", "", 0),
+                               ("value6", "", 0), ("value7", "", 0)):
+        title = {"value3": "bytes out"}.get(name, name) + title
+        name = f"librpc_lldpifstat_{name}_total"
+        found = [line for line in told if name in line]
+        check(name, found[:4], [f'# HELP {name} LLDP \\\\ "frames": {title}', f"# TYPE {name} counter",
+                                f'{name}{{port="1",called="ge1"}} {value}', f'{name}{{port="2",called="ge2"}} {value}'])
+        check(f"{name}: ports", len(found), 10)
+    check("the others", [line for line in told if "lldpifstat" not in line][:32], [
+        "# HELP librpc_mbaserialstatis_errors_total Lines: errors",
+        "# TYPE librpc_mbaserialstatis_errors_total counter",
+        'librpc_mbaserialstatis_errors_total{row="1"} 0',
+        'librpc_mbaserialstatis_errors_total{row="2"} 0',
+        *[line for count in ("count1", "count2") for line in (
+            f"# HELP librpc_dosif_{count}_total By port: {count}",
+            f"# TYPE librpc_dosif_{count}_total counter",
+            *[f'librpc_dosif_{count}_total{{row="{port}"}} N' for port in range(1, 9)])],
+        "# HELP librpc_acl_count_total acl: count",
+        "# TYPE librpc_acl_count_total counter",
+        'librpc_acl_count_total{name="block-smtp"} N',
+        'librpc_acl_count_total{name="guests"} N',
+        "# HELP librpc_dosglobal_count1_total dosglobal: count1",
+        "# TYPE librpc_dosglobal_count1_total counter",
+        "librpc_dosglobal_count1_total{} N",
+        "# HELP librpc_dosglobal_count2_total dosglobal: count2"])
+    check("a name that two tables have is the first one's", [line for line in told if "igmpsnp" in line], [
+        "# HELP librpc_igmpsnp_grp_age_total Snooping: grp age",
+        "# TYPE librpc_igmpsnp_grp_age_total counter",
+        "librpc_igmpsnp_grp_age_total{} 260"])
+    up = [line for line in gateway.get("/metrics").text.decode().splitlines() if line.startswith("librpc_table_up")]
+    check("each table once", up, [f'librpc_table_up{{table="{table}"}} 1' for table in tables[:-1]])
+    for rows, ports in (20, 2), (1, 1):  # shared by seven tables
+        gateway.configure(site % rows)
+        check(f"{rows} rows", len([line for line in lines() if line.startswith("librpc_lldpifstat_value2_total{")]), ports)
+    # what the library tells with a sign: a port's bytes, low half first, and errors
+    counters = bytes(8 * 9) + struct.pack(">2I", 2048, 1 << 31) + bytes(8 * 44)
+    body = struct.pack(">2i", 1, -2) + bytes(4 * 32) + counters + bytes(4 * 34)
+    tell("fault oltmib_portstat_getn_1 count=1 raw XID" + (struct.pack(">5I", 1, 0, 0, 0, 0) + body).hex())
+    gateway.configure(SITE)
+    found = gateway.get("/metrics").text.decode()
+    for line in 'librpc_portstat_counter9_total{ifx="1"} 9223372036854777856\n', \
+                'librpc_portstat_field2_total{ifx="1"} 4294967294\n':
+        check_in("all bits", line, found)
+
+
+@test
+@only("lighttpd")
+def metrics_may_be_those_of_every_table(gateway):
+    gateway.configure(re.sub("metrics = {.*?}", 'metrics = "*"', SITE))
+    told = re.findall(r'^librpc_table_up{table="(\w+)"} [01]$', gateway.get("/metrics").text.decode(), re.M)
+    read = {re.sub(r"^oltmib_|_getn?_1$", "", name) for name in APIS if re.search("_getn?_1$", name)}
+    check("each once", (sorted(told), told.count("fdb_dynamic")), (sorted(read), 1))
+
+
+@test
+@only("lighttpd")
+def the_schema_lists_each_table_once_and_its_tag_tells_every_byte(gateway):
+    def in_order(pairs):
+        names = [name for name, _ in pairs]
+        check("members by name", names, sorted(names))
+        return dict(pairs)
+    schema = json.loads(gateway.get("/api/schema").text, object_pairs_hook=in_order)
+    listed = [re.sub(r"^oltmib_|_(get|getn|set)?_?1$", "", name) for name in APIS]
+    check("tables", [table["table"] for table in schema["tables"]], list(dict.fromkeys(listed)))
+    count = fields_of(schema)["acl"]["count"]
+    check("a field that no request carries", (count["key"], count["argument"], "limits" in count, "values" in count),
+          (False, False, False, False))
+    check("a key", [fields_of(schema)["acl"][name]["key"] for name in ("name", "sequence")], [True, False])
+    names = (SOURCE / "sim" / "names.lua").read_text(encoding="utf-8")
+    path, tags = pathlib.Path("/run/names.lua"), []
+    for title in "VLANs", "XLANs", "VXANs", "VLXNs", "VLAXs", "VLANX":
+        path.write_text(names.replace('title = "VLANs",', f'title = "{title}",'), encoding="utf-8")
+        headers = run_program(gateway, "/api/schema", LIBRPC_NAMES=str(path))[1]
+        tags.append(headers["ETag"])
+    check("tags", len(set(tags)), len(tags))

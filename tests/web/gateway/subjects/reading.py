@@ -360,7 +360,9 @@ METRIC_NAMES = """return {
     value7 = { role = "errors_out" }, value8 = { role = "speed" },
   },
   mbaserialstatis = { title = "Lines", key = {}, err = { name = "errors", role = "errors_in" } },
-  portstat = { field2 = { role = "errors_in" } },
+  portrate = {
+    ifx = { name = "port", secret = true }, name = { name = "called", role = "port_name" }, field2 = { role = "errors_in" },
+  },
   dosif = { title = "By port", ifx = { name = "port", secret = true } },
   igmpsnp = { title = "Snooping", int2 = { name = "grp_age", role = "errors_in" } },
   igmpsnp_grp = { key = { "int1", "text32a" }, int1 = { name = "vlan" }, int2 = { name = "age", role = "errors_in" } },
@@ -414,14 +416,14 @@ def metrics_are_told_to_the_letter(gateway):
     for rows, ports in (20, 2), (1, 1):  # shared by seven tables
         gateway.configure(site % rows)
         check(f"{rows} rows", len([line for line in lines() if line.startswith("librpc_lldpifstat_value2_total{")]), ports)
-    # what the library tells with a sign: a port's bytes, low half first, and errors
-    counters = bytes(8 * 9) + struct.pack(">2I", 2048, 1 << 31) + bytes(8 * 44)
-    body = struct.pack(">2i", 1, -2) + bytes(4 * 32) + counters + bytes(4 * 34)
-    tell("fault oltmib_portstat_getn_1 count=1 raw XID" + (struct.pack(">5I", 1, 0, 0, 0, 0) + body).hex())
-    gateway.configure(SITE)
+    # what the library tells with a sign, of a table whose key is a secret: 64 bits, low half first, and 32
+    rates = struct.pack(">2I", 2048, 1 << 31) + bytes(8 * 5)
+    body = struct.pack(">2i", 1, -2) + bytes(4 * 32) + rates + bytes(4 * 34)
+    tell("fault oltmib_portrate_getn_1 count=1 raw XID" + (struct.pack(">5I", 1, 0, 0, 0, 0) + body).hex())
+    gateway.configure(re.sub("metrics = {.*?}", 'metrics = { "portrate" }', SITE))
     found = gateway.get("/metrics").text.decode()
-    for line in 'librpc_portstat_counter9_total{ifx="1"} 9223372036854777856\n', \
-                'librpc_portstat_field2_total{ifx="1"} 4294967294\n':
+    for line in ('librpc_portrate_rate0_total{called="",row="1"} 9223372036854777856\n',
+                 'librpc_portrate_field2_total{called="",row="1"} 4294967294\n'):
         check_in("all bits", line, found)
 
 

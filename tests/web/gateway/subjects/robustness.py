@@ -5,11 +5,13 @@ import json
 import os
 import pathlib
 import random
+import resource
+import signal
 import subprocess
 import time
 
-from harness import (ORIGIN, PATIENT, SERVICES, SITE, SOURCE, check, check_in, in_parts, module_of, only, stopped_device,
-                     tell, test)
+from harness import (LOG, ORIGIN, PATIENT, SERVICES, SITE, SOURCE, check, check_in, in_parts, module_of, only,
+                     stopped_device, tell, test)
 
 WRONG_BODIES = (
     b"", b" ", b"null", b"true", b"5", b'"x"', b"[]x", b"[1]", b"{", b'{"calls":', b'{"calls":[}', b"{'calls':[]}",
@@ -70,6 +72,9 @@ def bodies_of_every_wrong_shape_are_refused(gateway):
     check("as many as the limit", gateway.post("/api/all", many).status, 200)
     check("more", gateway.post("/api/all", {"calls": many["calls"] * 2}).code, (400, "too_many"))
     check("more walks", gateway.post("/api/rows", {"walks": [{"table": "telnet"}] * 65}).code, (400, "too_many"))
+    whole = {size: b'{"calls":[]' + b" " * (size - 12) + b"}" for size in (65536, 65537)}
+    check("as many bytes as the limit", gateway.post("/api/all", whole[65536]).json, {"results": []})
+    check("one more", gateway.post("/api/all", whole[65537]).code, (413, "too_large"))
     check("a large one", gateway.post("/api/all", b'{"calls":[]' + b" " * 65530 + b"}").code, (413, "too_large"))
     check("a larger one", gateway.post("/api/all", b" " * 120000).status, 413)
     for method in "PUT", "DELETE", "PATCH":
@@ -220,6 +225,10 @@ def texts_of_the_device_are_json_whatever_their_bytes(gateway):
         check(what, answer.status, 200)
         row = gateway.post("/api/all", {"calls": [{"table": "portinfo", "key": {"port": 3}}]}).json["results"][0]["row"]
         check(what + ": read", row["description"], text)
+    text = "\u00e4\u00f6 \u20ac \ud55c \U0001f600 \U0010ffff!"
+    answer = gateway.change(json.dumps({"table": "portinfo", "key": {"port": 3}, "changes": {"description": text}},
+                                       ensure_ascii=False).encode())
+    check("bytes beyond ASCII", (answer.status, answer.json["changed"]["description"]["after"]), (200, text))
     libraries = f"LUA_PATH={SOURCE}/lua/?.lua\\;\\; LUA_CPATH={gateway.build}/?.so\\;\\;"
     subprocess.run(["bash", "-c", libraries + " lua5.1 -e 'require \"librpc\" assert(librpc.callapi("
                     "\"oltmib_vlaninfo_set_1\", \"10&1&\\255a\\195(\\195\\164\\237\\160\\128&1\"))'"], check=True)
@@ -231,12 +240,12 @@ def texts_of_the_device_are_json_whatever_their_bytes(gateway):
         "tagged": "ge5"}, "read": row}).status, 200)
 
 
-def run_program(gateway, path, body=b"", **told):
+def run_program(gateway, path, body=b"", complaint=b"", **told):
     """The CGI program without a server (RFC 3875): the status line, the headers, the text."""
     environment = {**os.environ, **gateway.server.given, "SCRIPT_NAME": path, "REMOTE_USER": "ann",
                    "CONTENT_TYPE": "application/json", "CONTENT_LENGTH": str(len(body)), **told}
     made = subprocess.run(["lua5.1", "/srv/librpc-web/librpc.cgi"], env=environment, input=body, capture_output=True)
-    check(f"{path}: errors", (made.returncode, made.stderr), (0, b""))
+    check(f"{path}: errors", (made.returncode, made.stderr), (0, complaint))
     head, _, text = made.stdout.partition(b"\r\n\r\n")
     status, *headers = head.decode().split("\r\n")
     return status, dict(header.split(": ", 1) for header in headers), text
@@ -264,8 +273,19 @@ def the_program_is_a_cgi_program_to_any_server(gateway):
         ("another scheme", run_program(gateway, "/api/schema", HTTP_HOST="x", HTTP_ORIGIN="http://x", HTTPS="on"),
          "403 Forbidden"),
         ("another method", run_program(gateway, "/api/schema", REQUEST_METHOD="POST"), "405 Method Not Allowed"),
+        ("below the addresses", run_program(gateway, "/x/librpc.cgi", PATH_INFO="/api/nothing"), "404 Not Found"),
     ):
         check(what, found[0], f"Status: {status}")
+    long = json.loads(run_program(gateway, "/api/schema", REQUEST_METHOD="A" * 30)[2])["error"]["message"]
+    check("a long method", long, f"/api/schema: expected GET, HEAD, found {'A' * 20}")
+
+    def sentence(length):
+        """What is said of the body 5x, of which so many bytes are declared."""
+        return json.loads(run_program(gateway, "/api/all", b"5x", REQUEST_METHOD="POST", CONTENT_LENGTH=length)[2])[
+            "error"]["message"]
+    check("a byte", sentence("1"), "body: expected an object, found 5")
+    check("no byte, or none is said", [sentence(length).endswith("T_END at character 1") for length in ("0", "")],
+          [True, True])
     calls = b'{"calls":[{"table":"svi","key":{"vlan":1}}]}'
     for what, told, status in (
         ("a body", {}, "200 OK"), ("a shorter length", {"CONTENT_LENGTH": "9"}, "400 Bad Request"),
@@ -277,6 +297,64 @@ def the_program_is_a_cgi_program_to_any_server(gateway):
         ("another type", {"CONTENT_TYPE": "text/plain"}, "415 Unsupported Media Type"),
     ):
         check(what, run_program(gateway, "/api/all", calls, REQUEST_METHOD="POST", **told)[0], f"Status: {status}")
+
+
+@test
+@only("lighttpd")
+def a_cgi_program_gives_every_status_its_reason(gateway):
+    token = gateway.token("root")
+
+    def change(body, **more):
+        told = run_program(gateway, "/api/change", json.dumps(body).encode(), **more, REQUEST_METHOD="POST", REMOTE_USER="root",
+                           HTTP_HOST="x", HTTP_ORIGIN="http://x", HTTP_X_LIBRPC_TOKEN=token)
+        return told[0]
+    body = {"table": "vlaninfo", "key": {"vlan": 10}, "changes": {"name": "b"}}
+    check("conflict", change({**body, "read": {"name": "another"}}), "Status: 409 Conflict")
+    tell("fault oltmib_vlaninfo_get_1 count=1 error system_err")
+    check("a daemon's error", change(body), "Status: 502 Bad Gateway")
+    tell("stop nsminfo")
+    check("no daemon", change(body), "Status: 503 Service Unavailable")
+    tell("start nsminfo")
+    gateway.server.write("/srv/etc/web.lua", SITE.replace(PATIENT, "limits = { deadline = 0.2 },"))
+    tell("fault oltmib_vlaninfo_get_1 count=1 drop")
+    check("a silent daemon", change(body), "Status: 504 Gateway Timeout")
+    gateway.server.write("/srv/etc/web.lua", SITE.replace(LOG, "/nowhere/changes.log"))
+    complaint = b"librpc.web: log: expected a file that can be written, found /nowhere/changes.log: No such file or " \
+                b"directory\n"
+    check("no log", change(body, complaint=complaint), "Status: 500 Internal Server Error")
+
+
+@test
+@only("lighttpd")
+def what_the_gateway_itself_gets_wrong_is_in_the_servers_log(gateway):
+    check("names are checked once", gateway.get("/api/schema").status, 200)
+    check("and that is kept", pathlib.Path("/run/librpc-web/names.checked").exists(), True)
+    gateway.server.write("/srv/librpc-web/librpc/web/schema.lua", 'error "broken in two"')
+    check("the client", gateway.get("/api/schema").json, {"error": {
+        "code": "internal", "field": None, "status": 500,
+        "message": "the gateway failed, and the server's log tells where"}})
+    check_in("the log", "librpc.web: handler: expected an answer, found ", gateway.server.log_text())
+    check_in("the log", "broken in two", gateway.server.log_text())
+
+
+@test
+@only("nginx", "apache")
+def a_configuration_counts_when_the_server_is_started_anew(gateway):
+    def rows():
+        return {gateway.get("/api/session").json["limits"]["rows"] for _ in range(20)}
+    check("before", rows(), {20000})
+    gateway.server.write("/srv/etc/web.lua", "return { limits = { rows = 7 } }")
+    check("processes keep what they have read", 20000 in rows(), True)
+    gateway.server.restart()
+    check("started anew", rows(), {7})
+
+
+@test
+@only("lighttpd")
+def what_was_compiled_is_what_runs(gateway):
+    for module in pathlib.Path("/srv/librpc-web/librpc/web").glob("health.lua"):
+        module.unlink()  # whose source nobody needs
+    check("well", gateway.get("/api/health").json["well"], True)
 
 
 @test
@@ -307,6 +385,27 @@ def what_cannot_be_compiled_is_told(gateway):
     }.items():
         made = subprocess.run(["lua5.1", SOURCE / "web" / "bundle.lua", *arguments], capture_output=True, text=True)
         check(" ".join(arguments), (made.returncode, made.stderr), (1, f"bundle: {told}\n"))
+    broken = pathlib.Path("/run/broken/librpc")
+    broken.mkdir(parents=True)
+    (broken / "names.lua").write_text("return {", encoding="utf-8")
+    output = pathlib.Path("/run/out.luac")
+
+    def compiles(*lua_folders, bytes_=None):
+        """The status and what is said; no more than so many bytes fit into a file."""
+        def limit():
+            signal.signal(signal.SIGXFSZ, signal.SIG_IGN)
+            resource.setrlimit(resource.RLIMIT_FSIZE, (bytes_ or resource.RLIM_INFINITY,) * 2)
+        made = subprocess.run(["lua5.1", SOURCE / "web" / "bundle.lua", output, *lua_folders], capture_output=True,
+                              text=True, preexec_fn=limit)
+        return made.returncode, made.stderr
+    status, said = compiles("/run/broken", *folders)
+    check("no Lua", (status, said[:31]), (1, "bundle: modules: expected Lua, "))
+    check("nothing is left of it", output.exists(), False)
+    check("Lua", compiles(*folders), (0, ""))
+    size = output.stat().st_size
+    check("a file whose end does not fit", compiles(*folders, bytes_=size // 4096 * 4096),
+          (1, f"bundle: {output}: expected a file that can be written, found File too large\n"))
+    check("a file that fits", (compiles(*folders, bytes_=size), output.stat().st_size), ((0, ""), size))
 
 
 @test
@@ -383,12 +482,32 @@ def a_silent_daemon_costs_the_deadline_and_its_own_place(gateway):
 def a_daemon_that_was_started_anew_costs_no_read(gateway):
     calls = {"calls": [{"api": "oltmib_lpdet_global_get_1"}, {"table": "portinfo", "key": {"port": 3}}]}
     walks = {"walks": [{"table": "lpdet_portinfo"}, {"table": "portinfo"}]}
-    for round_ in range(4):
+    for round_, daemons in enumerate((["lpdet", "nsminfo"], ["nsminfo"], ["lpdet"], ["lpdet", "nsminfo"])):
         for _ in range(8):  # each process of a server's
             gateway.post("/api/all", calls)
             gateway.post("/api/rows", walks)
-        tell("restart lpdet")
-        tell("restart nsminfo")
+        for daemon in daemons:
+            tell(f"restart {daemon}")
         for answer in gateway.post("/api/all", calls), gateway.post("/api/rows", walks):
             check(f"round {round_}", [one.get("failure") for one in answer.json["results"]], [None, None])
         check("health", gateway.get("/api/health").json["well"], True)
+
+
+@test
+@only("nginx", "apache")
+def a_second_try_takes_no_longer_than_the_first_has_left(gateway):
+    """One daemon refuses and is tried again; the other is silent and took all the time by then."""
+    calls = {"calls": [{"api": "oltmib_lpdet_global_get_1"}, {"table": "portinfo", "key": {"port": 3}}], "seconds": 0.6}
+    spent = []
+    for _ in range(3):  # a machine that stood still for a moment is not the gateway
+        for _ in range(8):
+            gateway.post("/api/all", calls)
+        tell("restart lpdet")
+        tell("fault lpdet drop")
+        tell("fault nsminfo drop")
+        began = time.monotonic()
+        results = gateway.post("/api/all", calls).json["results"]
+        spent.append(time.monotonic() - began)
+        check("both fail", ["failure" in one for one in results], [True, True])
+        tell("clear")
+    check(f"{spent}: a try of 0.6 s", 0.6 <= min(spent) < 1.1, True)

@@ -5,6 +5,7 @@ import json
 import os
 import pathlib
 import random
+import re
 import resource
 import signal
 import subprocess
@@ -511,3 +512,20 @@ def a_second_try_takes_no_longer_than_the_first_has_left(gateway):
         check("both fail", ["failure" in one for one in results], [True, True])
         tell("clear")
     check(f"{spent}: a try of 0.6 s", 0.6 <= min(spent) < 1.1, True)
+
+
+@test
+@only("nginx")
+def a_body_that_the_server_keeps_in_a_file_is_one_like_any(gateway):
+    path = pathlib.Path("/srv/librpc-web/servers/nginx/librpc.conf")
+    text = path.read_text(encoding="utf-8")
+    small = re.sub(r"client_body_buffer_size \w+;", "client_body_buffer_size 1k;", text)
+    check("a smaller buffer", small != text, True)
+    gateway.server.write(path, small)
+    gateway.server.restart()
+    call = b'{"calls":[{"table":"portinfo","key":{"port":3}}]'
+    for size, code in (2000, 200), (65536, 200), (65537, 413), (70000, 413):
+        answer = gateway.post("/api/all", call + b" " * (size - len(call) - 1) + b"}")
+        check(f"{size} bytes", answer.status, code)
+        if code == 200:
+            check("its row", answer.json["results"][0]["row"]["name"], "ge3")

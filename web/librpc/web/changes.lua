@@ -6,6 +6,7 @@ local calling = require "librpc.record.calling"
 local cells = require "librpc.web.cells"
 local journal = require "librpc.web.journal"
 local json = require "librpc.web.json"
+local names = require "librpc.names"
 local reading = require "librpc.record.reading"
 local reads = require "librpc.web.reads"
 local record = require "librpc.record"
@@ -18,14 +19,10 @@ local function failed(code, message, more)
   return refusals.make(code, message, cells.field_of(message), more)
 end
 
--- What is wrong with the fields of an API, as POST /api/check tells it; nil, a message, a code.
+-- What is wrong with the fields of an API that is there, as POST /api/check tells it.
 local function wrong_fields(api_name, fields)
-  local wrong, message, code = record.check(api_name, fields)
-  if not wrong then
-    return nil, message, code
-  end
   local told = {}
-  for name, problem in pairs(wrong) do
+  for name, problem in pairs(assert(record.check(api_name, fields))) do
     local limits = problem.limits
     limits.words = limits.words and json.array(limits.words)
     told[name] = { code = problem.code, message = problem.message, limits = limits }
@@ -69,11 +66,7 @@ function changes.check(request)
   if not api then
     return nil, refusal
   end
-  local wrong, message, code = wrong_fields(api.name, body.fields or {})
-  if not wrong then
-    return failed(code, message)
-  end
-  return { wrong = wrong }
+  return { wrong = wrong_fields(api.name, body.fields or {}) }
 end
 
 -- The first field in which a row differs from what the page showed, as both are told.
@@ -165,14 +158,11 @@ local function add(request, apis, view, table_name, key, given)
   for name, value in pairs(given) do
     fields[view.field[name] or name] = value
   end
-  local wrong, message, code = wrong_fields(apis.set.name, fields)
-  if not wrong then
-    return failed(code, message)
-  elseif next(wrong) then
+  local wrong = wrong_fields(apis.set.name, fields)
+  if next(wrong) then
     return refuse_wrong(wrong)
   end
-  local there
-  there, message, code = reads.one(request.site, table_name, key, request.site.limits.deadline)
+  local there, message, code = reads.one(request.site, table_name, key, request.site.limits.deadline)
   if there then
     return refusals.make("row_exists", nil, nil, { row = cells.row(apis.get or apis.getn, view, there) })
   elseif code ~= "no_row" then
@@ -190,12 +180,11 @@ end
 
 local function by_table(request, apis, view, table_name, body)
   local key, given = body.key or {}, body.changes or {}
-  local wrong, message, code = wrong_fields(apis.set.name, given)
-  if not wrong then
-    return failed(code, message)
-  elseif next(wrong) then
+  local wrong = wrong_fields(apis.set.name, given)
+  if next(wrong) then
     return refuse_wrong(wrong)
   end
+  local message, code
   key, message, code = reading.checked_key(apis, view, table_name, key)
   if not key then
     return failed(code, message)
@@ -238,17 +227,12 @@ function changes.change(request)
     return refusals.make("no_operation", api.name .. ": expected an API that changes something, found one that reads")
   end
   if body.api then
-    local opened, view, view_code = tables.open(api.name)
-    if not opened then
-      return failed(view_code, view)
-    end
-    local wrong, message, code = wrong_fields(api.name, body.fields or {})
-    if not wrong then
-      return failed(code, message)
-    elseif next(wrong) then
+    local fields = body.fields or {}
+    local wrong = wrong_fields(api.name, fields)
+    if next(wrong) then
       return refuse_wrong(wrong)
     end
-    return by_api(request, api, view, body.fields or {})
+    return by_api(request, api, names.view(api.table), fields)
   end
   local apis, view, table_name = reading.open(body.table)
   if not apis then

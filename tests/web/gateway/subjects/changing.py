@@ -310,5 +310,5 @@ def a_change_whose_line_is_lost_says_so(gateway):
     answer = gateway.change({"table": "vlaninfo", "key": {"vlan": 10}, "changes": {"name": "phones"}})
     check("a full disk", (answer.status, answer.json.get("logged")), (200, False))
     check("the change is made", gateway.expected("get", "vlaninfo", '{"vlan":10}', "name"), ["phones"])
-    check_in("the server's log has the line", "librpc.web: log: expected the line of a change to be written, found that "
-             'it was not: {"fields":{"name":{"after":"phones","before":"voice"}}', gateway.server.log_text())
+    check_in("the server's log has the line", "librpc.web: log: expected the line of a change to be written, found "
+             'that it was not: {"fields":{"name":{"after":"phones","before":"voice"}}', gateway.server.log_text())

@@ -362,7 +362,8 @@ METRIC_NAMES = """return {
   },
   mbaserialstatis = { title = "Lines", key = {}, err = { name = "errors", role = "errors_in" } },
   portrate = {
-    ifx = { name = "port", secret = true }, name = { name = "called", role = "port_name" }, field2 = { role = "errors_in" },
+    ifx = { name = "port", secret = true }, name = { name = "called", role = "port_name" },
+    field2 = { role = "errors_in" },
   },
   dosif = { title = "By port", ifx = { name = "port", secret = true } },
   igmpsnp = { title = "Snooping", int2 = { name = "grp_age", role = "errors_in" } },
@@ -416,7 +417,8 @@ def metrics_are_told_to_the_letter(gateway):
     check("each table once", up, [f'librpc_table_up{{table="{table}"}} 1' for table in tables[:-1]])
     for rows, ports in (20, 2), (1, 1):  # shared by seven tables
         gateway.configure(site % rows)
-        check(f"{rows} rows", len([line for line in lines() if line.startswith("librpc_lldpifstat_value2_total{")]), ports)
+        check(f"{rows} rows", len([line for line in lines() if line.startswith("librpc_lldpifstat_value2_total{")]),
+              ports)
     # what the library tells with a sign, of a table whose key is a secret: 64 bits, low half first, and 32
     rates = struct.pack(">2I", 2048, 1 << 31) + bytes(8 * 5)
     body = struct.pack(">2i", 1, -2) + bytes(4 * 32) + rates + bytes(4 * 34)

@@ -306,8 +306,8 @@ def a_cgi_program_gives_every_status_its_reason(gateway):
     token = gateway.token("root")
 
     def change(body, **more):
-        told = run_program(gateway, "/api/change", json.dumps(body).encode(), **more, REQUEST_METHOD="POST", REMOTE_USER="root",
-                           HTTP_HOST="x", HTTP_ORIGIN="http://x", HTTP_X_LIBRPC_TOKEN=token)
+        told = run_program(gateway, "/api/change", json.dumps(body).encode(), **more, REQUEST_METHOD="POST",
+                           REMOTE_USER="root", HTTP_HOST="x", HTTP_ORIGIN="http://x", HTTP_X_LIBRPC_TOKEN=token)
         return told[0]
     body = {"table": "vlaninfo", "key": {"vlan": 10}, "changes": {"name": "b"}}
     check("conflict", change({**body, "read": {"name": "another"}}), "Status: 409 Conflict")

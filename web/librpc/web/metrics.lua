@@ -94,13 +94,19 @@ local function put_table(page, table_name, rows)
   end
 end
 
+-- Whether the API reads a table without a key: row by row, or its only one.
+local function is_read_whole(api)
+  return api.operation == "getn"
+    or api.operation == "get" and #tables.key_of(tables.operations(api.table), names.view(api.table)) == 0
+end
+
 -- The tables that are asked for: those of the configuration that the user may read, each once.
 local function wanted_tables(request)
   local wanted, list, seen = request.site.metrics, {}, {}
   if wanted == "*" then
     wanted = {}
     for _, api in ipairs(require("librpc.schema").apis) do
-      wanted[#wanted + 1] = (api.operation == "get" or api.operation == "getn") and api.table or nil
+      wanted[#wanted + 1] = is_read_whole(api) and api.table or nil
     end
   end
   for _, name in ipairs(wanted) do

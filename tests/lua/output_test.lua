@@ -45,6 +45,7 @@ for _, row in ipairs {
   { 'a"b\\c\n\r\t\0\27', nil, '"a\\"b\\\\c\\n\\r\\t\\u0000\\u001b"' },
   { "c1 \194\155 rtl \226\128\174 \127", nil, '"c1 \\u009b rtl \\u202e \\u007f"' },
   { "🙂", nil, '"🙂"' },
+  { 2 ^ 52 + 1, nil, "4503599627370497" }, { 2 ^ 60, nil, "1.152921504606847e+18" },
   { "Grüße\255", nil, '"Grüße\\u00ff"' },
   { { 1, "a", { 2 } }, nil, '[1,"a",[2]]' },
   { output.as_array {}, nil, "[]" },
@@ -63,17 +64,22 @@ check.equal("colours", output.lines(rows, { aligned = true, coloured = true }),
   "\27[1mname\27[0m       \27[1mvalue\27[0m\nü          1\nlong name  \27[1;33m22\27[0m\n")
 check.equal("cut cells", output.lines({ { "a long text here", "b" }, { "short", "c" } }, { aligned = true, most = 10 }),
   "a long ...  b\nshort       c\n")
+check.equal("a cell is as wide as its text, whatever its colour, and an empty one has no width",
+  output.lines({ { { "a", "changed" }, "", "b" }, { "c", "", "d" } }, { aligned = true }), "a    b\nc    d\n")
 check.equal("nothing is cut for programs", output.lines({ { "a long text here", "b" } }, { most = 10 }),
   "a long text here\tb\n")
 
 -- What a terminal has room for
 for _, row in ipairs {
   { "abc", 3 }, { "ü", 1 }, { "漢字", 4 }, { "🙂", 2 }, { "e\204\129", 1 }, { "\\xff", 4 },
+  { "e\204\128", 1 }, { "λ Ж", 3 }, { "a\255b", 3 },
 } do
   check.row(output.width, { row[1] }, { row[2] })
 end
 check.row(output.fitted, { "漢字漢字", 6 }, { "漢..." })
+check.row(output.fitted, { "abcdef", 2 }, { ".." })
 check.row(output.fitted, { "abcdef", 3 }, { "..." })
+check.row(output.fitted, { "abcdef", 4 }, { "a..." })
 check.row(output.fitted, { "abcdef", 6 }, { "abcdef" })
 
 check.finish()

@@ -55,6 +55,44 @@ prints("set portinfo --where enabled=off enabled=on --json",
 fails("set portinfo --where port=99 enabled=on --yes", 6, "rpcctl: set: portinfo: expected rows that pass the filter, "
   .. "found none; rpcctl rows TABLE shows every row, rpcctl add makes one\n")
 
+prints("set portinfo --where enabled=on port=6 mtu=1600", "port=6 mtu: 1500 -> 1600\n") -- the key narrows what passes
+prints("set portinfo 'port>5' link=up port=7 mtu=1600 --json",
+  '[{"row":"port=7","status":0,"changed":{"mtu":{"before":1500,"after":1600}}}]\n')
+check.equal("the others are as they were", (run "rpcctl rows portinfo mtu=1600 --fields port"), "5\n6\n7\n")
+prints("set portinfo --where port=6 mtu=1600", "") -- which lists what changes, and that is nothing
+prints("set account --where user=admin password=q", "user=admin password: (set) -> (set)\n")
+prints("set account --where user=admin password=secret --json --show-secrets",
+  '[{"row":"user=admin","status":0,"changed":{"password":{"before":"q","after":"secret"}}}]\n')
+run [[echo 'return { svi = { field1 = { name = "vlan", values = { [1] = "one" } } } }' >/run/one.lua]]
+check.equal("rows are called by the words of their keys", {
+  run "LIBRPC_NAMES=/run/one.lua rpcctl set svi 'vlan>=0' name=q --dry-run" }, { 'vlan=one name: vlan1 -> q\nvlan=20 name: "two words" -> q\n', "", 0 })
+fails("set pminfo description=q", 2, "rpcctl: set: pminfo: expected session=..., which says which row, found no such "
+  .. "word; rpcctl rows TABLE shows every row\n") -- it is walked, and has no get
+prints("set pminfo session=1 description=q", 'description: "capture at port 6" -> q\n')
+fails("set syslogremote address=q", 2, "rpcctl: set: syslogremote: expected number=..., which says which row, found no "
+  .. "such word; rpcctl rows TABLE shows every row\n") -- it has a get, and is not walked
+
+-- What nobody can read back is sent alone
+local function last_sent()
+  return (run "tail -n 1 $SIM_LOG | cut -d ' ' -f 4-")
+end
+prints("set vlanbitmapinfo --only vlan=7 bitmap=f", "")
+check.equal("the fields given", last_sent(), "oltmib_vlanbitmapinfo_set_1 7&f&&&&0&0\n")
+prints("set vlanbitmapinfo --only vlan=8 --json", '{"status":0,"changed":{}}\n')
+prints("set vlanbitmapinfo --only vlan=9 --dry-run", "")
+prints("set vlanbitmapinfo --only vlan=9 --dry-run --json", '{"status":null,"changed":{}}\n')
+check.equal("a dry run of it", last_sent(), "oltmib_vlanbitmapinfo_set_1 8&&&&&0&0\n")
+fails("set vlanbitmapinfo --only vlan=x", 2, "rpcctl: oltmib_vlanbitmapinfo_set_1: vlan: expected a whole number, "
+  .. 'found "x"; rpcctl describe TABLE shows the fields\n')
+
+-- The daemon's own status
+shell.tell "fault nsminfo after=1 raw XID0000000100000000000000000000000000000000ffffffff"
+fails("set svi vlan=20 name=x", 6, "rpcctl: oltmib_svi_set_1: expected status 0, found -1, the daemon's own\n")
+shell.tell "clear"
+shell.tell "fault oltmib_svi_set_1 raw XID000000010000000000000000000000000000000000000001"
+fails("add svi vlan=66 name=x", 6, "rpcctl: oltmib_svi_set_1: expected status 0, found 1, the daemon's own\n")
+shell.tell "clear"
+
 -- On a terminal it asks; only a yes is one
 local question = "Change 2 rows of portinfo? [y/N]"
 for answer, shows in pairs { y = "port=6 enabled: on -> off", n = "nothing was changed",
@@ -82,6 +120,12 @@ prints("set account user=admin password=other --json",
 -- add
 prints("add svi vlan=30 'name=guests net'", 'vlan: -> 30\nname: -> "guests net"\n')
 prints("get svi vlan=30 --fields name", "name\tguests net\n")
+prints("add svi vlan=31 name=x --json", '{"status":0,"changed":{"vlan":{"after":31},"name":{"after":"x"}}}\n')
+prints("add svi vlan=32 --dry-run --json", '{"status":null,"changed":{"vlan":{"after":32}}}\n')
+prints("add account user=bob password=pw", "user: -> bob\npassword: -> (set)\n")
+prints("add account user=eve password=pw --show-secrets --json",
+  '{"status":0,"changed":{"user":{"after":"eve"},"password":{"after":"pw"}}}\n')
+prints("add account user=joe password=pw --show-secrets", "user: -> joe\npassword: -> pw\n")
 fails("add svi vlan=30 name=x", 6, "rpcctl: oltmib_svi_set_1: expected a key of which there is no row, found a row; "
   .. "rpcctl set changes it\n")
 fails("add telnet tcp_port=24", 6, "rpcctl: oltmib_telnet_set_1: expected a key of which there is no row, found a "

@@ -187,7 +187,7 @@ function backup_file.write(path, text, private)
   local pipe = io.popen("mktemp -- " .. shell_word(path .. ".XXXXXX") .. " 2>&1")
   local new = pipe:read("*l") or ""
   pipe:close()
-  if new:sub(1, #path + 1) ~= path .. "." or new:find(": ", #path + 1, true) then
+  if new:sub(1, #path + 1) ~= path .. "." then
     return nil, new
   end
   local function fail(reason)

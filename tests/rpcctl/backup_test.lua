@@ -41,23 +41,26 @@ check.equal("rows are sorted", table.concat(ports, " "), "1 2 3 4 5 6 7 8")
 -- whatever the order in which the daemon has them
 local settings = require "rpcctl.settings"
 local walks = record.walks
+local places = { vlaninfo = { 3, 2, 1 }, portinfo = { 1, 3, 2, 4 } }
 rawset(record, "walks", function(list)
   local rows = walks(list)
   for i, all in ipairs(rows) do
     local turned = {}
-    for n = #all, 1, -1 do
-      turned[#turned + 1] = all[n]
+    for n, place in ipairs(places[list[i][1]]) do
+      turned[n] = all[place]
     end
     rows[i] = turned
   end
   return rows, {}
 end)
 local order = {}
-for _, entry in ipairs(settings.read(settings.tables("backup", { "vlaninfo", "mstp_if" }), {})[1].entries) do
-  order[#order + 1] = entry.values.field1
+for _, one in ipairs(settings.read(settings.tables("backup", { "vlaninfo", "portinfo" }), {})) do
+  for _, entry in ipairs(one.entries) do
+    order[#order + 1] = entry.values.field1 or entry.values.ifx
+  end
 end
 rawset(record, "walks", walks)
-check.equal("rows of a daemon that has them in no order", table.concat(order, " "), "1 10 20")
+check.equal("rows of daemons that have them in no order", table.concat(order, " "), "1 2 3 4 1 10 20")
 check.equal("rows of keys of two fields are sorted",
   run "rpcctl backup - mstp_if | grep -o '^mstp_if instance=. port=.' | sort -c -t= -k2,2 && echo sorted", "sorted\n")
 check.equal("modes", run("umask 022; rpcctl backup /run/open.txt svi; rpcctl backup /run/shut.txt svi --show-secrets; "
@@ -272,5 +275,108 @@ check.equal("a daemon that dies in the middle", { status, errors:match("did not 
 shell.tell "clear"
 -- the daemon had carried it out before it fell silent
 prints("restore /run/three.txt | tail -n 1", "0 changed, 0 added, 3 as they were\n")
+
+-- What is there to read again: secrets that were kept, reals that the daemon may know better
+run "rpcctl set account user=admin password=old; rpcctl backup /run/accounts.txt account snmp_community --show-secrets"
+run "rpcctl set account user=admin password=new"
+fails("diff /run/accounts.txt", 8, "", "account user=admin password: (set) -> (set)\n")
+fails("diff /run/accounts.txt --show-secrets", 8, "", "account user=admin password: old -> new\n")
+prints("restore /run/accounts.txt --show-secrets", "account user=admin password: new -> old\n"
+  .. "1 changed, 0 added, 3 as they were\n")
+prints("get account user=admin --fields password --show-secrets", "password\told\n")
+run "rpcctl backup /run/ntp.txt ntp; rpcctl set ntp stratum=5 offset=0.25 delay=12.5"
+prints("restore /run/ntp.txt", "ntp stratum: 5 -> 2\n1 changed, 0 added, 0 as they were\n")
+prints("get ntp --fields offset,delay", "offset\t0.25\ndelay\t12.5\n")
+
+-- All of a file: what is not kept, a blank line where anything is, rows by number and by text
+run "rpcctl add account user=10; rpcctl add account user=9; rpcctl add account user=1x"
+local about = "# Settings of a device, written by rpcctl backup. A row a line: the table, its key, its other fields.\n"
+  .. "# rpcctl restore sends what differs, from top to bottom; rpcctl diff shows it.\n\n"
+prints("backup - account", about .. "# not kept: account password: secret; --show-secrets keeps it\n\n"
+  .. 'account user=9 number=0 level=0 text80a="" text80b="" enabled=off text32=""\n'
+  .. 'account user=10 number=0 level=0 text80a="" text80b="" enabled=off text32=""\n'
+  .. 'account user=1x number=0 level=0 text80a="" text80b="" enabled=off text32=""\n'
+  .. 'account user=admin number=1 level=15 text80a="" text80b="" enabled=on text32=""\n'
+  .. 'account user=guest number=2 level=1 text80a="" text80b="" enabled=on text32=""\n')
+run "rpcctl add vlaninfo vlan=2 active=on"
+check.equal("numbers in the order of numbers", { run "rpcctl backup - vlaninfo | sed 's/ active.*//'" },
+  { about .. "vlaninfo vlan=1\nvlaninfo vlan=2\nvlaninfo vlan=10\nvlaninfo vlan=20\n", "", 0 })
+run [[echo 'return { ["*"] = { ends = { 1 } }, mstp_if = { key = { "value1" } } }' >/run/wrong_key.lua]]
+check.equal("rows that cannot be told apart", { run "LIBRPC_NAMES=/run/wrong_key.lua rpcctl backup - mstp_if | sed 1,3d" },
+  { "# not kept: mstp_if: several rows have the key mstp_if value1=0; a file of names can tell more of it\n\n", "", 0 })
+
+-- A table of one row, or none, that has none: all zeros, and the last of its 35 units says so
+shell.tell("fault oltmib_fdbparam_get_1 raw XID00000001" .. ("00000000"):rep(4) .. ("00000000"):rep(34) .. "00000001")
+fails("get fdbparam", 6, "rpcctl: get: fdbparam: expected a row, found none; rpcctl rows TABLE shows every row, rpcctl "
+  .. "add makes one\n")
+prints("backup - fdbparam", about)
+shell.tell("fault oltmib_ntp_get_1 raw XID00000001" .. ("00000000"):rep(4) .. ("00000000"):rep(402) .. "00000001") -- 403 units
+prints("backup - ntp", about) -- nor is there anything that is not kept
+shell.tell "clear"
+
+-- Rows that cannot be compared or brought back, each way
+local function write(path, text)
+  file = assert(io.open(path, "w"))
+  file:write(text)
+  file:close()
+end
+write("/run/lost.txt", "vlanbitmapinfo vlan=3 bitmap=ff\nvlaninfo vlan=20 name=v2\n")
+fails("restore /run/lost.txt --keep-going >/run/out; code=$?; grep -v alone /run/out; (exit $code)", 1,
+  "rpcctl: vlanbitmapinfo vlan=3 not restored: its rows cannot be read; rpcctl health tells which daemons answer\n",
+  "vlaninfo vlan=20 name: v1 -> v2\n1 changed, 0 added, 0 as they were, 1 not restored\n")
+fails("diff /run/lost.txt", 1, "rpcctl: diff: vlanbitmapinfo: expected a table that can be compared, found that its "
+  .. "rows cannot be read; rpcctl health tells which daemons answer\n")
+write("/run/absent.txt", "lpdet_portinfo port=1 enabled=off\nvlanbitmapinfo vlan=3\nvlaninfo vlan=20 name=v3\n")
+shell.tell "stop lpdet"
+local absent = "oltmib_lpdet_portinfo_getn_1 (service lpdet, program 50018): the daemon has not registered with the "
+  .. "port mapper [RPC: Program not registered]; start the service's daemon; rpcctl health tells which daemons answer\n"
+fails("restore /run/absent.txt >/run/out; code=$?; grep -v alone /run/out; (exit $code)", 4,
+  "rpcctl: lpdet_portinfo port=1 not restored: " .. absent,
+  "0 changed, 0 added, 0 as they were, 1 not restored, 2 not tried (--keep-going tries them)\n")
+check.equal("the status of the first of two failures",
+  select(3, run "rpcctl restore /run/absent.txt --keep-going >/dev/null 2>&1"), 4)
+write("/run/absent.txt", "lpdet_portinfo port=1 enabled=off\n")
+fails("diff /run/absent.txt", 4, "rpcctl: " .. absent)
+shell.tell "start lpdet"
+shell.tell "fault oltmib_vlaninfo_set_1 raw XID000000010000000000000000000000000000000000000003"
+write("/run/refused.txt", "vlaninfo vlan=20 name=v4\n")
+fails("restore /run/refused.txt 2>&1 >/dev/null", 6, "", "rpcctl: vlaninfo vlan=20 not restored: vlaninfo vlan=20: "
+  .. "expected status 0, found 3, the daemon's own\n")
+shell.tell "clear"
+
+-- diff of two files: what only one of them has, in their orders
+write("/run/monday.txt", "svi vlan=1 name=a address=10.0.0.1/8\nsvi vlan=9 name=b\nlpdet_portinfo port=1\n")
+write("/run/friday.txt", "svi vlan=3 name=z\nsvi vlan=1 name=c\n")
+fails("diff /run/monday.txt /run/friday.txt", 8, "",
+  "svi vlan=1 name: a -> c\n- svi vlan=9\n- lpdet_portinfo port=1\n+ svi vlan=3\n")
+write("/run/less.txt", "svi vlan=3 name=z\n")
+fails("diff /run/friday.txt /run/less.txt", 8, "", "- svi vlan=1\n")
+fails("diff /run/less.txt /run/friday.txt", 8, "", "+ svi vlan=1\n")
+prints("diff /run/less.txt /run/less.txt", "")
+fails("diff /run/less.txt /run/friday.txt >/dev/full", 1, "rpcctl: standard output: expected room for all of it, found "
+  .. "a write error; is there room, and may you write there?\n")
+
+-- What a line may look like
+write("/run/one.txt", "   \n  # svi vlan=1 name=q\n  svi\tvlan=1   name=\\x61b\\\\\\tc  \nsvi vlan=2 name=\"\\x22 \\\"\"\n")
+write("/run/other.txt", "svi vlan=1 name=-\nsvi vlan=2 name=-")
+fails("diff /run/one.txt /run/other.txt", 8, "", 'svi vlan=1 name: ab\\\\\\tc -> -\nsvi vlan=2 name: "\\" \\"" -> -\n')
+for line, expected in pairs {
+  ["=x"] = "a table's name", ["svi vlan=20 x"] = "FIELD=VALUE", ['svi vlan=20 name="a"b'] = "FIELD=VALUE",
+  ['svi vlan=20 name=a"b'] = "a value of name that ends, with escapes that there are",
+  ['svi vlan=20 name="a\\x6"'] = "a value of name that ends, with escapes that there are",
+} do
+  write("/run/wrong.txt", line .. "\n")
+  fails("diff /run/wrong.txt", 2, ('rpcctl: diff: /run/wrong.txt:1: expected %s, found "%s"\n'):format(expected,
+    (line:gsub('[\\"]', "\\%0"))))
+end
+write("/run/wrong.txt", "portinfo port=1 field13=x\n") -- a field that nobody gave a name
+fails("diff /run/wrong.txt", 2,
+  'rpcctl: diff: /run/wrong.txt:1: oltmib_portinfo_set_1: field13: expected a whole number, found "x"\n')
+
+-- A restore that cannot tell what it did does no more
+shell.tell "clear"
+write("/run/two.txt", "vlaninfo vlan=2 name=n1\nvlaninfo vlan=10 name=n2\n")
+check.equal("its status", select(3, run "rpcctl restore /run/two.txt >/dev/full 2>&1"), 1)
+prints("rows vlaninfo --fields vlan,name name~n?", "2\tn1\n")
 
 check.finish()

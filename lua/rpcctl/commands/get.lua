@@ -5,13 +5,9 @@ local formats = require "rpcctl.formats"
 local reading = require "rpcctl.reading"
 local subject = require "rpcctl.subject"
 
--- The words of filters as they were given.
+-- " with port=3": the words of filters as they were given.
 local function told(words)
-  local list = {}
-  for i = 2, #words do
-    list[i - 1] = words[i]
-  end
-  return table.concat(list, " ")
+  return words[2] and " with " .. table.concat(words, " ", 2) or ""
 end
 
 return {
@@ -41,12 +37,12 @@ return {
       return #rows < 2
     end)
     if #rows > 1 then
-      ending.give_up(("get: %s: expected one row with %s, found %s and %s"):format(this.name, told(words),
+      ending.give_up(("get: %s: expected one row%s, found %s and %s"):format(this.name, told(words),
         this:key_of(rows[1]), this:key_of(rows[2])), "usage")
     elseif not done then
       ending.give_up(message, code)
     elseif not rows[1] then
-      ending.give_up(("get: %s: expected a row with %s, found none"):format(this.name, told(words)), "no_row")
+      ending.give_up(("get: %s: expected a row%s, found none"):format(this.name, told(words)), "no_row")
     end
     if options.json then -- one row is no list
       return ending.write(formats.object(columns, rows[1], shown), "\n")

@@ -67,8 +67,7 @@ local function bring(entry, now, options)
   local this = entry.this
   local call = { call_seconds = options.call_seconds, dry_run = options["dry-run"] }
   if now.lost or now.failure then
-    return nil, now.lost and entry.named .. ": " .. now.lost or now.failure.message,
-      now.lost and "failed" or now.failure.code
+    return nil, now.lost or now.failure.message, now.lost and "failed" or now.failure.code
   end
   local there = now.by_key[entry.key]
   if not there then

@@ -1,6 +1,12 @@
--- How rpcctl writes: cells, JSON and lines.
+-- What rpcctl does without a device: how it writes cells, JSON and lines; which rows its
+-- filters mean, and in which order they stand; what it takes as words and as options.
 local check = require "check"
+local ending = require "rpcctl.ending"
+local filters = require "rpcctl.filters"
+local options = require "rpcctl.options"
 local output = require "rpcctl.output"
+local reading = require "rpcctl.reading"
+local subject = require "rpcctl.subject"
 
 -- A text, and what is printed of it
 for _, row in ipairs {
@@ -81,5 +87,175 @@ check.row(output.fitted, { "abcdef", 2 }, { ".." })
 check.row(output.fitted, { "abcdef", 3 }, { "..." })
 check.row(output.fitted, { "abcdef", 4 }, { "a..." })
 check.row(output.fitted, { "abcdef", 6 }, { "abcdef" })
+
+-- What a call says on standard error, and the status with which it ends
+local function ends(called, ...)
+  local said = {}
+  local standard_error = io.stderr
+  rawset(io, "stderr", { write = function(_, ...) said[#said + 1] = table.concat { ... } end })
+  local ok, problem = pcall(called, ...)
+  rawset(io, "stderr", standard_error)
+  return table.concat(said), not ok and getmetatable(problem) == ending.Exit and problem.status or problem
+end
+
+-- Which of some values a filter of a table's field means
+for _, row in ipairs {
+  { "portstat", "counter9>-9", "-100 -10 -9 -8 0 7 10 100", "-8 0 7 10 100" },
+  { "portstat", "counter9<-9", "-100 -10 -9 -8 0 7 10 100", "-100 -10" },
+  { "portstat", "counter9<=-9", "-10 -9 -8 0", "-10 -9" },
+  { "portstat", "counter9>=-9", "-10 -9 -8 0", "-9 -8 0" },
+  { "portstat", "counter9<8", "-9 -7 0 7 8 9 10", "-9 -7 0 7" },
+  { "portstat", "counter9>8", "-9 -7 0 7 8 9 10", "9 10" },
+  { "portstat", "counter9<=10", "-100 9 10 11 100", "-100 9 10" },
+  { "portstat", "counter9=0010", "0 1 10 100", "10" },
+  { "portstat", "counter9!=10", "0 10 -10", "0 -10" },
+  { "portstat", "counter9=-10", "0 10 -10", "-10" },
+  { "portstat", "counter9>99999999999999999998", "99999999999999999998 99999999999999999999",
+    "99999999999999999999" },
+  { "svi", "field1<10", "-1 9 10 100", "-1 9" }, { "svi", "field1>9", "-1 9 10 100", "10 100" },
+  { "devinfo", "int1<=10", "9 10 100", "9 10" }, { "devinfo", "int1!=10", "9 10 100", "9 100" },
+  { "ntp", "real1>=10", "-20 9.5 10 100.25", "10 100.25" }, { "ntp", "real1=9.50", "9.5 10", "9.5" },
+  { "svi", "name<b", "a b c", "a" }, { "svi", "name>=b", "a b c", "b c" }, { "svi", "name=b", "a b c", "b" },
+  { "svi", "name!=" .. ("x"):rep(40), "a b", "a b" }, -- which no row can have
+  { "svi", "name~*B?d", "abcd ABED bd bbd", "abcd ABED bbd" }, { "svi", "name!~B", "abc xyz", "xyz" },
+  { "svi", "name~[a.b]", "[a.b] acb", "[a.b]" }, { "svi", "name!=", "a", "a" },
+  { "fdb", "mac=001e.80aa.0001", "00-1E-80-AA-00-01 00-1E-80-AA-00-02", "00-1E-80-AA-00-01" },
+  { "fdb", "mac>00:1e:80:aa:00:01", "00-1E-80-AA-00-01 00-1E-80-AA-00-02", "00-1E-80-AA-00-02" },
+  { "opticaldetail", "alarm=0a" .. ("0"):rep(62), ("0"):rep(64) .. " 0A" .. ("0"):rep(62), "0A" .. ("0"):rep(62) },
+} do
+  local this = subject.open("rows", row[1])
+  local filter = filters.of(this, row[2])
+  local is_number = ({ int = true, unsigned = true, real = true })[filter.field.reply.kind]
+  local meant = {}
+  for word in row[3]:gmatch("%S+") do
+    if filter.matches { [filter.field.field] = is_number and tonumber(word) or word } then
+      meant[#meant + 1] = word
+    end
+  end
+  check.equal(row[1] .. " " .. row[2], table.concat(meant, " "), row[4])
+end
+local lists = filters.of(subject.open("rows", "qosifcfg"), "list1=0,1,2,3,4,5,6,7")
+check.equal("a list", { lists.matches { list1 = { 0, 1, 2, 3, 4, 5, 6, 7 } },
+  lists.matches { list1 = { 0, 1, 2, 3, 4, 5, 6, 8 } } }, { true, false })
+for _, row in ipairs {
+  { "svi", "field1=0x10",
+    'rows: svi: field1: expected a number, found "0x10"; rpcctl describe TABLE shows the fields' },
+  { "svi", "field1<nan", 'rows: svi: field1: expected a number, found "nan"; rpcctl describe TABLE shows the fields' },
+  { "portstat", "counter9=1.5",
+    'rows: portstat: counter9: expected a whole number, found "1.5"; rpcctl describe TABLE shows the fields' },
+  { "svi", "=x", "rows: expected FIELD=VALUE (or != < <= > >= ~ !~), found '=x'; see rpcctl rows --help" },
+  { "svi", "name!x", "rows: expected FIELD=VALUE (or != < <= > >= ~ !~), found 'name!x'; see rpcctl rows --help" },
+  { "devinfo", "oper=1", "rows: expected a field of a row of devinfo, found 'oper'; see rpcctl rows --help" },
+} do
+  check.row(ends, { filters.of, subject.open("rows", row[1]), row[2] }, { "rpcctl: " .. row[3] .. "\n", 2 })
+end
+-- A field with words, and one that is secret
+local told = subject.open("rows", "svi")
+told.view.numbers = { field1 = { two = 2 } }
+told.by_name.field1.values = { [18] = "last", [2] = "two", [9] = "nine", [17] = "next" }
+check.equal("a word is its number", filters.of(told, "field1>two").matches { field1 = 3 }, true)
+check.row(ends, { filters.of, told, "field1=tow" }, { 'rpcctl: rows: svi: field1: expected a number, or one of "two", '
+  .. '"nine", "next", "last", found "tow"; rpcctl describe TABLE shows the fields\n', 2 })
+told.by_name.field1.secret = true
+check.row(ends, { filters.of, told, "field1=hush" }, { 'rpcctl: rows: svi: field1: expected a number, or one of "two", '
+  .. '"nine", "next", "last", found a secret; rpcctl describe TABLE shows the fields\n', 2 })
+check.equal("filters from a word on", { #filters.all(told, { "svi", "name=a", "name=b" }, 2),
+  #filters.all(told, { "name=a" }) }, { 2, 1 })
+
+-- Rows in the order of a field: numbers as numbers, texts and lists as texts; equal ones stay
+for _, row in ipairs {
+  { "portstat", "counter9", "10 -9 9 0 -10 007 100 -100", "-100 -10 -9 0 007 9 10 100" },
+  { "portstat", "-counter9", "10 -9 9 0 -10 007 100 -100", "100 10 9 007 0 -9 -10 -100" },
+  { "svi", "field1", "10 -9 9 0 100", "-9 0 9 10 100" }, { "svi", "-field1", "10 -9 9 0 100", "100 10 9 0 -9" },
+  { "svi", "name", "b a c B", "B a b c" }, { "svi", "-name", "b a c B", "c b a B" },
+  { "qosifcfg", "list1", "2,1 1,9 1,10", "1,10 1,9 2,1" },
+} do
+  local this = subject.open("rows", row[1])
+  local field = row[2]:gsub("^-", "")
+  local kind = this:field(field).reply.kind
+  local list, sorted = {}, {}
+  for word in row[3]:gmatch("%S+") do
+    local value = kind == "int" and tonumber(word) or word
+    if kind == "list" then
+      value = {}
+      for number in word:gmatch("%d+") do
+        value[#value + 1] = number
+      end
+    end
+    list[#list + 1] = { [field] = value, word = word }
+  end
+  reading.sort(list, reading.order(this, row[2]))
+  for i, one in ipairs(list) do
+    sorted[i] = one.word
+  end
+  check.equal(row[1] .. " by " .. row[2], table.concat(sorted, " "), row[4])
+end
+local twins, numbers = {}, {}
+for i = 1, 12 do
+  twins[i] = { field1 = i % 2, number = i }
+end
+reading.sort(twins, reading.order(told, "-field1"))
+for i, one in ipairs(twins) do
+  numbers[i] = one.number
+end
+check.equal("equal ones stay in their order", table.concat(numbers, " "), "1 3 5 7 9 11 2 4 6 8 10 12")
+check.row(ends, { reading.order, subject.open("rows", "devinfo"), "-oper" },
+  { "rpcctl: rows: expected a field of a row of devinfo, found 'oper'; see rpcctl rows --help\n", 2 })
+
+-- Words and options. An option without a value may be said again.
+local command = {
+  name = "try",
+  arguments = { { "FILE" }, { "TABLE", optional = true }, { "WORD", optional = true, many = true } },
+  options = { { "count", "N", "times", number = 2, whole = true }, { "all", nil, "every one" },
+    { "form", "FORM", "how", one_of = { "long", "short" } }, { "with", "WORD", "any", many = true } },
+}
+local few = { name = "few", arguments = { { "FILE" }, { "TABLE", optional = true } } }
+check.equal("usage", { options.usage(command), options.usage(few), options.usage {} },
+  { "FILE [TABLE] [WORD]...", "FILE [TABLE]", "" })
+for _, row in ipairs {
+  { { "a", "--count", "2", "--all", "--all", "-", "-5", "--with", "--all", "--with=", "--", "--count", "-h" },
+    { "a", "-", "-5", "--count", "-h" }, { count = 2, all = true, with = { "--all", "" } } },
+  { { "--timeout=0.001", "-h", "--form", "short", "b" }, { "b" }, { timeout = 0.001, help = true, form = "short" } },
+  { { "--" }, {}, {} },
+} do
+  check.row(options.parse, { command, row[1], 1 }, { row[2], row[3] })
+end
+check.equal("from a word on", { options.parse(command, { "try", "x", "y" }, 2) }, { { "x", "y" }, {} })
+for word, message in pairs {
+  ["--count=1"] = "expected --count and a whole number from 2, found '1'",
+  ["--count=2.5"] = "expected --count and a whole number from 2, found '2.5'",
+  ["--count=0x10"] = "expected --count and a whole number from 2, found '0x10'",
+  ["--count=3e1"] = "expected --count and a whole number from 2, found '3e1'",
+  ["--count=1.2.3"] = "expected --count and a whole number from 2, found '1.2.3'",
+  ["--timeout=0"] = "expected --timeout and a number from 0.001, found '0'",
+  ["--form=sort"] = "expected --form short, found 'sort'",
+  ["--form=x"] = "expected --form and one of long, short, found 'x'",
+  ["--all=no"] = "expected --all without a value, found '--all=no'",
+  ["--with"] = "expected WORD behind --with, found nothing",
+  ["--cuont"] = "expected an option (did you mean --count?), found '--cuont'",
+  ["--allow=3"] = "expected an option (did you mean --all?), found '--allow=3'",
+  ["--?"] = "expected an option of --help, found '--?'", ["-x"] = "expected an option of --help, found '-x'",
+} do
+  check.row(ends, { options.parse, command, { word }, 1 },
+    { "rpcctl: try: " .. message .. "; see rpcctl try --help\n", 2 })
+end
+check.row(ends, { options.parse, command, { "--form=long", "--form=long" }, 1 },
+  { "rpcctl: try: expected --form once, found '--form=long' again; see rpcctl try --help\n", 2 })
+for _, row in ipairs {
+  { few, {}, "few: expected FILE [TABLE], found nothing" }, { few, { "a", "b", "c" }, "few: expected FILE [TABLE], "
+    .. "found 'a' 'b' 'c'" }, { { name = "none" }, { "a" }, "none: expected no arguments, found 'a'" },
+  { few, { "a" } }, { few, { "a", "b" } }, { command, { "a", "b", "c", "d" } }, { { name = "none" }, {} },
+} do
+  check.row(ends, { options.check_count, row[1], row[2] }, row[3] and { "rpcctl: " .. row[3] .. "; see rpcctl "
+    .. row[1].name .. " --help\n", 2 } or { "", "nil" })
+end
+
+-- Texts in lines
+for _, row in ipairs {
+  { "one two six", "  ", 9, "one two\n  six" }, { "one twoo", "", 7, "one\ntwoo" }, { "one two", "", 7, "one two" },
+  { "elephant cat", "", 5, "elephant\ncat" }, { "a b\nc\n\nd", "  ", 20, "a b\n  c\n\n  d" }, { "", "", 9, "" },
+} do
+  check.row(options.wrapped, { row[1], row[2], row[3] }, { row[4] })
+end
 
 check.finish()

@@ -302,22 +302,22 @@ run "rpcctl add vlaninfo vlan=2 active=on"
 check.equal("numbers in the order of numbers", { run "rpcctl backup - vlaninfo | sed 's/ active.*//'" },
   { about .. "vlaninfo vlan=1\nvlaninfo vlan=2\nvlaninfo vlan=10\nvlaninfo vlan=20\n", "", 0 })
 run [[echo 'return { ["*"] = { ends = { 1 } }, mstp_if = { key = { "value1" } } }' >/run/wrong_key.lua]]
-check.equal("rows that cannot be told apart", { run "LIBRPC_NAMES=/run/wrong_key.lua rpcctl backup - mstp_if | sed 1,3d" },
-  { "# not kept: mstp_if: several rows have the key mstp_if value1=0; a file of names can tell more of it\n\n", "", 0 })
+check.equal("rows that cannot be told apart", (run "LIBRPC_NAMES=/run/wrong_key.lua rpcctl backup - mstp_if"),
+  about .. "# not kept: mstp_if: several rows have the key mstp_if value1=0; a file of names can tell more of it\n\n")
 
--- A table of one row, or none, that has none: all zeros, and the last of its 35 units says so
-shell.tell("fault oltmib_fdbparam_get_1 raw XID00000001" .. ("00000000"):rep(4) .. ("00000000"):rep(34) .. "00000001")
+-- A table of one row, or none, that has none: all zeros, and the last of its units says so
+shell.tell("fault oltmib_fdbparam_get_1 raw XID00000001" .. ("00000000"):rep(4 + 34) .. "00000001")
 fails("get fdbparam", 6, "rpcctl: get: fdbparam: expected a row, found none; rpcctl rows TABLE shows every row, rpcctl "
   .. "add makes one\n")
 prints("backup - fdbparam", about)
-shell.tell("fault oltmib_ntp_get_1 raw XID00000001" .. ("00000000"):rep(4) .. ("00000000"):rep(402) .. "00000001") -- 403 units
+shell.tell("fault oltmib_ntp_get_1 raw XID00000001" .. ("00000000"):rep(4 + 402) .. "00000001")
 prints("backup - ntp", about) -- nor is there anything that is not kept
 shell.tell "clear"
 
 -- Rows that cannot be compared or brought back, each way
-local function write(path, text)
+local function write(path, lines)
   file = assert(io.open(path, "w"))
-  file:write(text)
+  file:write(lines)
   file:close()
 end
 write("/run/lost.txt", "vlanbitmapinfo vlan=3 bitmap=ff\nvlaninfo vlan=20 name=v2\n")
@@ -357,7 +357,8 @@ fails("diff /run/less.txt /run/friday.txt >/dev/full", 1, "rpcctl: standard outp
   .. "a write error; is there room, and may you write there?\n")
 
 -- What a line may look like
-write("/run/one.txt", "   \n  # svi vlan=1 name=q\n  svi\tvlan=1   name=\\x61b\\\\\\tc  \nsvi vlan=2 name=\"\\x22 \\\"\"\n")
+write("/run/one.txt", "   \n  # svi vlan=1 name=q\n  svi\tvlan=1   name=\\x61b\\\\\\tc  \n"
+  .. "svi vlan=2 name=\"\\x22 \\\"\"\n")
 write("/run/other.txt", "svi vlan=1 name=-\nsvi vlan=2 name=-")
 fails("diff /run/one.txt /run/other.txt", 8, "", 'svi vlan=1 name: ab\\\\\\tc -> -\nsvi vlan=2 name: "\\" \\"" -> -\n')
 for line, expected in pairs {

@@ -65,7 +65,8 @@ prints("set account --where user=admin password=secret --json --show-secrets",
   '[{"row":"user=admin","status":0,"changed":{"password":{"before":"q","after":"secret"}}}]\n')
 run [[echo 'return { svi = { field1 = { name = "vlan", values = { [1] = "one" } } } }' >/run/one.lua]]
 check.equal("rows are called by the words of their keys", {
-  run "LIBRPC_NAMES=/run/one.lua rpcctl set svi 'vlan>=0' name=q --dry-run" }, { 'vlan=one name: vlan1 -> q\nvlan=20 name: "two words" -> q\n', "", 0 })
+  run "LIBRPC_NAMES=/run/one.lua rpcctl set svi 'vlan>=0' name=q --dry-run"
+}, { 'vlan=one name: vlan1 -> q\nvlan=20 name: "two words" -> q\n', "", 0 })
 fails("set pminfo description=q", 2, "rpcctl: set: pminfo: expected session=..., which says which row, found no such "
   .. "word; rpcctl rows TABLE shows every row\n") -- it is walked, and has no get
 prints("set pminfo session=1 description=q", 'description: "capture at port 6" -> q\n')

@@ -193,8 +193,8 @@ end
 local least_width = 12 -- to which a column may shrink
 local most_width = 40
 
--- The columns that are shown of those that hold something, and their widths; the
--- others' names; nil where those asked for do not fit.
+-- The columns that are shown of those that hold something, and their widths; the names
+-- of those that do not fit; nil where those asked for do not.
 local function choose(columns, rows, settings, room)
   local kept, widths, left_out, total = {}, {}, {}, 0
   local natural = {}
@@ -208,8 +208,6 @@ local function choose(columns, rows, settings, room)
     if settings.chosen or not (column.minor or empty and #rows > 0 and not column.key) then
       kept[#kept + 1] = column
       natural[column] = math.max(output.width(column.name), room and math.min(wanted, most_width) or wanted)
-    elseif not (column.minor or empty) then
-      left_out[#left_out + 1] = column.name
     end
   end
   if not room then

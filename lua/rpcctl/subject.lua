@@ -124,12 +124,11 @@ function Subject:called(fields)
   return named
 end
 
--- "port=3", the key of a row as a person reads it; the table's name before it where
--- `named`.
-function Subject:key_of(row, named)
-  local words = { named and self.name or nil }
-  for _, field in ipairs(self.key) do
-    words[#words + 1] = field.name .. "=" .. self:shown(field, row[field.name])
+-- "port=3", the key of a row as a person reads it.
+function Subject:key_of(row)
+  local words = {}
+  for i, field in ipairs(self.key) do
+    words[i] = field.name .. "=" .. self:shown(field, row[field.name])
   end
   return table.concat(words, " ")
 end

@@ -1,12 +1,15 @@
--- What rpcctl does without a device: how it writes cells, JSON and lines; which rows its
--- filters mean, and in which order they stand; what it takes as words and as options.
+-- What rpcctl does without a device: how it writes cells, JSON, lines and rows in every
+-- form, in pipes and on terminals; which rows its filters mean, and in which order they
+-- stand; what it takes as words and as options; what describe, list and completion tell.
 local check = require "check"
 local ending = require "rpcctl.ending"
 local filters = require "rpcctl.filters"
+local formats = require "rpcctl.formats"
 local options = require "rpcctl.options"
 local output = require "rpcctl.output"
 local reading = require "rpcctl.reading"
 local subject = require "rpcctl.subject"
+local terminal = require "rpcctl.terminal"
 
 -- A text, and what is printed of it
 for _, row in ipairs {
@@ -257,5 +260,307 @@ for _, row in ipairs {
 } do
   check.row(options.wrapped, { row[1], row[2], row[3] }, { row[4] })
 end
+
+-- What is written by a function, on a terminal of so many columns where `room` is given,
+-- in colours where they are wanted; `unsent()` is whether some of it is not on its way yet.
+local function written(called, room, coloured)
+  local pieces, sent = {}, 0
+  local write, standard_output = io.write, io.stdout
+  local is, size, is_coloured = terminal.is, terminal.size, terminal.is_coloured
+  rawset(io, "write", function(...)
+    pieces[#pieces + 1] = table.concat { ... }
+    return true
+  end)
+  rawset(io, "stdout", { flush = function()
+    sent = #pieces
+    return true
+  end })
+  terminal.is = function(descriptor) return descriptor == 1 and room ~= nil end
+  terminal.size = function() return room, 24 end
+  terminal.is_coloured = function() return coloured or false end
+  local ok, problem = pcall(called, function() return table.concat(pieces) end, function() return #pieces > sent end)
+  rawset(io, "write", write)
+  rawset(io, "stdout", standard_output)
+  terminal.is, terminal.size, terminal.is_coloured = is, size, is_coloured
+  check.equal("no error", { ok, problem }, { true })
+  return table.concat(pieces)
+end
+
+-- Some rows in a form
+local function in_form(form, columns, list, settings, room, coloured)
+  return written(function(_, unsent)
+    settings.people = room ~= nil
+    local writer = formats.writer(form, columns, settings)
+    for _, row in ipairs(list) do
+      writer:row(row)
+      check.equal(form .. ": a row is on its way at once", form ~= "table" and unsent(), false)
+    end
+    writer:finish()
+  end, room, coloured)
+end
+
+local columns = {
+  { name = "key", key = true }, { name = "text" }, { name = "none" }, { name = "res", minor = true },
+  { name = "speed", unit = "Mbit/s" }, { name = "password", secret = true },
+  { name = "state", style = function(row) return row.state == "down" and "wrong" end },
+  { name = "sum", of = function(row) return row.key + 1 end },
+}
+local two = {
+  { key = 1, text = 'a,"b', none = "", res = 0, speed = 1000, password = "x", state = "up" },
+  { key = 22, text = "c d", none = "", res = 7, speed = "", password = "", state = "down" },
+}
+local bold, red, plain = "\27[1m", "\27[1;31m", "\27[0m"
+for _, row in ipairs {
+  { "tsv", {}, '1\ta,"b\t\t0\t1000\t(set)\tup\t2\n22\tc d\t\t7\t\t\tdown\t23\n' },
+  { "tsv", { header = true, secrets = true }, "key\ttext\tnone\tres\tspeed\tpassword\tstate\tsum\n"
+    .. '1\ta,"b\t\t0\t1000\tx\tup\t2\n22\tc d\t\t7\t\t\tdown\t23\n' },
+  { "csv", {}, 'key,text,none,res,speed,password,state,sum\n1,"a,""b",,0,1000,(set),up,2\n22,c d,,7,,,down,23\n' },
+  { "kv", {}, 'key=1 text="a,\\"b" none="" res=0 speed=1000 password="(set)" state=up sum=2\n'
+    .. 'key=22 text="c d" none="" res=7 speed="" password="" state=down sum=23\n' },
+  { "jsonl", {}, '{"key":1,"text":"a,\\"b","none":"","res":0,"speed":1000,"password":"(set)","state":"up","sum":2}\n'
+    .. '{"key":22,"text":"c d","none":"","res":7,"speed":"","password":"","state":"down","sum":23}\n' },
+  { "json", { secrets = true },
+    '[{"key":1,"text":"a,\\"b","none":"","res":0,"speed":1000,"password":"x","state":"up","sum":2},\n'
+    .. '{"key":22,"text":"c d","none":"","res":7,"speed":"","password":"","state":"down","sum":23}]\n' },
+  { "vertical", {}, 'key\t1\ntext\ta,"b\nnone\t\nres\t0\nspeed\t1000\npassword\t(set)\nstate\tup\nsum\t2\n\n'
+    .. "key\t22\ntext\tc d\nnone\t\nres\t7\nspeed\t\npassword\t\nstate\tdown\nsum\t23\n" },
+  { "table", {}, "key  text  speed  password  state  sum\n"
+    .. '1    a,"b  1000   (set)     up     2\n22   c d                    down   23\n' },
+  { "table", { chosen = true }, "key  text  none  res  speed  password  state  sum\n"
+    .. '1    a,"b        0    1000   (set)     up     2\n22   c d         7                     down   23\n' },
+} do
+  check.equal(row[1] .. " in a pipe", in_form(row[1], columns, two, row[2]), row[3])
+end
+check.equal("one row in a pipe", in_form("table", { columns[1] }, { two[1] }, {}), "key\n1\n")
+check.equal("no rows in a pipe", { in_form("table", columns, {}, {}), in_form("json", columns, {}, {}),
+  in_form("csv", columns, {}, {}), in_form("tsv", columns, {}, {}), in_form("vertical", columns, {}, {}) },
+  { "", "[]\n", "key,text,none,res,speed,password,state,sum\n", "", "" })
+check.equal("no rows on a terminal: what there would be", in_form("table", columns, {}, {}, 80),
+  "key  text  none  speed  password  state  sum\n")
+check.equal("a key that is empty stands there", in_form("table", columns, { { key = 1, state = "" } },
+  {}, 80), "key  sum\n1    2\n")
+check.equal("an empty key", in_form("table", { { name = "name", key = true }, { name = "b" } },
+  { { name = "", b = 1 } }, {}, 80), "name  b\n      1\n")
+check.equal("on a terminal in colours", in_form("table", columns, two, {}, 80, true),
+  (("H(key)  H(text)  H(speed)  H(password)  H(state)  H(sum)\n"):gsub("H%((%w+)%)", bold .. "%1" .. plain))
+  .. '1    a,"b  1000   (set)     up     2\n22   c d                    ' .. red .. "down" .. plain .. "   23\n")
+check.equal("one below the other", in_form("vertical", columns, two, {}, 80), 'key       1\ntext      a,"b\n'
+  .. "speed     1000 Mbit/s\npassword  (set)\nstate     up\nsum       2\n\n"
+  .. "key       22\ntext      c d\nstate     down\nsum       23\n")
+check.equal("those that were asked for", in_form("vertical", { columns[3], columns[4], columns[5], columns[7] },
+  { two[2] }, { chosen = true }, 80, true), bold .. "none" .. plain .. "   \n" .. bold .. "res" .. plain .. "    7\n"
+  .. bold .. "speed" .. plain .. "  \n" .. bold .. "state" .. plain .. "  " .. red .. "down" .. plain .. "\n")
+
+-- Columns share what room there is: twelve for each, then from the left what is left
+local wide = { { name = "a" }, { name = "b" } }
+local cells = { { a = "ABCDEFGHIJKLMN", b = "abcdefghijklmnopqrst" } }
+for room, expected in pairs {
+  [25] = "a\nABCDEFGHIJKLMN\nnot shown for want of ...\n",
+  [26] = "a             b\nABCDEFGHI...  abcdefghi...\n",
+  [27] = "a              b\nABCDEFGHIJ...  abcdefghi...\n",
+  [30] = "a               b\nABCDEFGHIJKLMN  abcdefghijk...\n",
+  [36] = "a               b\nABCDEFGHIJKLMN  abcdefghijklmnopqrst\n",
+} do
+  check.equal("in " .. room .. " columns", in_form("table", wide, cells, {}, room), expected)
+end
+check.equal("those left out are named", in_form("table", { wide[1], wide[2], { name = "description" } },
+  { { a = "A", b = ("b"):rep(50), description = "x" } }, {}, 27, true),
+  bold .. "a" .. plain .. "  " .. bold .. "b" .. plain .. "\nA  " .. ("b"):rep(21) .. "...\n"
+  .. "\27[2mnot shown for want of ro..." .. plain .. "\n")
+check.equal("no column is wider than forty", in_form("table", { wide[1] }, { { a = ("x"):rep(41) } }, {}, 80),
+  "a\n" .. ("x"):rep(37) .. "...\n")
+check.equal("asked for and too wide", in_form("table", wide, { cells[1], { a = "", b = "c" } }, { chosen = true }, 25),
+  "a  ABCDEFGHIJKLMN\nb  abcdefghijklmnopqrst\n\na  \nb  c\n")
+local asked = { chosen = true, people = true }
+written(function()
+  local lines, left_out = formats.screen(wide, cells, asked, 25)
+  check.equal("a screen of those that fit", { lines, left_out, asked.chosen },
+    { { "a\n", "ABCDEFGHIJKLMN\n" }, { "b" }, true })
+  lines, left_out = formats.screen(wide, { cells[1], { a = "x", b = "y" } }, asked, 26)
+  check.equal("of all", { lines, left_out },
+    { { "a             b\n", "ABCDEFGHI...  abcdefghi...\n", "x             y\n" }, {} })
+end, 25)
+
+-- The first rows wait until the columns are chosen: a hundred of them, or half a second
+local clock = require "librpc.record.clock"
+local now = 10
+package.loaded["librpc.record.clock"] = function() return now end
+written(function(so_far, unsent)
+  local writer = formats.writer("table", { { name = "a" } }, { people = true })
+  local expected = "a\n"
+  for i = 10, 108 do
+    writer:row { a = i }
+    expected = expected .. i .. "\n"
+  end
+  check.equal("99 rows wait", so_far(), "")
+  writer:row { a = 109 }
+  expected = expected .. "109\n"
+  check.equal("a hundred do not", { so_far(), unsent() }, { expected, false })
+  writer:row { a = 12345 }
+  check.equal("nor does any behind them", { so_far(), unsent() }, { expected .. "...\n", false })
+  writer:finish()
+  writer = formats.writer("table", { { name = "b" } }, { people = true })
+  now = 10.25
+  writer:row { b = 1 }
+  check.equal("a quarter of a second", so_far(), expected .. "...\n")
+  now = 10.5
+  writer:row { b = 2 }
+  check.equal("half a second", so_far(), expected .. "...\nb\n1\n2\n")
+end, 80)
+package.loaded["librpc.record.clock"] = clock
+
+-- Which form
+local function form_of(given, default)
+  return (formats.settings(given, default))
+end
+written(function()
+  check.equal("forms in a pipe", { form_of({}), form_of({}, "vertical"), form_of({ json = true }, "vertical"),
+    form_of({ format = "kv" }) }, { "tsv", "vertical", "json", "kv" })
+end)
+written(function()
+  check.equal("forms on a terminal", { form_of({}), form_of({}, "vertical"), form_of({ json = true }),
+    form_of({ format = "kv", json = true }) }, { "table", "vertical", "json", "kv" })
+  check.equal("settings", { formats.settings { fields = "a", header = true, ["show-secrets"] = true } },
+    { "table", { chosen = true, header = true, secrets = true, people = true } })
+  check.equal("what is not asked for", { formats.settings {} }, { "table", { chosen = false, people = true } })
+end, 80)
+check.equal("words", { formats.word "", formats.word "a b", formats.word 'a"b', formats.word "a-b", formats.word "*" },
+  { '""', '"a b"', '"a\\"b"', "a-b", '"*"' })
+
+-- What describe and list tell, with names of the test's own
+local path = os.tmpname()
+local file = assert(io.open(path, "w"))
+file:write [[return { svi = { title = "Interfaces of VLANs", key = { "field1" },
+  field1 = { name = "vlan", unit = "id", values = { [18] = "last", [2] = "two", [9] = "nine", [17] = "next" } },
+  name = { title = "what is on its sign, in full, and where people look for it", secret = true },
+  field3 = { name = "ip_address", title = "ip address" } } }]]
+file:close()
+assert(require "librpc.names".load(path))
+os.remove(path)
+local function says(name, words, given, room, coloured)
+  return written(function() require("rpcctl.commands." .. name).run(words, given or {}) end, room, coloured)
+end
+local apis = "api\toperation\tservice\tprogram\tprocedure\trequest\treply\n"
+  .. "oltmib_svi_get_1\tget\tnsminfo\t50004\t87\toltmib_sviEntry\toltmib_sviEntry\n"
+local fields = "\nname\tfield\tkind\tsize\targument\treply\tvalue\n"
+  .. "vlan\tfield1\tint\t\t1\t1\twhole number; two=2 nine=9 next=17 last=18; id; key\n"
+  .. "name\tname\ttext\t32\t2\t2\ttext; secret; what is on its sign, in full, and where people look for it\n"
+  .. "ip_address\tfield3\ttext\t20\t3\t3\ttext\ntext\ttext\ttext\t32\t4\t4\ttext\n"
+  .. "oper\toper\tint\t\t5\t5\twhole number\nres\tres\tint\t\t6\t6\twhole number\n"
+check.equal("describe a table in a pipe", says("describe", { "svi" }), apis
+  .. "oltmib_svi_getn_1\tgetn\tnsminfo\t50004\t88\toltmib_sviEntry\toltmib_sviEntry\n"
+  .. "oltmib_svi_set_1\tset\tnsminfo\t50004\t89\toltmib_sviEntry\tint\n" .. fields)
+check.equal("an API", says("describe", { "oltmib_svi_get_1" }), apis .. fields)
+check.equal("on a terminal", says("describe", { "svi" }, {}, 100), [[
+api                operation  service  program  procedure  request          reply
+oltmib_svi_get_1   get        nsminfo  50004    87         oltmib_sviEntry  oltmib_sviEntry
+oltmib_svi_getn_1  getn       nsminfo  50004    88         oltmib_sviEntry  oltmib_sviEntry
+oltmib_svi_set_1   set        nsminfo  50004    89         oltmib_sviEntry  int
+
+name        field   kind  size  argument  reply  value
+vlan        field1  int         1         1      whole number; two=2 nine=9 next=17 last=18; id; key
+name        name    text  32    2         2      text; secret; what is on its sign, in full, and
+                                                 where people look for it
+ip_address  field3  text  20    3         3      text
+text        text    text  32    4         4      text
+oper        oper    int         5         5      whole number
+res         res     int         6         6      whole number
+]])
+check.equal("values where there is no room: twenty columns for them", says("describe", { "svi" }, {}, 40):match(
+  "\n\n(.-\nip)"), [[
+name        field   kind  size  argument  reply  value
+vlan        field1  int         1         1      whole number; two=2
+                                                 nine=9 next=17
+                                                 last=18; id; key
+name        name    text  32    2         2      text; secret; what
+                                                 is on its sign, in
+                                                 full, and where
+                                                 people look for it
+ip]])
+check.equal("records' names where there is room for all of the line", {
+  says("describe", { "svi" }, {}, 91):match("_getn_1[^\n]*"),
+  says("describe", { "svi" }, {}, 90):match("_getn_1[^\n]*"),
+  says("describe", { "svi" }, {}, 90):match("^[^\n]*") }, {
+  "_getn_1  getn       nsminfo  50004    88         oltmib_sviEntry  oltmib_sviEntry",
+  "_getn_1  getn       nsminfo  50004    88", "api                operation  service  program  procedure" })
+check.equal("in colours", says("describe", { "svi" }, {}, 100, true):match("^[^ ]*"), bold .. "api" .. plain)
+local function line_of(name, field)
+  return says("describe", { name }):match("\n(" .. field .. "\t[^\n]*)")
+end
+check.equal("of fields that arguments carry in another way", {
+  line_of("devinfo", "mac"), line_of("dosglobal", "count1"), line_of("acl", "count"), line_of("devinfo", "int1"),
+  line_of("qosifcfg", "list1"), line_of("ntp", "real1"), line_of("opticaldetail", "alarm"),
+  says("describe", { "devinfo" }):match("\nres\t.*"), says("describe", { "vlanbitmapinfo" }):match("\n\n.-\ntext"),
+}, {
+  "mac\tmac\t6\t3\t3\tMAC address; argument: text copied as raw bytes",
+  "count1\tcounter\t\t7\t7\t64-bit counter; argument: not read", "count\tcounter\t\t\t19\t64-bit counter",
+  "int1\tunsigned\t\t8\t8\twhole number from 0", "list1\tlist\t8\t3\t3\tnumbers between commas",
+  "real1\treal\t\t11\t11\tnumber", "alarm\thex\t32\t17\t17\tbytes in hex digits",
+  "\nres\tint\t\t11\t10\twhole number\noper\tint\t\t10\t\twhole number\n",
+  "\n\nfield\tkind\tsize\targument\treply\tvalue\nfield1\tint\t\t1\t\twhole number\nbit\ttext\t684\t2\t\ttext\n"
+    .. "field3\ttext\t512\t3\t\ttext\nfield4\ttext\t512\t4\t\ttext\ntext",
+})
+local svi = "svi\tnsminfo\tget getn set\tInterfaces of VLANs\n"
+check.equal("list finds names and titles in either case", { says("list", { "SVI" }, { tables = true }),
+  says("list", { "faces of" }, { tables = true }), says("list", { "Inter*VL??s" }, { tables = true }),
+  says("list", { "faces of" }, { format = "csv" }):match("^[^\n]*\n[^\n]*\n") }, { svi, svi, svi,
+  "name,service,program,procedure,operation,table\noltmib_svi_get_1,nsminfo,50004,87,get,svi\n" })
+check.equal("a line of names", says("list", { "lpdet_global_s" }, { header = true }),
+  "name\tservice\tprogram\tprocedure\toperation\ttable\n"
+  .. "oltmib_lpdet_global_set_1\tlpdet\t50018\t3\tset\tlpdet_global\n")
+
+-- The options of commands that print rows of their own
+for name, expected in pairs { list = "tables format json header timeout help",
+  health = "format json header timeout help",
+  get = "after end format json header fields show-secrets timeout help",
+  rows = "limit sort after end format json header fields show-secrets timeout help",
+  watch = "interval count after end format json header fields show-secrets timeout help" } do
+  local found = {}
+  for i, option in ipairs(options.of(require("rpcctl.commands." .. name))) do
+    found[i] = option[1]
+  end
+  check.equal("options of " .. name, table.concat(found, " "), expected)
+end
+
+-- What may follow on a command line, and what it means
+local sign = "\twhat is on its sign, in full, and where people look for it\n"
+for line, expected in pairs {
+  ["he"] = "health\task every daemon at once whether it is well\n"
+    .. "help\ttell what rpcctl can do, or one of its commands\n",
+  ["--"] = "--help\n--version\n", ["nonsense "] = "", ["health "] = "", ["diff a "] = "", ["help list "] = "",
+  ["help li"] = "list\tlist the APIs, or those whose name, service or title matches\n",
+  ["rows pmi"] = "pminfo\n", ["rows vlanbitm"] = "", ["rows sv"] = "svi\tInterfaces of VLANs\n",
+  ["set portrat"] = "", ["set vlanbitm"] = "vlanbitmapinfo\n", ["set sv"] = "svi\tInterfaces of VLANs\n",
+  ["describe vlanbitm"] = "vlanbitmapinfo\n", ["describe oltmib_vlanbitm"] = "oltmib_vlanbitmapinfo_set_1\n",
+  ["describe svi "] = "", ["list lp"] = "lpdet\tloop detection\n", ["call oltmib_svi_s"] = "oltmib_svi_set_1\n",
+  ["call svi"] = "", ["backup file lp"] = "lpdet_global\nlpdet_portinfo\nlpdet\tloop detection\n",
+  ["backup file svi portrat"] = "", ["backup file svi sv"] = "svi\tInterfaces of VLANs\n", ["backup lp"] = "",
+  ["rows svi n"] = "name=" .. sign, ["rows svi i"] = "ip_address=\tip address\n", ["rows svi v"] = "vlan=\n",
+  ["get oltmib_svi_get_1 v"] = "vlan=\n", ["rows svi vlan=1 v"] = "vlan=\n", ["rows svi o"] = "oper=\n",
+  ["rows pminfo si"] = "sid=\n", ["rows vlanbitmapinfo b"] = "", ["set vlanbitmapinfo b"] = "bit=\n",
+  ["set svi o"] = "", ["set svi r"] = "", ["set devinfo ho"] = "hostname=\n", ["set portstat counter9"] = "",
+  ["rows svi vlan="] = "vlan=two\nvlan=nine\nvlan=next\nvlan=last\n", ["rows svi vlan=n"] = "vlan=nine\nvlan=next\n",
+  ["rows svi vlan<t"] = "vlan<two\n", ["rows svi vlan>=t"] = "vlan>=two\n", ["rows svi field1!=t"] = "field1!=two\n",
+  ["rows svi vlan!~t"] = "vlan!~two\n", ["rows svi name="] = "", ["set svi vlan=l"] = "vlan=last\n",
+  ["rows svi --sort n"] = "name" .. sign, ["rows svi --sort=i"] = "--sort=ip_address\tip address\n",
+  ["rows svi --sort v"] = "vlan\n", ["rows svi --fields a"] = "all\n",
+  ["rows svi --fields vlan,n"] = "vlan,name" .. sign,
+  ["rows svi --fields=vlan,oper,v"] = "--fields=vlan,oper,vlan\n", ["rows svi --fields x,a"] = "x,all\n",
+  ["rows svi --end r"] = "res=\n", ["set --where vlan=2 sv"] = "svi\tInterfaces of VLANs\n",
+  ["set svi --where v"] = "vlan=\n", ["set --where v"] = "", ["rows svi --limit "] = "", ["rows svi --bogus="] = "",
+  ["rows --limit 3 sv"] = "svi\tInterfaces of VLANs\n", ["rows --limit=3 svi v"] = "vlan=\n",
+  ["rows --json svi v"] = "vlan=\n", ["rows --format "] = "table\nvertical\ntsv\ncsv\njson\njsonl\nkv\n",
+  ["rows svi --format=js"] = "--format=json\n--format=jsonl\n", ["rows svi --li"] = "--limit=\tat most so many rows\n",
+  ["rows svi --he"] = "--header\ta line of names with tsv, too\n--help\tprint this\n",
+} do
+  local words = { "--complete" }
+  for word in (line .. " "):gmatch("([^ ]*) ") do
+    words[#words + 1] = word
+  end
+  check.equal("--complete " .. line, written(function() require "rpcctl.complete".print(words) end), expected)
+end
+local every = written(function() require "rpcctl.complete".print { "--complete" } end)
+check.equal("--complete", { every:match("^[^\t]*"), every:match("\n([^\t]*)\t[^\n]*\n%-%-help\n%-%-version\n$") },
+  { "list", "help" })
 
 check.finish()

@@ -1,5 +1,6 @@
 -- Which rows: FIELD=VALUE and its like mean the same with every command that reads.
 local check = require "check"
+local shell = require "shell"
 local tool = require "tool"
 local prints, fails = tool.prints, tool.fails
 
@@ -56,10 +57,48 @@ fails("rows portinfo --end bogs=4", 2, "rpcctl: rows: portinfo: expected one of 
   .. 'field23, field24, field25, field26, oper, res, found "bogs"; rpcctl describe TABLE shows the fields\n')
 fails("rows telnet --after tcp_port=1", 2,
   "rpcctl: rows: telnet: expected a table that is walked, for --after, found no getn\n")
-local calls_before = tool.run "$SIM_DEVICE --tell $SIM_CONTROL count oltmib_portinfo_getn_1"
-tool.run "rpcctl rows portinfo --limit 2 --fields port"
-local calls_after = tool.run "$SIM_DEVICE --tell $SIM_CONTROL count oltmib_portinfo_getn_1"
-check.equal("--limit asks for no more rows than it shows", tonumber(calls_after) - tonumber(calls_before), 2)
+-- How many rows a command walks
+local function walked(arguments, api)
+  local function count()
+    return tonumber((tool.run("$SIM_DEVICE --tell $SIM_CONTROL count " .. (api or "oltmib_portinfo_getn_1"))))
+  end
+  local before = count()
+  tool.run("rpcctl " .. arguments)
+  return count() - before
+end
+check.equal("--limit asks for no more rows than it shows", walked "rows portinfo --limit 2 --fields port", 2)
+check.equal("get asks for no more than two rows", walked "get portinfo link=up", 2)
+check.equal("a key asks for no walk", walked "get portinfo port=3; rpcctl rows portinfo port=8 link=up", 0)
+check.equal("nor a key of no row, where somebody told the key",
+  walked("rows igmpsnp_static_grp vlan=1 port_name=ge1 group=239.0.0.1", "oltmib_igmpsnp_static_grp_getn_1"), 0)
+prints("rows portinfo --after port=6 port=8 --fields port", "8\n")
+prints("rows portinfo --after port=6 port=3 --fields port", "")
+prints("get portinfo --after port=7 --fields port", "port\t8\n")
+prints("rows pminfo --fields session", "1\n") -- it is walked, and has no get
+fails("rows vlanbitmapinfo", 3, 'rpcctl: vlanbitmapinfo: expected set, found "get"; '
+  .. "rpcctl list shows every API, rpcctl list --tables every table\n")
+fails("rows syslogremote", 2, "rpcctl: rows: syslogremote: expected number=..., which says which row, found no such "
+  .. "word; rpcctl rows TABLE shows every row\n")
+
+-- A daemon that answers with another row: all zeros. Where somebody told the key, that is wrong; else a walk tells more
+shell.tell("fault oltmib_igmpsnp_static_grp_get_1 raw XID00000001" .. ("00000000"):rep(4 + 140))
+fails("get igmpsnp_static_grp vlan=20 port_name=ge7 group=239.1.2.1", 6, "rpcctl: oltmib_igmpsnp_static_grp_get_1: "
+  .. 'group: expected the row "239.1.2.1", found ""; rpcctl rows TABLE shows every row\n')
+shell.tell "clear"
+shell.tell("fault oltmib_svi_get_1 raw XID00000001" .. ("00000000"):rep(4 + 87))
+prints("get svi vlan=20 --fields name", "name\tvlan20\n")
+shell.tell "clear"
+
+-- Which fields
+fails("get devinfo --fields oper", 2, "rpcctl: get: expected fields of a row of devinfo (model, serial, mac, software, "
+  .. "firmware, hardware, saveconfig, uptime, hostname, res), found 'oper'; see rpcctl get --help\n")
+fails("rows svi --fields ,", 2,
+  "rpcctl: rows: expected --fields and names between commas, found ','; see rpcctl rows --help\n")
+prints("rows svi vlan=20 --fields all", "20\tvlan20\t198.51.100.1/24\t\t0\t0\n")
+prints("rows svi vlan=20 --fields vlan,oper,field1", "20\t0\t20\n")
+fails("rows svi feild1=20", 2, "rpcctl: rows: svi: expected one of its fields (did you mean field1?), "
+  .. 'found "feild1"; rpcctl describe TABLE shows the fields\n') -- of either name
+prints("get svi vlan=20 --format table --fields vlan,name", "vlan  name\n20    vlan20\n")
 
 -- The order
 prints("rows portinfo --sort -port --limit 3 --fields port", "8\n7\n6\n")

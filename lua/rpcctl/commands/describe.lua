@@ -58,8 +58,8 @@ local function folded(rows)
   if not terminal.is(1) then
     return rows
   end
-  local left, list = terminal.size(), {}
-  for i = 1, #rows[1] - 1 do
+  local left, list, cells = terminal.size(), {}, #rows[1]
+  for i = 1, cells - 1 do
     local widest = 0
     for _, row in ipairs(rows) do
       widest = math.max(widest, output.width(type(row[i]) == "table" and row[i][1] or row[i]))
@@ -68,17 +68,17 @@ local function folded(rows)
   end
   for _, row in ipairs(rows) do
     list[#list + 1] = row
-    local last = row[#row]
+    local last = row[cells]
     local lines = type(last) == "string" and options.wrapped(last, "", math.max(left, 20)) or ""
     for line in lines:gmatch("[^\n]+") do
-      if row[#row] ~= last then
+      if row[cells] ~= last then
         row = {}
-        for i = 1, #rows[1] - 1 do
+        for i = 1, cells - 1 do
           row[i] = ""
         end
         list[#list + 1] = row
       end
-      row[#rows[1]], last = line, nil
+      row[cells], last = line, nil
     end
   end
   return list
@@ -91,7 +91,8 @@ local function without_records(rows)
     for line in output.lines(rows, { aligned = true }):gmatch("[^\n]+") do
       if output.width(line) > columns then
         for _, row in ipairs(rows) do
-          row[7], row[6] = nil, nil
+          table.remove(row)
+          table.remove(row)
         end
         break
       end

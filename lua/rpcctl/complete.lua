@@ -147,7 +147,8 @@ local function read(command, words)
       at = at + 1
     elseif words[at]:sub(1, 1) ~= "-" then
       count = count + 1
-      local what = command.arguments and command.arguments[1] and command.arguments[1].what
+      local first = (command.arguments or {})[1]
+      local what = first and first.what
       if count == 1 and (what == "rows" or what == "settable") then
         local api = schema.api(words[at])
         line.table = tables.operations(words[at]) and words[at] or api and api.table

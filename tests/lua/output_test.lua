@@ -509,7 +509,22 @@ check.equal("a line of names", says("list", { "lpdet_global_s" }, { header = tru
   "name\tservice\tprogram\tprocedure\toperation\ttable\n"
   .. "oltmib_lpdet_global_set_1\tlpdet\t50018\t3\tset\tlpdet_global\n")
 
--- The options of commands that print rows of their own
+-- What commands take
+for usage, names in pairs { ["TABLE [FILTER]..."] = "get rows watch", ["TABLE FIELD=VALUE..."] = "set add",
+  ["FILE [TABLE]..."] = "backup", ["FILE [FILE]"] = "diff", ["FILE"] = "restore", ["API [ARGUMENT]"] = "call",
+  ["[PATTERN]"] = "list", ["[COMMAND]"] = "help", ["TABLE"] = "describe", [""] = "health" } do
+  for name in names:gmatch("%a+") do
+    check.equal(name .. " takes", options.usage(require("rpcctl.commands." .. name)), usage)
+  end
+end
+for word, name in pairs { ["--limit"] = "rows", ["--count"] = "watch" } do
+  local taker = require("rpcctl.commands." .. name)
+  check.row(options.parse, { taker, { word, "1" }, 1 }, { {}, { [word:sub(3)] = 1 } })
+  for _, number in ipairs { "0", "1.5" } do
+    check.row(ends, { options.parse, taker, { word, number }, 1 }, { ("rpcctl: %s: expected %s and a whole number from "
+      .. "1, found '%s'; see rpcctl %s --help\n"):format(name, word, number, name), 2 })
+  end
+end
 for name, expected in pairs { list = "tables format json header timeout help",
   health = "format json header timeout help",
   get = "after end format json header fields show-secrets timeout help",
@@ -548,7 +563,8 @@ for line, expected in pairs {
   ["rows svi --fields=vlan,oper,v"] = "--fields=vlan,oper,vlan\n", ["rows svi --fields x,a"] = "x,all\n",
   ["rows svi --end r"] = "res=\n", ["set --where vlan=2 sv"] = "svi\tInterfaces of VLANs\n",
   ["set svi --where v"] = "vlan=\n", ["set --where v"] = "", ["rows svi --limit "] = "", ["rows svi --bogus="] = "",
-  ["rows --limit 3 sv"] = "svi\tInterfaces of VLANs\n", ["rows --limit=3 svi v"] = "vlan=\n",
+  ["rows --limit 3 svi v"] = "vlan=\n", ["rows --limit 3 sv"] = "svi\tInterfaces of VLANs\n",
+  ["rows --limit=3 svi v"] = "vlan=\n",
   ["rows --json svi v"] = "vlan=\n", ["rows --format "] = "table\nvertical\ntsv\ncsv\njson\njsonl\nkv\n",
   ["rows svi --format=js"] = "--format=json\n--format=jsonl\n", ["rows svi --li"] = "--limit=\tat most so many rows\n",
   ["rows svi --he"] = "--header\ta line of names with tsv, too\n--help\tprint this\n",
@@ -562,5 +578,134 @@ end
 local every = written(function() require "rpcctl.complete".print { "--complete" } end)
 check.equal("--complete", { every:match("^[^\t]*"), every:match("\n([^\t]*)\t[^\n]*\n%-%-help\n%-%-version\n$") },
   { "list", "help" })
+
+-- What watch shows of readings that are given here: at a time, rows, or a failure
+local subjects = subject.open
+local pauses, can_move = {}, true
+local function watched(given, readings, settings, room, coloured)
+  local n, at = 0, 0
+  package.loaded["rpcctl.commands.watch"] = nil
+  package.loaded["librpc.record.clock"] = function() return at end
+  rawset(subject, "open", function(...)
+    local this = subjects(...)
+    rawset(this, "each", function(_, _, _, take)
+      n = n + 1
+      at = readings[n].at or n
+      if readings[n].message then
+        return nil, readings[n].message, "timed_out"
+      end
+      for _, row in ipairs(readings[n]) do
+        take(row)
+      end
+      return true
+    end)
+    return this
+  end)
+  local pause, moves, listen, date = terminal.pause, terminal.can_move, terminal.listen, os.date
+  pauses = {}
+  terminal.can_move = function() return can_move and room ~= nil end
+  terminal.listen = function(run) return run(true) end
+  rawset(os, "date", function() return "TIME" end)
+  local text
+  local complaints, status = ends(function()
+    text = written(function(_, unsent)
+      terminal.pause = function(seconds, listening)
+        pauses[#pauses + 1] = seconds
+        check.equal("what was read is on its way", unsent(), false)
+        return listening and n == settings.pressed
+      end
+      if settings.pressed then -- standard input and errors are a terminal's, too
+        terminal.is = function(descriptor) return descriptor ~= 1 or room ~= nil end
+      end
+      terminal.size = function() return room, settings.height or 24 end
+      given.count = given.count or #readings
+      local ok, problem = pcall(require("rpcctl.commands.watch").run, { settings.name }, given)
+      settings.status = not ok and (getmetatable(problem) == ending.Exit and problem.status or problem) or nil
+    end, room, coloured)
+  end)
+  terminal.pause, terminal.can_move, terminal.listen = pause, moves, listen
+  rawset(os, "date", date)
+  rawset(subject, "open", subjects)
+  package.loaded["librpc.record.clock"] = clock
+  check.equal("watch came to its end", { status, settings.status }, { nil, settings.ends })
+  return text, complaints
+end
+
+local ports = { { ifx = 1, counter9 = "100" }, { ifx = 2, counter9 = "5" }, at = 10 }
+check.equal("watch in a pipe", { watched({ fields = "ifx,counter9" }, { ports,
+  { { ifx = 1, counter9 = "150" }, { ifx = 2, counter9 = "5" }, at = 10.5 },
+  { { ifx = 2, counter9 = "5" }, { ifx = 3, counter9 = "1" }, at = 14 },
+  { { ifx = 2, counter9 = "6" }, { ifx = 3, counter9 = "1" }, at = 14 },
+  { { ifx = 2, counter9 = "1006" }, { ifx = 3, counter9 = "1" }, at = 17 } }, { name = "portstat" }) }, {
+  "TIME\trow\t1\t100\t\nTIME\trow\t2\t5\t\nTIME\tchanged\t1\t150\t100\nTIME\tnew\t3\t1\t\nTIME\tgone\t1\t150\t\n"
+  .. "TIME\tchanged\t2\t6\t\nTIME\tchanged\t2\t1006\t333.3\n", "" })
+check.equal("it waits between the readings", pauses, { 2, 2, 2, 2 })
+check.equal("rows of one key are told apart by their order", { watched({ fields = "name", interval = 0.5 }, {
+  { { field1 = 1, vlan = 1, name = "a" }, { field1 = 1, vlan = 1, name = "b" } },
+  { { field1 = 1, vlan = 1, name = "a" }, { field1 = 1, vlan = 1, name = "c" } },
+  { { field1 = 1, vlan = 1, name = "a" } },
+}, { name = "svi" }) }, { "TIME\trow\t(set)\nTIME\trow\t(set)\nTIME\tchanged\t(set)\nTIME\tgone\t(set)\n", "" })
+check.equal("as long as was said", pauses, { 0.5, 0.5 })
+check.equal("JSON, a line a row", watched({ fields = "vlan", json = true }, { { { field1 = 1, vlan = "two" } } },
+  { name = "svi" }), '{"time":"TIME","event":"row","vlan":"two"}\n')
+local one, down = { { field1 = 1, vlan = 1 } }, { message = "down" }
+local down_text = "rpcctl: down; is the daemon stuck? rpcctl health tells which daemons answer; read the row before "
+  .. "you repeat a change\n"
+check.equal("a failure is told of once, until the daemon comes back", { watched({ fields = "vlan" }, { one, down, down,
+  one, down, { message = "out" } }, { name = "svi" }) },
+  { "TIME\trow\t1\n", down_text .. down_text .. (down_text:gsub("down", "out")) })
+check.equal("where nothing was read, it ends", { watched({}, { down, one }, { name = "svi", ends = 5 }) },
+  { "", down_text })
+check.equal("a line of names where no row came", watched({ fields = "vlan", format = "csv" }, { {} }, { name = "svi" }),
+  "time,event,vlan\n")
+check.equal("no key is read where a pipe is written", { watched({ fields = "vlan" }, { one, one, one }, { name = "svi",
+  pressed = 2 }), #pauses }, { "TIME\trow\t1\n", 2 })
+
+-- In place on a terminal, changed cells in colours, as many rows as there is room for
+local listed = {}
+for i = 1, 8 do
+  listed[i] = { ifx = i, counter9 = "7" }
+end
+local function lines_of(text, ending_of_line)
+  return (text:gsub("\n", ending_of_line .. "\n"))
+end
+check.equal("on a terminal", watched({ fields = "ifx,counter9", interval = 1.5 }, { ports,
+  { { ifx = 1, counter9 = "150" }, { ifx = 3, counter9 = "5" }, at = 12 } }, { name = "portstat" }, 80, true),
+  "\27[2J\27[H" .. lines_of(("portstat  TIME  every 1.5 s\n\nH(ifx)  H(counter9)  H(counter9/s)\n1    100\n2    5\n"
+    ):gsub("H%(([%w/]+)%)", bold .. "%1" .. plain):gsub("100", "100       "):gsub("2    5", "2    5         "), "\27[K")
+  .. "\27[J\27[H" .. lines_of(("portstat  TIME  every 1.5 s\n\nH(ifx)  H(counter9)  H(counter9/s)\n"
+    .. "1    C(150)       25\nC(3)    C(5)         \n"):gsub("H%(([%w/]+)%)", bold .. "%1" .. plain):gsub("C%((%d+)%)",
+    "\27[1;33m%1" .. plain), "\27[K") .. "\27[J")
+check.equal("rows there is no room for are counted", watched({ fields = "ifx" }, { listed }, { name = "portstat",
+  height = 8 }, 40, true), "\27[2J\27[H" .. lines_of("portstat  TIME  every 2 s\n\n" .. bold .. "ifx" .. plain
+  .. "\n1\n2\n3\n\27[2m5 more rows" .. plain .. "\n", "\27[K") .. "\27[J")
+check.equal("all there is room for", watched({ fields = "ifx" }, { listed }, { name = "portstat", height = 12 }, 40),
+  "\27[2J\27[H" .. lines_of("portstat  TIME  every 2 s\n\nifx\n1\n2\n3\n4\n5\n6\n7\n8\n", "\27[K") .. "\27[J")
+check.equal("rows and notes in as many lines", watched({ fields = "ifx,counter9" }, { listed }, { name = "portstat",
+  height = 8 }, 5), "\27[2J\27[H" .. lines_of("po...\n\nifx\n1\n2\nno...\n6 ...\n", "\27[K") .. "\27[J")
+can_move = false
+check.equal("one below the other, with what went wrong and what does not fit",
+  watched({ fields = "ifx,counter9" }, { ports, down }, { name = "portstat" }, 5),
+  "po...\n\nifx\n1\n2\nno...\n\npo...\n\nifx\n1\n2\ndown\nno...\n\n")
+check.equal("q ends it", { watched({ fields = "vlan" }, { one, one, one }, { name = "svi", pressed = 2 }, 40) }, {
+  (("svi  TIME  every 2 s, q ends\n\nvlan\n1\n\n"):rep(2)), "" })
+check.equal("another form on a terminal", watched({ fields = "vlan", format = "vertical" }, { one }, { name = "svi" },
+  40), "time   TIME\nevent  row\nvlan   1 id\n")
+
+-- Values of secrets, fields by either name
+local interfaces = subject.open("get", "svi")
+check.equal("secrets", { interfaces:shown({ secret = true }, "x"), interfaces:shown({ secret = true }, ""),
+  interfaces:shown({ secret = true }), interfaces:shown({ secret = true }, "x", true), interfaces:shown({}, "x") },
+  { "(set)", "", "", "x", "x" })
+check.row(ends, { interfaces.field, interfaces, "vlna" }, { "rpcctl: get: svi: expected one of its fields (did you "
+  .. 'mean vlan?), found "vlna"; rpcctl describe TABLE shows the fields\n', 2 })
+
+check.row(interfaces.assigned, { interfaces, { "vlan=1", "name=a=b", "text=" } },
+  { { field1 = "1", name = "a=b", text = "" } })
+for words, message in pairs { [{ "20" }] = "FIELD=VALUE, found '20'", [{ "vlan>20" }] = "FIELD=VALUE, found 'vlan>20'",
+  [{ "vlan=1", "field1=2" }] = "each field once, found 'field1' again" } do
+  check.row(ends, { interfaces.assigned, interfaces, words },
+    { "rpcctl: get: expected " .. message .. "; see rpcctl get --help\n", 2 })
+end
 
 check.finish()

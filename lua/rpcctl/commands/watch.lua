@@ -34,7 +34,7 @@ local function rate_of(name, row, now, before)
   local old = before and before.by_key[now.key_of[row] or ""]
   local time = before and now.time - before.time
   local grown = old and time > 0 and record.difference(row[name], old[name])
-  return grown and tonumber(("%.1f"):format(grown / time))
+  return grown and tonumber(("%.1f"):format(grown / time)) or nil
 end
 
 -- True where a field of the row is not what it was.

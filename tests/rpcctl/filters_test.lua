@@ -89,6 +89,15 @@ shell.tell("fault oltmib_svi_get_1 raw XID00000001" .. ("00000000"):rep(4 + 87))
 prints("get svi vlan=20 --fields name", "name\tvlan20\n")
 shell.tell "clear"
 
+-- What is sent to read a row: its key where somebody told it, else every field that is given, but for oper and res
+local function sent()
+  return (tool.run "tail -n 1 $SIM_LOG | cut -d ' ' -f 4-")
+end
+prints("rows igmpsnp_static_grp vlan=20 port_name=ge7 group=239.1.2.1 source=0.0.0.0 --fields vlan", "20\n")
+check.equal("the key", sent(), "oltmib_igmpsnp_static_grp_get_1 20&ge7&239.1.2.1&&0&&0&0\n")
+prints("rows svi vlan=20 name=vlan20 res=0 oper=1", "")
+check.equal("the fields", sent(), "oltmib_svi_get_1 20&vlan20&&&0&0\n")
+
 -- Which fields
 fails("get devinfo --fields oper", 2, "rpcctl: get: expected fields of a row of devinfo (model, serial, mac, software, "
   .. "firmware, hardware, saveconfig, uptime, hostname, res), found 'oper'; see rpcctl get --help\n")

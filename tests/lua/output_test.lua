@@ -659,7 +659,7 @@ check.equal("where nothing was read, it ends", { watched({}, { down, one }, { na
 check.equal("a line of names where no row came", watched({ fields = "vlan", format = "csv" }, { {} }, { name = "svi" }),
   "time,event,vlan\n")
 check.equal("no key is read where a pipe is written", { watched({ fields = "vlan" }, { one, one, one }, { name = "svi",
-  pressed = 2 }), #pauses }, { "TIME\trow\t1\n", 2 })
+  pressed = 1 }), #pauses }, { "TIME\trow\t1\n", 2 })
 
 -- In place on a terminal, changed cells in colours, as many rows as there is room for
 local listed = {}
@@ -707,5 +707,284 @@ for words, message in pairs { [{ "20" }] = "FIELD=VALUE, found '20'", [{ "vlan>2
   check.row(ends, { interfaces.assigned, interfaces, words },
     { "rpcctl: get: expected " .. message .. "; see rpcctl get --help\n", 2 })
 end
+
+-- A terminal that is given here: what programs print and how they end, the environment,
+-- keys at a time each; the commands that were run
+local function on_terminal(settings, called)
+  local execute, popen, getenv, standard_input = os.execute, io.popen, os.getenv, io.stdin
+  local at, ran = 0, {}
+  local function put(place, name, value)
+    rawset(place, name, value)
+  end
+  put(os, "execute", function(line)
+    ran[#ran + 1] = line
+    return (settings.fails or ""):find(line, 1, true) and (settings.nothing or 256) or settings.success or 0
+  end)
+  put(io, "popen", function(line)
+    ran[#ran + 1] = line
+    local printed = (settings.prints or {})[line:match("^[^ ]+ ?[^ ]*")]
+    return { read = function() return printed end, close = function() end }
+  end)
+  put(os, "getenv", function(name) return (settings.environment or {})[name] end)
+  put(io, "stdin", { setvbuf = function(_, mode) ran[#ran + 1] = mode end, read = function(_, most)
+    at = at + 0.25
+    return settings.keys[at / 0.25]:sub(1, most)
+  end })
+  package.loaded["rpcctl.terminal"] = nil
+  package.loaded["librpc.record.clock"] = function() return at end
+  local results = { pcall(called, require "rpcctl.terminal") }
+  package.loaded["rpcctl.terminal"], package.loaded["librpc.record.clock"] = terminal, clock
+  put(os, "execute", execute)
+  put(io, "popen", popen)
+  put(os, "getenv", getenv)
+  put(io, "stdin", standard_input)
+  return results, ran
+end
+
+local function each_is(its) return { its.is(1), its.is(1), its.is(0), its.is(0) } end
+for _, ends_as in ipairs { { success = 0, nothing = 256 }, { success = true, nothing = false } } do
+  ends_as.fails = "test -t 0"
+  check.equal("each descriptor is asked of once", { on_terminal(ends_as, each_is) },
+    { { true, { true, true, false, false } }, { "test -t 1", "test -t 0" } })
+end
+local function moves_and_colours(its) return { its.can_move(), its.is_coloured() } end
+for _, row in ipairs {
+  { { TERM = "xterm" }, true, true }, { { TERM = "dumb" }, false, false }, { { TERM = "" }, false, false },
+  { {}, false, false }, { { TERM = "xterm", NO_COLOR = "" }, true, true },
+  { { TERM = "xterm", NO_COLOR = "1" }, true, false },
+} do
+  check.equal("moves and colours", on_terminal({ environment = row[1] }, moves_and_colours),
+    { true, { row[2], row[3] } })
+end
+check.equal("neither in a pipe", on_terminal({ environment = { TERM = "xterm" }, fails = "test -t 1" },
+  moves_and_colours), { true, { false, false } })
+local function sizes(its) return { its.size() } end
+for _, row in ipairs {
+  { "40 100", {}, 100, 40 }, { "40 0", { COLUMNS = "70", LINES = "9" }, 70, 40 },
+  { "0 100", { COLUMNS = "70", LINES = "9" }, 100, 9 }, { "0 0", {}, 80, 24 }, { nil, { COLUMNS = "70" }, 70, 24 },
+  { "1 1", { COLUMNS = "70", LINES = "9" }, 1, 1 },
+} do
+  check.equal("its size", on_terminal({ prints = { ["stty size"] = row[1] }, environment = row[2] }, sizes),
+    { true, { row[3], row[4] } })
+end
+check.equal("a pause", { on_terminal({ prints = {} }, function(its) return its.pause(0.25) end) },
+  { { true, false }, { "sleep 0.250" } })
+for keys, expected in pairs { ["--q-"] = true, ["-Q--"] = true, ["----q"] = false, ["xyz-q"] = false } do
+  local list = {}
+  for key in keys:gmatch(".") do
+    list[#list + 1] = key == "-" and "" or key
+  end
+  check.equal("keys " .. keys, on_terminal({ keys = list }, function(its) return its.pause(1, true) end),
+    { true, expected })
+end
+local unbuffered = "stty -icanon -echo min 0 time 2 2>/dev/null"
+check.equal("a key of several that were pressed", on_terminal({ keys = { "qx" } }, function(its)
+  return its.pause(1, true)
+end), { true, true })
+local function listens(its)
+  local heard
+  its.listen(function(listening) heard = listening end)
+  return heard
+end
+check.equal("keys are heard, and the terminal is as before afterwards", {
+  on_terminal({ prints = { ["stty -g"] = "4500:5:bf" } }, listens) },
+  { { true, true }, { "test -t 0", "stty -g 2>/dev/null", unbuffered, "no", "stty 4500:5:bf" } })
+check.equal("also where it ends by an error", { on_terminal({ prints = { ["stty -g"] = "speed=9" } }, function(its)
+  its.listen(function() error({ "x" }, 0) end)
+end) }, { { false, { "x" } }, { "test -t 0", "stty -g 2>/dev/null", unbuffered, "no", "stty speed=9" } })
+for _, settings in ipairs { { fails = "test -t 0", prints = { ["stty -g"] = "4500:5:bf" } }, { prints = {} },
+  { prints = { ["stty -g"] = "4500; reboot" } }, { prints = { ["stty -g"] = "4500" }, fails = unbuffered } } do
+  local results, ran = on_terminal(settings, listens)
+  check.equal("no keys are heard", { results, ran[#ran]:match("^stty 4") }, { { true, false } })
+end
+
+-- What changes print, and ask
+local changes = require "rpcctl.changes"
+local changed = { res = { before = 0, after = 1 }, name = { before = "x", after = "" },
+  text = { before = "", after = 'a "b"' }, ip_address = { before = "a b", after = "a'b" }, vlan = { after = "two" } }
+check.equal("changes", written(function() changes.print(interfaces, changed, "row ") end), "row vlan: -> two\n"
+  .. "row name: (set) -> \"\"\nrow ip_address: \"a b\" -> a'b\nrow text: \"\" -> \"a \\\"b\\\"\"\nrow res: 0 -> 1\n")
+check.equal("with secrets", written(function() changes.print(interfaces, { name = changed.name }, nil, true) end),
+  "name: x -> \"\"\n")
+check.equal("a quote", written(function()
+  changes.print(interfaces, { text = { before = '"', after = '"b' } }, "")
+end), 'text: "\\"" -> "\\"b"\n')
+check.equal("as JSON", { changes.json(interfaces, changed), changes.json(interfaces, { name = changed.name }, true) }, {
+  '{"vlan":{"after":"two"},"name":{"before":"(set)","after":""},"ip_address":{"before":"a b","after":"a\'b"},'
+  .. '"text":{"before":"","after":"a \\"b\\""},"res":{"before":0,"after":1}}', '{"name":{"before":"x","after":""}}' })
+for _, row in ipairs { { "y", true }, { "  Yes", true }, { "n", false }, { "", false }, { nil, false }, { "my", false },
+  { "y", false, 0 }, { "y", false, 2 } } do
+  local is, standard_input = terminal.is, io.stdin
+  terminal.is = function(descriptor) return descriptor ~= row[3] and descriptor ~= 3 and descriptor ~= 1 end
+  rawset(io, "stdin", { read = function() return row[1] end })
+  check.row(ends, { changes.confirm, "Change 2 rows?" }, { row[3] and "" or "Change 2 rows? [y/N] ", row[2] })
+  rawset(io, "stdin", standard_input)
+  terminal.is = is
+end
+for status, expected in pairs { [0] = false, [1] = "1", [-1] = "-1" } do
+  check.row(ends, { changes.check_status, { name = "api" }, status }, { expected and "rpcctl: api: expected status 0, "
+    .. "found " .. expected .. ", the daemon's own\n" or "", expected and 6 or "nil" })
+end
+check.row(ends, { changes.check_status, { name = "api" }, false }, { "", "nil" })
+written(function(_, unsent)
+  local standard_error = io.stderr
+  ending.write("a row\n")
+  rawset(io, "stderr", { write = function()
+    check.equal("what was printed comes before a complaint", unsent(), false)
+  end })
+  ending.complain("x")
+  rawset(io, "stderr", standard_error)
+end)
+
+-- call: secrets of a reply's text, and its forms
+local calls = require "librpc.calls"
+local function called(text, given, name, argument)
+  local all, got = calls.all, nil
+  rawset(calls, "all", function(list, seconds)
+    got = { list, seconds }
+    return { text }, { { message = "down", code = "timed_out" } }
+  end)
+  given.call_seconds = 3
+  local printed
+  local complaints, status = ends(function()
+    printed = written(function()
+      local ok, problem = pcall(require "rpcctl.commands.call".run, { name or "oltmib_svi_get_1", argument }, given)
+      given.status = not ok and (getmetatable(problem) == ending.Exit and problem.status or problem) or nil
+    end)
+  end)
+  rawset(calls, "all", all)
+  check.equal("call came to its end", status, nil)
+  return { printed, complaints, given.status or 0, got and got[1][1] or {}, got and got[2] or 0 }
+end
+local plainly = { "oltmib_svi_get_1", "" }
+check.equal("a secret", called("20&x&10.0.0.1/8&&0&0", {}), { "20&(set)&10.0.0.1/8&&0&0\n", "", 0, plainly, 3 })
+check.equal("an empty one", called("20&&a&b&0&0", {}, nil, "20"), { "20&&a&b&0&0\n", "", 0,
+  { "oltmib_svi_get_1", "20" }, 3 })
+check.equal("one that is asked for", called("20&x&a&&0&0", { ["show-secrets"] = true }), { "20&x&a&&0&0\n", "", 0,
+  plainly, 3 })
+check.equal("as JSON", called('20&x&"&&0&0', { json = true }), { '"20&(set)&\\"&&0&0"\n', "", 0, plainly, 3 })
+check.equal("escaped", called("20&x&a\27&&0&0", {}), { "20&(set)&a\\x1b&&0&0\n", "", 0, plainly, 3 })
+check.equal("raw", called("20&x&a\27&&0&0", { raw = true }), { "20&(set)&a\27&&0&0\n", "", 0, plainly, 3 })
+for _, text in ipairs { "20&x&a&b&&0&0", "20&x&a&0&0", "" } do
+  check.equal("a reply of other fields", called(text, {}), { "", "rpcctl: oltmib_svi_get_1: expected a reply whose "
+    .. "secrets can be told apart, found another; --show-secrets prints it; rpcctl health tells which daemons answer\n",
+    1, plainly, 3 })
+end
+check.equal("a table without secrets", called("any&thing", {}, "oltmib_route_get_1"), { "any&thing\n", "", 0,
+  { "oltmib_route_get_1", "" }, 3 })
+check.equal("a status", called("0", {}, "oltmib_svi_set_1", "1&x"), { "0\n", "", 0, { "oltmib_svi_set_1", "1&x" }, 3 })
+check.equal("a failure", called(nil, {}), { "", down_text, 5, plainly, 3 })
+check.equal("no such API", called("", {}, "oltmib_svi_gte_1"), { "", "rpcctl: librpc: expected the name of an API (did "
+  .. 'you mean oltmib_svi_get_1?), found "oltmib_svi_gte_1"; rpcctl list shows every API, rpcctl list --tables every '
+  .. "table\n", 3, {}, 0 })
+
+-- health: what each failure is called, in a pipe and on a terminal
+local function health_of(list, given, room)
+  local services = calls.services
+  local waited, status
+  rawset(calls, "services", function(seconds)
+    waited = seconds
+    return list
+  end)
+  local printed
+  local complaints = ends(function()
+    printed = written(function()
+      local ok, problem = pcall(require "rpcctl.commands.health".run, {}, given)
+      status = not ok and (getmetatable(problem) == ending.Exit and problem.status or problem) or 0
+    end, room)
+  end)
+  rawset(calls, "services", services)
+  return { printed, complaints, status, waited }
+end
+local function service(name, code, reason)
+  return { service = name, program = 1, title = "t", port = not code and 7 or nil,
+    seconds = not code and 0.0125 or nil, failure = code and { code = code, details = { reason = reason } } or nil }
+end
+check.equal("health of all", health_of({ service "a", service "b" }, {}),
+  { "a\t1\twell\t7\t12.5\tt\t\nb\t1\twell\t7\t12.5\tt\t\n", "", 0, 2 })
+check.equal("of some", health_of({ service "a", service("b", "rejected", "why"), service("c", "bad_reply"),
+  service("d", "refused"), service("e", "not_sent"), service("f", "failed") }, { timeout = 5 }),
+  { "a\t1\twell\t7\t12.5\tt\t\nb\t1\trejects\t\t\tt\twhy\nc\t1\tstrange\t\t\tt\tbad_reply\nd\t1\tgone\t\t\tt\trefused\n"
+  .. "e\t1\tstuck\t\t\tt\tnot_sent\nf\t1\tfailed\t\t\tt\tfailed\n",
+  "rpcctl: health: expected all services to be well, found b rejects, c strange, d gone, e stuck, f failed\n", 7, 5 })
+check.equal("of none", health_of({ service("a", "no_portmapper", "why"), service("b", "no_portmapper", "so") }, {}),
+  { "a\t1\tunknown\t\t\tt\twhy\nb\t1\tunknown\t\t\tt\tso\n", "rpcctl: health: expected all services to be well, found "
+  .. "none (why); it hangs or is slow: restart rpcbind\n", 4, 2 })
+check.equal("interrupted", health_of({ service "a", service("b", "interrupted") }, {}),
+  { "a\t1\twell\t7\t12.5\tt\t\n", "", 130, 2 })
+check.equal("on a terminal", health_of({ service "a", service("b", "no_daemon", "why") }, {}, 80),
+  { "service  program  state   port  ms      title  reason\na        1        well    7     12.500  t      \n"
+  .. "b        1        absent  -     -       t      why\n", "rpcctl: health: expected all services to be well, found b "
+  .. "absent\n", 4, 2 })
+check.equal("below one another", health_of({ service("b", "timed_out", "why") }, { format = "vertical" }, 80)[1],
+  "service  b\nprogram  1\nstate    stuck\ntitle    t\nreason   why\n")
+
+-- From arguments to an exit status
+local main = require "rpcctl.main"
+local function ran(arguments, run)
+  local commands = package.loaded["rpcctl.commands.list"]
+  local given
+  package.loaded["rpcctl.commands.list"] = { name = "list", summary = "s", run = function(_, options_given)
+    given = options_given
+    run()
+  end }
+  local printed, status
+  local complaints = ends(function()
+    printed = written(function() status = main(arguments, "/none") end)
+  end)
+  package.loaded["rpcctl.commands.list"] = commands
+  return { status, printed, complaints:match("^[^\n]*"), given and given.call_seconds }
+end
+check.equal("done", ran({ "list" }, function() ending.write "x" end), { 0, "x", "", 25 })
+check.equal("a time", ran({ "list", "--timeout", "3" }, function() end), { 0, "", "", 3 })
+check.equal("given up", ran({ "list" }, function() ending.give_up("out", "no_daemon") end),
+  { 4, "", "rpcctl: out; start the service's daemon; rpcctl health tells which daemons answer", 25 })
+check.equal("needed and there", ran({ "list" }, function() ending.write(ending.need("x", "out", "no_row")) end)[1], 0)
+check.equal("needed and not there", ran({ "list" }, function() ending.need(nil, "out", "daemon_status") end),
+  { 6, "", "rpcctl: out", 25 })
+check.equal("Ctrl-C", { ran({ "list" }, function() error("interrupted!", 0) end),
+  ran({ "list" }, function() error("a: interrupted! b", 0) end) }, { { 130, "", "", 25 }, { 130, "", "", 25 } })
+check.equal("a mistake of its own", ran({ "list" }, function() error("oh", 0) end), { 1, "", "rpcctl: oh", 25 })
+check.equal("too many words", ran({ "list", "a" }, function() end), { 2, "", "rpcctl: list: expected no arguments, "
+  .. "found 'a'; see rpcctl list --help" })
+check.equal("a version that nobody wrote", ran({ "--version" }), { 0, "rpcctl of unknown version\n", "" })
+package.loaded["rpcctl.version"] = "9.8.7"
+check.equal("one that installing wrote", ran({ "--version" }), { 0, "rpcctl 9.8.7\n", "" })
+package.loaded["rpcctl.version"] = nil
+for _, words in ipairs { { "help", "health" }, { "health", "--help" }, { "health", "-h" } } do
+  check.equal("help", ran(words), { 0, [[
+rpcctl health [OPTION]...
+
+Ask every daemon at once whether it is well.
+
+Each is called by the null procedure, which does nothing. state is well; absent
+(not registered with the port mapper); gone (registered, and nothing listens
+there); stuck (registered, and silent); rejects, strange (a reply that is none)
+or unknown (the port mapper does not answer). The exit status is 0 only if all
+are well.
+
+Options:
+  --format FORM      one of table, vertical, tsv, csv, json, jsonl, kv
+  --json             the same as --format json
+  --header           a line of names with tsv, too
+  --timeout SECONDS  how long to wait for each answer, 25 if not given
+  --help             print this
+
+Examples:
+  rpcctl health --timeout 1
+      give each a second
+  rpcctl health --format jsonl
+      for a program that watches the device
+]], "" })
+end
+check.equal("no details, no examples", ran({ "help", "help" })[2], [[
+rpcctl help [OPTION]... [COMMAND]
+
+Tell what rpcctl can do, or one of its commands.
+
+Options:
+  --timeout SECONDS  how long to wait for each answer, 25 if not given
+  --help             print this
+]])
 
 check.finish()

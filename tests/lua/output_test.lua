@@ -879,7 +879,7 @@ check.equal("no such API", called("", {}, "oltmib_svi_gte_1"), { "", "rpcctl: li
   .. "table\n", 3, {}, 0 })
 
 -- health: what each failure is called, in a pipe and on a terminal
-local function health_of(list, given, room)
+local function health_of(list, given, room, coloured)
   local services = calls.services
   local waited, status
   rawset(calls, "services", function(seconds)
@@ -891,7 +891,7 @@ local function health_of(list, given, room)
     printed = written(function()
       local ok, problem = pcall(require "rpcctl.commands.health".run, {}, given)
       status = not ok and (getmetatable(problem) == ending.Exit and problem.status or problem) or 0
-    end, room)
+    end, room, coloured)
   end)
   rawset(calls, "services", services)
   return { printed, complaints, status, waited }
@@ -914,8 +914,11 @@ check.equal("interrupted", health_of({ service "a", service("b", "interrupted") 
   { "a\t1\twell\t7\t12.5\tt\t\n", "", 130, 2 })
 check.equal("on a terminal", health_of({ service "a", service("b", "no_daemon", "why") }, {}, 80),
   { "service  program  state   port  ms      title  reason\na        1        well    7     12.500  t      \n"
-  .. "b        1        absent  -     -       t      why\n", "rpcctl: health: expected all services to be well, found b "
-  .. "absent\n", 4, 2 })
+  .. "b        1        absent  -     -       t      why\n", "rpcctl: health: expected all services to be well, "
+  .. "found b absent\n", 4, 2 })
+local shown = health_of({ service "a", service("b", "no_daemon", "why") }, {}, 80, true)[1]
+check.equal("in colours", { shown:match "(%S*)    7     12", shown:match "(%S*)  %-" },
+  { "\27[32mwell" .. plain, red .. "absent" .. plain })
 check.equal("below one another", health_of({ service("b", "timed_out", "why") }, { format = "vertical" }, 80)[1],
   "service  b\nprogram  1\nstate    stuck\ntitle    t\nreason   why\n")
 
@@ -986,5 +989,15 @@ Options:
   --timeout SECONDS  how long to wait for each answer, 25 if not given
   --help             print this
 ]])
+
+local list_command = package.loaded["rpcctl.commands.list"]
+package.loaded["rpcctl.commands.list"] = { name = "list", summary = "do it", details = ("x "):rep(39) .. "yy z",
+  options = { { "opt", nil, ("a "):rep(40) } } }
+check.equal("lines of 79 characters", ran({ "help" })[1] == 0 and written(function()
+  require "rpcctl.commands.help".run({ "list" }, {})
+end), "rpcctl list [OPTION]...\n\nDo it.\n\n" .. ("x "):rep(38) .. "x\nyy z\n\nOptions:\n  --opt              "
+  .. ("a "):rep(28) .. "a\n" .. (" "):rep(21) .. ("a "):rep(10) .. "a\n"
+  .. "  --timeout SECONDS  how long to wait for each answer, 25 if not given\n  --help             print this\n")
+package.loaded["rpcctl.commands.list"] = list_command
 
 check.finish()

@@ -990,6 +990,10 @@ Options:
   --help             print this
 ]])
 
+local overview = ran({ "help" })[2]
+check.equal("the overview", { overview:match "^.-\n  list ", overview:match "\n  help [^\n]*\n(.-)\n  1 " }, {
+  "rpcctl COMMAND [ARGUMENT]...: the tables of this device's daemons\n\nCommands:\n  list ",
+  "\nrpcctl help COMMAND says more; rpcctl --version prints the version.\n\nExit statuses:\n  0    done" })
 local list_command = package.loaded["rpcctl.commands.list"]
 package.loaded["rpcctl.commands.list"] = { name = "list", summary = "do it", details = ("x "):rep(39) .. "yy z",
   options = { { "opt", nil, ("a "):rep(40) } } }

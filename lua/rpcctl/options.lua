@@ -17,20 +17,24 @@ local problems = require "librpc.record.problems"
 
 local options = {}
 
--- What every command takes.
-options.common = {
-  { "timeout", "SECONDS", "how long to wait for each answer, 25 if not given", number = 0.001 },
-  { "help", nil, "print this" },
-}
+-- How long a command waits for each answer where nothing else is said.
+function options.timeout(seconds)
+  return { "timeout", "SECONDS", ("how long to wait for each answer, %d if not given"):format(seconds), number = 0.001 }
+end
+
+-- What every command takes, but where it has an option of that name itself.
+options.common = { options.timeout(25), { "help", nil, "print this" } }
 
 -- All options of a command.
 function options.of(command)
-  local list = {}
+  local list, own = {}, {}
   for _, option in ipairs(command.options or {}) do
-    list[#list + 1] = option
+    list[#list + 1], own[option[1]] = option, true
   end
   for _, option in ipairs(options.common) do
-    list[#list + 1] = option
+    if not own[option[1]] then
+      list[#list + 1] = option
+    end
   end
   return list
 end

@@ -36,7 +36,7 @@ LIBRARY = (
     Stage(r"^(unit|services|calls)_test$", ("unit_test", "services_test", "calls_test"), is_sanitized=True),
 )
 MODULES = (Stage(r"^lua\.lua5\.1|^calls\.lua5\.1"), Stage("^(examples|generated)"))
-COMMAND_LINE = (Stage("rpcctl|output"), Stage(r"^lua\.lua5\.1|examples"))
+COMMAND_LINE = (Stage("rpcctl|(output|commands)_test"), Stage(r"^lua\.lua5\.1|examples"))
 WEB = (Stage(r"^web\.lighttpd"), Stage(r"^web\.(nginx|apache|busybox)"), Stage(r"^web\."))
 STAGES = (("lua/rpcctl", COMMAND_LINE), ("bin", COMMAND_LINE), ("lua", MODULES), ("web", WEB), ("", LIBRARY))
 

@@ -3,6 +3,7 @@ local calls = require "librpc.calls"
 local ending = require "rpcctl.ending"
 local exits = require "rpcctl.exits"
 local formats = require "rpcctl.formats"
+local options = require "rpcctl.options"
 local output = require "rpcctl.output"
 
 -- What a service's answer to the null procedure says of it.
@@ -17,6 +18,8 @@ local columns = {
   { name = "port" }, { name = "ms" }, { name = "title" }, { name = "reason" },
 }
 
+local patience = 2 -- seconds: a daemon that is well needs a thousandth of one
+
 return {
   name = "health",
   summary = "ask every daemon at once whether it is well",
@@ -24,14 +27,14 @@ return {
     .. "port mapper); gone (registered, and nothing listens there); stuck (registered, and silent); rejects, strange "
     .. "(a reply that is none) or unknown (the port mapper does not answer). The exit status is 0 only if all are "
     .. "well.",
-  options = { formats.options[1], formats.options[2], formats.options[3] },
+  options = { formats.options[1], formats.options[2], formats.options[3], options.timeout(patience) },
   examples = {
     { "rpcctl health --timeout 1", "give each a second" },
     { "rpcctl health --format jsonl", "for a program that watches the device" },
   },
-  run = function(_, options)
-    local form, settings = formats.settings(options)
-    local list = calls.services(options.timeout or 2)
+  run = function(_, given)
+    local form, settings = formats.settings(given)
+    local list = calls.services(given.timeout or patience)
     local writer, first = formats.writer(form, columns, settings), nil
     for _, one in ipairs(list) do
       local failure = one.failure

@@ -67,6 +67,25 @@ TEST_F(closed, keeps_errno)
     EXPECT_EQ(errno, EDOM);
 }
 
+// 0 to 2 are the host's, even while they are closed.
+TEST(descriptor, gets_a_number_of_its_own_and_leaves_the_standard_ones_free)
+{
+    for (const int standard : {0, 1, 2}) {
+        const int kept = dup(standard);
+        close(standard);
+        Descriptor descriptor;
+        const int made = open_null();
+        const bool is_taken = descriptor.take(made), is_free = !is_open(standard);
+        dup2(kept, standard), close(kept);
+        EXPECT_EQ(made, standard);
+        EXPECT_TRUE(is_taken && is_free) << standard;
+        EXPECT_GT(descriptor.fd, 2) << standard;
+        EXPECT_TRUE(descriptor.is_ours()) << standard;
+        EXPECT_EQ(fcntl(descriptor.fd, F_GETFD), FD_CLOEXEC) << standard;
+        descriptor.close();
+    }
+}
+
 TEST(descriptor, that_cannot_be_had_is_none_and_says_why)
 {
     Descriptor descriptor;

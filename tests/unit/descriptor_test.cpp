@@ -1,5 +1,6 @@
 // A descriptor that is closed is nobody's: its number may be the host's next file.
 #include <gtest/gtest.h>
+#include <vector>
 
 #include "rpc/descriptor.h"
 
@@ -70,18 +71,20 @@ TEST_F(closed, keeps_errno)
 // 0 to 2 are the host's, even while they are closed.
 TEST(descriptor, gets_a_number_of_its_own_and_leaves_the_standard_ones_free)
 {
-    for (const int standard : {0, 1, 2}) {
-        const int kept = dup(standard);
-        close(standard);
+    for (const std::vector<int>& closed : {std::vector{0}, {1}, {2}, {0, 1, 2}}) {
+        std::vector<int> kept;
+        for (const int number : closed)
+            kept.push_back(fcntl(number, F_DUPFD, 3)), close(number);
         Descriptor descriptor;
         const int made = open_null();
-        const bool is_taken = descriptor.take(made), is_free = !is_open(standard);
-        dup2(kept, standard), close(kept);
-        EXPECT_EQ(made, standard);
-        EXPECT_TRUE(is_taken && is_free) << standard;
-        EXPECT_GT(descriptor.fd, 2) << standard;
-        EXPECT_TRUE(descriptor.is_ours()) << standard;
-        EXPECT_EQ(fcntl(descriptor.fd, F_GETFD), FD_CLOEXEC) << standard;
+        const bool is_taken = descriptor.take(made), is_free = !is_open(made);
+        for (size_t i = 0; i < closed.size(); i++)
+            dup2(kept[i], closed[i]), close(kept[i]);
+        EXPECT_EQ(made, closed[0]);
+        EXPECT_TRUE(is_taken && is_free) << made;
+        EXPECT_GT(descriptor.fd, 2) << made;
+        EXPECT_TRUE(descriptor.is_ours()) << made;
+        EXPECT_EQ(fcntl(descriptor.fd, F_GETFD), FD_CLOEXEC) << made;
         descriptor.close();
     }
 }

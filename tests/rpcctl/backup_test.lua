@@ -340,7 +340,7 @@ fails("diff /run/absent.txt", 4, "rpcctl: " .. absent)
 shell.tell "start lpdet"
 shell.tell "fault oltmib_vlaninfo_set_1 raw XID000000010000000000000000000000000000000000000003"
 write("/run/refused.txt", "vlaninfo vlan=20 name=v4\n")
-fails("restore /run/refused.txt 2>&1 >/dev/null", 6, "", "rpcctl: vlaninfo vlan=20 not restored: vlaninfo vlan=20: "
+fails("restore /run/refused.txt 2>&1 >/dev/null", 6, "", "rpcctl: vlaninfo vlan=20 not restored: "
   .. "expected status 0, found 3, the daemon's own\n")
 shell.tell "clear"
 

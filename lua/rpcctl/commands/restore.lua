@@ -52,12 +52,11 @@ local function fields_of(entry, found)
 end
 
 -- `told` where the daemon took what was sent; nil, a message, a code.
-local function taken(entry, told, status, message, code)
+local function taken(told, status, message, code)
   if status == nil then
     return nil, message, code
   elseif status and status ~= 0 then
-    return nil, ("%s: expected status 0, found %s, the daemon's own"):format(entry.named, output.cell(status)),
-      "daemon_status"
+    return nil, ("expected status 0, found %s, the daemon's own"):format(output.cell(status)), "daemon_status"
   end
   return told
 end
@@ -71,7 +70,7 @@ local function bring(entry, now, options)
   end
   local there = now.by_key[entry.key]
   if not there then
-    local added, message, code = taken(entry, "added", record.add(this.name, this:called(entry.values), call))
+    local added, message, code = taken("added", record.add(this.name, this:called(entry.values), call))
     if added then
       ending.write(entry.named, " added\n")
     end
@@ -87,7 +86,7 @@ local function bring(entry, now, options)
     status, message, code = record.change(this.name, this:called(emptied(entry, fields)), nil, call)
   end
   local changed
-  changed, message, code = taken(entry, "changed", status, message, code)
+  changed, message, code = taken("changed", status, message, code)
   if changed then
     changes.print(this, settings.by_name(this, found), entry.named .. " ", options["show-secrets"])
   end

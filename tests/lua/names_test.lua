@@ -175,6 +175,7 @@ local first = write("first.lua", [[
 local second = write("second.lua", [[
   return {
     portinfo = { title = "All ports", field8 = { unit = "MBit/s", secret = true }, field3 = { name = "note" } },
+    lldpifnei = { text1 = { name = "chassis" } },
   }]])
 check.row(names.load, { first }, { true })
 check.row(names.load, { second }, { true })
@@ -216,6 +217,11 @@ check.row(record.encode, { port, { field5 = "upp" } }, { "nil", 'oltmib_portinfo
   .. 'number, or one of "down", "up", found "upp"', "bad_number" })
 check.equal("a form's words", record.check(port, { field5 = "upp" }).field5.limits,
   { least = -2147483648, most = 2147483647, words = { "down", "up" } })
+for name, form in pairs { chassis = { value1 = 1, oper = 5 }, text1 = { value1 = 1, text1 = "", oper = 5 } } do
+  local wrong = record.check("oltmib_lldpifnei_get_1", form)
+  check.equal("an empty text by the name that the form has, or by its own", { next(wrong) == name,
+    wrong[name] and wrong[name].code }, { true, "empty_text" })
+end
 local both = "found field8 and speed"
 local _, twice, code = record.encode(port, { speed = 1, field8 = 1 })
 check.equal("both names at once", { twice:match("expected one name of the field, (.*)"), code }, { both, "same_field" })

@@ -395,7 +395,8 @@ def what_cannot_be_compiled_is_told(gateway):
         """The status and what is said; no more than so many bytes fit into a file."""
         def limit():
             signal.signal(signal.SIGXFSZ, signal.SIG_IGN)
-            resource.setrlimit(resource.RLIMIT_FSIZE, (bytes_ or resource.RLIM_INFINITY,) * 2)
+            most = resource.getrlimit(resource.RLIMIT_FSIZE)[1]
+            resource.setrlimit(resource.RLIMIT_FSIZE, (bytes_ or most, most))
         made = subprocess.run(["lua5.1", SOURCE / "web" / "bundle.lua", output, *lua_folders], capture_output=True,
                               text=True, preexec_fn=limit)
         return made.returncode, made.stderr

@@ -434,6 +434,8 @@ case "services_tells_who_is_there" (function()
       equal(one.seconds > 0 and one.seconds < 5, true, "seconds of " .. service.name)
     end
   end
+  call(devinfo, "")
+  equal(lookups(50002), 1, "lookups: the client was left to callapi")
 end)
 
 case "a_failed_call_drops_the_client_of_its_service_only" (function()

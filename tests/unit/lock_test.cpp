@@ -161,6 +161,9 @@ TEST(turn, is_passed_on_in_a_forked_child_whatever_threads_waited_in_its_parent)
 TEST(turn, is_had_in_a_forked_child_whatever_another_thread_was_about)
 {
     SKIP_WHERE_FORKS_ARE_WATCHED();
+    {
+        const Taker known(second); // the first to take a turn has it watched from then on
+    }
     std::atomic<bool> is_over = false;
     std::thread busy([&] {
         while (!is_over) {

@@ -216,3 +216,14 @@ def module_of(gateway, package, name):
         return importlib.import_module(name)
     except ImportError:
         return skip("packages", package)
+
+
+def run_program(gateway, path, body=b"", complaint=b"", **told):
+    """The CGI program without a server (RFC 3875): the status line, the headers, the text."""
+    environment = {**os.environ, **gateway.server.given, "SCRIPT_NAME": path, "REMOTE_USER": "ann",
+                   "CONTENT_TYPE": "application/json", "CONTENT_LENGTH": str(len(body)), **told}
+    made = subprocess.run(["lua5.1", "/srv/librpc-web/librpc.cgi"], env=environment, input=body, capture_output=True)
+    check(f"{path}: errors", (made.returncode, made.stderr), (0, complaint))
+    head, _, text = made.stdout.partition(b"\r\n\r\n")
+    status, *headers = head.decode().split("\r\n")
+    return status, dict(header.split(": ", 1) for header in headers), text

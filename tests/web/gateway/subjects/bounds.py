@@ -6,8 +6,7 @@ import os
 import pathlib
 import time
 
-from harness import LOG, PATIENT, SITE, SOURCE, check, only, tell, test
-from subjects.robustness import run_program
+from harness import LOG, PATIENT, SITE, SOURCE, check, only, run_program, tell, test
 
 # docs/gateway.md says in words which those are; of any other code the gateway itself is to blame.
 STATUSES = {

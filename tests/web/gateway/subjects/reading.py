@@ -8,8 +8,7 @@ import struct
 import subprocess
 
 from harness import (APIS, ORIGIN, PATIENT, SERVICES, SITE, SOURCE, TABLES, USERS, blocks, check, check_in, in_parts,
-                     module_of, only, skip, tell, test, web_server)
-from subjects.robustness import run_program
+                     module_of, only, run_program, skip, tell, test, web_server)
 
 
 def fields_of(schema):

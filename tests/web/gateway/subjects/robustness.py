@@ -12,7 +12,7 @@ import subprocess
 import time
 
 from harness import (LOG, ORIGIN, PATIENT, SERVICES, SITE, SOURCE, check, check_in, in_parts, module_of, only,
-                     stopped_device, tell, test)
+                     run_program, stopped_device, tell, test)
 
 WRONG_BODIES = (
     b"", b" ", b"null", b"true", b"5", b'"x"', b"[]x", b"[1]", b"{", b'{"calls":', b'{"calls":[}', b"{'calls':[]}",
@@ -239,17 +239,6 @@ def texts_of_the_device_are_json_whatever_their_bytes(gateway):
     check("are shown as such", row["name"], "\ufffda\ufffd(\u00e4\ufffd\ufffd\ufffd")
     check("and are no other row's", gateway.change({"table": "vlaninfo", "key": {"vlan": 10}, "changes": {
         "tagged": "ge5"}, "read": row}).status, 200)
-
-
-def run_program(gateway, path, body=b"", complaint=b"", **told):
-    """The CGI program without a server (RFC 3875): the status line, the headers, the text."""
-    environment = {**os.environ, **gateway.server.given, "SCRIPT_NAME": path, "REMOTE_USER": "ann",
-                   "CONTENT_TYPE": "application/json", "CONTENT_LENGTH": str(len(body)), **told}
-    made = subprocess.run(["lua5.1", "/srv/librpc-web/librpc.cgi"], env=environment, input=body, capture_output=True)
-    check(f"{path}: errors", (made.returncode, made.stderr), (0, complaint))
-    head, _, text = made.stdout.partition(b"\r\n\r\n")
-    status, *headers = head.decode().split("\r\n")
-    return status, dict(header.split(": ", 1) for header in headers), text
 
 
 @test
